@@ -1,0 +1,16 @@
+# Target header_check: each header of ours as the only include of a source, so
+# that none leans on what its includer happened to include before.
+file(GLOB_RECURSE headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/qtundo/*.h ${PROJECT_SOURCE_DIR}/zvwidgets/*.h
+  ${PROJECT_SOURCE_DIR}/app/*.h)
+set(units)
+foreach(header IN LISTS headers)
+  string(REPLACE "/" "_" unit ${header})
+  set(unit ${PROJECT_BINARY_DIR}/header_check/${unit}.cpp)
+  file(CONFIGURE OUTPUT ${unit} CONTENT "#include \"${header}\" // IWYU pragma: keep\n")
+  list(APPEND units ${unit})
+endforeach()
+add_library(header_check OBJECT EXCLUDE_FROM_ALL ${units})
+target_link_libraries(header_check PRIVATE build_options veskapp)
+set_target_properties(header_check PROPERTIES AUTOMOC OFF EXPORT_COMPILE_COMMANDS OFF)
+target_compile_options(header_check PRIVATE -g0 -fsyntax-only)
