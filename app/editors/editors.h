@@ -1,1 +1,145 @@
 #pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class QWidget;
+
+namespace vesk {
+
+class Editor;
+class EditorFactory;
+
+/// Owns the open editors and knows which one is current: creates, saves and
+/// closes them, remembers the session, and holds the actions that act on text.
+/// The editors are pages of the main window's workspace; tabs and lists only
+/// mirror this object. There is always at least one editor, until closeAll().
+///
+/// The first self() makes the object; it needs the main window's workspace and
+/// action groups. The main window deletes it with destroy() before its own
+/// widgets go.
+class Editors : public QObject
+{
+    Q_OBJECT
+public:
+    ~Editors() override;
+
+    static Editors *self();
+    /// Deletes the object, if there is one, with all editors that are left.
+    static void destroy();
+
+    /// New editors come from \a factory from now on. Takes ownership; a factory
+    /// of the same name is replaced and deleted.
+    void installEditorFactory(EditorFactory *factory);
+
+    /// Null only after closeAll().
+    Editor *current() const;
+    /// In tab order.
+    QList<Editor *> editors() const;
+
+    bool find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
+              bool inSelection);
+    bool findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor);
+    void replaceFound(const QString &text);
+    bool getWrap() const;
+    void setWrap(bool on);
+    bool replaceTabs() const;
+    int tabWidthInSpaces() const;
+
+public slots:
+    void setCurrentEditor(vesk::Editor *editor);
+    void setFocus();
+    void newEditor();
+    /// Asks for files and opens them.
+    void open();
+    /// Raises the editor that shows the file \a path, or loads it. What fails
+    /// is said in a box or in the status line.
+    void open(const QString &path);
+    void save();
+    /// Asks for a name and saves under it.
+    void saveAs();
+    /// \a url is a path, or one behind "file:".
+    void saveAs(const QString &url);
+    void saveAll();
+    void close();
+    /// Closes \a editor after asking about unsaved changes. False if the user
+    /// said no, or if a wanted save did not come about.
+    bool close(vesk::Editor *editor);
+    /// Asks about every unsaved text, then stores the session and closes all.
+    /// False, with nothing closed, if the user said no or a wanted save did not
+    /// come about. After true the program is expected to end.
+    bool closeAll();
+    void prevEditor();
+    void nextEditor();
+    /// Swaps the places of two editors.
+    void changeEditorsOrder(vesk::Editor *a, vesk::Editor *b);
+
+    void undo();
+    void redo();
+    void cut();
+    void copy();
+    void paste();
+    void selectAll();
+    void indent();
+    void unindent();
+    void wrap();
+    void completeWordNext();
+    void completeWordPrev();
+    void configure();
+    void configureHighlighting();
+
+    /// The button acts through its menu.
+    void toEditor();
+    void toEditor(bool on);
+    void updateEditorsPopup();
+    void editorsPopupActivated(int index);
+    void showEditorsPopupMenu();
+
+    void setCaption();
+    void updateTabNames();
+    /// Puts the small button that closes the current editor into the menu bar.
+    void addCloseButton();
+    void loadSession();
+    void loadSessionFiles();
+    void loadSessionCurrent();
+
+signals:
+    void currentChanged(vesk::Editor *editor);
+    void listChanged();
+    void gotFocus();
+    void fileLoaded();
+    /// A file was written.
+    void fileSaved();
+    void editorChanged();
+    void editorModified(vesk::Editor *editor, bool modified);
+
+private slots:
+    void editorFocusChanged(bool on);
+    void focusChanged(QObject *who);
+    void closeEditor();
+    void workspaceWidgetRaised(QWidget *page);
+    void modifiedEditor(bool modified);
+    void editorLineColChanged(int line, int column);
+    void editorOverwriteModeChanged(bool overwrite);
+
+private:
+    Editors();
+
+    void createToEditorAction();
+    void createActions();
+    void connectEditor(Editor *editor);
+    Editor *editorOfFile(const QString &path) const;
+    bool saveEditor(Editor *editor);
+    bool saveCurrentAs();
+    bool askAndSave(Editor *editor, const QString &question);
+    void discard(Editor *editor);
+    void storeSession() const;
+
+    struct Private;
+    const std::unique_ptr<Private> d;
+};
+
+} // namespace vesk
