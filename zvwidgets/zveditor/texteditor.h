@@ -1,1 +1,152 @@
 #pragma once
+
+#include <QFrame>
+#include <QStringConverter>
+#include <QStringList>
+
+#include <memory>
+
+class QPixmap;
+
+namespace zvwidgets {
+
+class TextDocument;
+class TextEditorManager;
+class TextFolding;
+class TextView;
+
+/// A whole editor to be placed in a window: one view with its margins and
+/// scroll bars on a document that other editors may share. Adds file paths,
+/// loading and saving, find and replace, the clipboard, completion of words,
+/// printing and export. Owns its view; the last editor of a document deletes
+/// the document.
+class TextEditor : public QFrame
+{
+    Q_OBJECT
+public:
+    enum ChangeId
+    {
+        CursorPosition,
+        Modification,
+        UndoRedo,
+        Selection
+    };
+
+    /// \a doc must not be null.
+    explicit TextEditor(TextDocument *doc, QWidget *parent = nullptr,
+                        const QString &name = QString());
+    ~TextEditor() override;
+
+    TextDocument *document() const;
+    TextEditorManager *manager() const;
+    TextView *view() const;
+    TextFolding *folding() const;
+
+    /// Absolute; empty for a new text.
+    QString filePath() const;
+    /// Also picks the highlight by the file's name. Emits filePathChange().
+    void setFilePath(const QString &path);
+    /// Wanted encoding for files without a byte-order mark.
+    QStringConverter::Encoding textCodec() const;
+    void setTextCodec(QStringConverter::Encoding encoding);
+
+    /// Loads \a path. On failure answers false and keeps the text there was;
+    /// the path is the new one only if the text is.
+    bool open(const QString &path);
+    /// Writes to the present path, if there are changes. A failure leaves the
+    /// file whole and the document modified; errorString() tells the reason.
+    bool save();
+    /// On failure the path is the former one again.
+    bool saveAs(const QString &path);
+    /// Why the last open(), save() or saveAs() failed; empty if it didn't.
+    QString errorString() const;
+    void fileNew();
+
+    /// Emits changed().
+    void notifyChange(ChangeId id);
+
+    int line() const;
+    int column() const;
+    bool isModified() const;
+    void setModified(bool modified);
+    bool getWrap() const;
+    void setWrap(bool wrap);
+    QString highlight() const;
+    void setHighlight(const QString &name);
+    bool isReadOnly() const;
+    void setReadOnly(bool readOnly);
+    bool hasSelection() const;
+
+    void clear();
+    QString text() const;
+    void setText(const QString &text);
+    QString getSelectedText();
+    /// Inserts at the cursor, as the document's append() does.
+    void append(const QString &text);
+    void insertLine(const QString &text, int line);
+
+    void cut();
+    void copy();
+    void paste();
+    /// Pastes what the mouse selected last, on X11 in any program.
+    void pasteSelection();
+    void del();
+    void undo();
+    void redo();
+    bool canUndo() const;
+    bool canRedo() const;
+    void indent();
+    void unindent();
+    /// Places the cursor and brings it to the middle of the view.
+    void moveCursor(int line, int column);
+
+    /// \a pixmap is not owned.
+    void setLineIcon(int line, QPixmap *pixmap);
+    void clearLineIcon(int line);
+
+    /// Selects the next match and puts the cursor behind it. An empty \a text
+    /// matches nothing. No wrapping round at the end.
+    bool find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
+              bool inSelection);
+    /// \a pattern has the syntax of TextPattern; a match of no characters
+    /// counts only where it doesn't repeat the last one.
+    bool findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor);
+    /// Repeats the last find() from the cursor.
+    bool findNext();
+    /// Number of replacements; they are one step of undo.
+    int replaceAll(const QString &text, const QString &replaceText, bool caseSensitive,
+                   bool wholeWord, bool inSelection);
+
+    /// The lines from \a from to \a to inclusive as rich text; a \a to of -1
+    /// means the last line.
+    QString html(int from, int to);
+    void print();
+
+    /// Words that start with \a word, or with the word at the cursor if it is
+    /// empty: those of the document sorted, then the manager's lists.
+    QStringList completionList(const QString &word);
+
+public slots:
+    /// Opens a list of the words that contain the word at the cursor.
+    void completeWord();
+    void completeWordNext();
+    void completeWordPrev();
+    void breakViCompletion();
+    void applyCompleteWord();
+    void finishCompletion();
+
+signals:
+    /// \a id is a ChangeId.
+    void changed(int id);
+    void filePathChange();
+
+protected:
+    bool event(QEvent *event) override;
+    bool eventFilter(QObject *object, QEvent *event) override;
+
+private:
+    struct Private;
+    const std::unique_ptr<Private> d;
+};
+
+} // namespace zvwidgets
