@@ -1,1 +1,59 @@
 #pragma once
+
+#include "zvwidgets/zveditor/textline.h"
+
+#include <QCoreApplication>
+#include <QString>
+#include <QStringConverter>
+
+class QIODevice;
+
+namespace zvwidgets {
+
+class TextLineArray;
+
+/// How the bytes of a file stand for lines of text.
+struct TextFormat
+{
+    QStringConverter::Encoding encoding = QStringConverter::Utf8;
+    /// The file starts with a byte-order mark.
+    bool hasByteOrderMark = false;
+    /// The line end of new lines: the one most lines of the file have. Never
+    /// LineEnd::Document.
+    LineEnd lineEnd = LineEnd::Lf;
+};
+
+/// Reads the lines of a file and writes them, losing nothing: text that wasn't
+/// edited is written with the bytes it was read from.
+///
+/// A byte-order mark decides the encoding, else the wish of the caller counts.
+/// Bytes that don't decode make the whole file Latin-1, in which every byte
+/// stands for a character. CRLF, LF and CR end a line, and each line remembers
+/// its own end where the file mixes them.
+class TextFile
+{
+    Q_DECLARE_TR_FUNCTIONS(zvwidgets::TextFile)
+public:
+    /// Reads \a device, which is open, to its end and appends its lines to
+    /// \a lines; a final line end doesn't begin another line, so that an empty
+    /// file has none. False with \a error if the device fails; \a lines may
+    /// then hold some lines.
+    static bool read(QIODevice &device, QStringConverter::Encoding wish, TextLineArray *lines,
+                     TextFormat *format, QString *error);
+
+    /// Writes \a lines to \a device, which is open; the last line gets no line
+    /// end. Characters that Latin-1 lacks make the encoding in \a format UTF-8;
+    /// half of a surrogate pair alone, which no byte encoding but UTF-16 can
+    /// hold, is written as U+FFFD. False with \a error if not all was written.
+    static bool write(QIODevice &device, const TextLineArray &lines, TextFormat *format,
+                      QString *error);
+
+    /// Writes \a lines to the file at \a path so that at every moment the old or
+    /// the new content is there whole, keeping its rights and owner, and the
+    /// link if it is one. False with \a error, the old file untouched, if that
+    /// cannot be done.
+    [[nodiscard]] static bool save(const QString &path, const TextLineArray &lines,
+                                   TextFormat *format, QString *error);
+};
+
+} // namespace zvwidgets
