@@ -1,1 +1,56 @@
 #pragma once
+
+#include "zvwidgets/zveditor/highlightrules.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace zvwidgets {
+
+struct HighlightDefinition;
+class TextEditorManager;
+class TextLine;
+struct TextAttribute;
+
+/// A definition made ready to run over lines, with the user's colours. The rules
+/// are shared between all objects of one definition and are never changed; the
+/// attributes belong to the object. One thread only, not reentrant.
+class TextHighlight
+{
+public:
+    /// Entries of each table; what a definition has beyond it is ignored.
+    static constexpr int tableSize = 256;
+
+    /// \a name is a file name in the manager's resources directory or the key of
+    /// a built-in definition; an unknown one gives plain text. Without \a manager
+    /// only built-in definitions are found and no settings are read.
+    TextHighlight(const QString &name, TextEditorManager *manager);
+    virtual ~TextHighlight();
+
+    /// Colours \a textLine, beginning in the context the line starts in.
+    void highlight(TextLine *textLine);
+    /// Follows the context through \a textLine, which starts in \a ctx and loses
+    /// its colours; returns the context the next line starts in.
+    int doHighlight(int ctx, TextLine *textLine);
+
+    /// The attribute of a character's attribute number as a line stores it.
+    /// Never null: a number this definition does not have answers item 0, or a
+    /// plain attribute if there are no items. To list the items walk
+    /// `attributeList` up to the first null.
+    TextAttribute *attribute(int n) const;
+    QString name() const { return hname; }
+
+    HighlightContext *contextList[tableSize]; ///< from `Contents`, null where there is none
+    HighlightContext *ctnList[tableSize];     ///< from `Break`, null where there is none
+    TextAttribute *attributeList[tableSize];  ///< from `Items`, owned
+    QString hname;
+
+private:
+    Q_DISABLE_COPY_MOVE(TextHighlight)
+    void createItemData(TextEditorManager *manager);
+
+    std::shared_ptr<const HighlightDefinition> definition;
+};
+
+} // namespace zvwidgets
