@@ -73,7 +73,7 @@ public:
     virtual void setCursorPosition(int line, int column) = 0;
     virtual void setHighlightedLine(int line, const QColor &color) = 0;
     virtual void clearHighlightedLine(int line) = 0;
-    /// Shows \a icon in the indicator margin; the pixmap is copied.
+    /// Shows \a icon in the indicator margin; it must outlive the editor's use of it.
     virtual void setLineIcon(int line, QPixmap *icon) = 0;
     virtual void clearLineIcon(int line) = 0;
     /// Marks the line a debugger stands on; only one line is marked at a time.

@@ -35,6 +35,10 @@ public:
     /// of the same name is replaced and deleted.
     void installEditorFactory(EditorFactory *factory);
 
+    /// What stands in \a path behind the separator that is the \a level-th from
+    /// the right; all of \a path if it has fewer.
+    static QString subName(const QString &path, int level);
+
     /// Null only after closeAll().
     Editor *current() const;
     /// In tab order.
@@ -126,16 +130,27 @@ private slots:
     void editorOverwriteModeChanged(bool overwrite);
 
 private:
+    enum class DeleteWhen
+    {
+        Now,
+        /// When the event that the editor is in has come to its end.
+        Later
+    };
+
     Editors();
 
     void createToEditorAction();
     void createActions();
     void connectEditor(Editor *editor);
     Editor *editorOfFile(const QString &path) const;
+    bool remove(Editor *editor, DeleteWhen when);
+    void discard(Editor *editor, DeleteWhen when);
     bool saveEditor(Editor *editor);
+    bool writeEditor(Editor *editor);
     bool saveCurrentAs();
-    bool askAndSave(Editor *editor, const QString &question);
-    void discard(Editor *editor);
+    bool saveCurrentAs(const QString &url);
+    QString askSaveName();
+    void tellFailure(const QString &message, const QString &file, const QString &reason);
     void storeSession() const;
 
     struct Private;

@@ -1,0 +1,125 @@
+#include "app/actions.h"
+#include "app/editors/editors.h"
+#include "app/shell.h"
+#include "app/utils.h"
+
+#include <QKeySequence>
+
+namespace vesk {
+
+namespace {
+
+struct ActionRow
+{
+    const char *name;
+    const char *label;
+    QKeyCombination accelerator;
+    const char *slot;
+    /// Null for none.
+    const char *icon;
+    const char *group;
+    /// A separator stands in front of it in its group.
+    bool isSeparated = false;
+};
+
+constexpr QKeyCombination noKey = QKeyCombination::fromCombined(0);
+
+// The groups "std" are written so on purpose: they are sub-groups of their own
+// behind the declared "Std" and "Misc".
+const ActionRow actionRows[] = {
+    {"Editors/new", "&New", Qt::ALT | Qt::Key_N, SLOT(newEditor()), "16x16_New", "menu/File/New"},
+    {"Editors/toolbar/new", "New", noKey, SLOT(newEditor()), "22x22_New", "toolbar/File/New"},
+    {"Editors/open", "&Open", Qt::CTRL | Qt::Key_O, SLOT(open()), "16x16_Open", "menu/File/Open"},
+    {"Editors/toolbar/open", "Open", noKey, SLOT(open()), "22x22_Open", "toolbar/File/Open"},
+    {"Editors/close", "&Close", Qt::CTRL | Qt::Key_W, SLOT(close()), nullptr, "menu/File/Close",
+     true},
+    {"Editors/save", "&Save", Qt::CTRL | Qt::Key_S, SLOT(save()), "16x16_Save", "menu/File/Save",
+     true},
+    {"Editors/toolbar/save", "Save", noKey, SLOT(save()), "22x22_Save", "toolbar/File/Save"},
+    {"Editors/saveAs", "Save &as...", noKey, SLOT(saveAs()), nullptr, "menu/File/Save"},
+    {"Editors/saveAll", "Save a&ll", noKey, SLOT(saveAll()), nullptr, "menu/File/Save"},
+    {"Editors/undo", "&Undo", Qt::CTRL | Qt::Key_Z, SLOT(undo()), "16x16_Undo", "menu/Edit/std"},
+    {"Editors/redo", "&Redo", Qt::CTRL | Qt::SHIFT | Qt::Key_Z, SLOT(redo()), "16x16_Redo",
+     "menu/Edit/std"},
+    {"Editors/toolbar/undo", "Undo", noKey, SLOT(undo()), "22x22_Undo", "toolbar/Edit"},
+    {"Editors/toolbar/redo", "Redo", noKey, SLOT(redo()), "22x22_Redo", "toolbar/Edit"},
+    {"Editors/cut", "Cu&t", Qt::CTRL | Qt::Key_X, SLOT(cut()), "16x16_Cut", "menu/Edit/std", true},
+    {"Editors/copy", "&Copy", Qt::CTRL | Qt::Key_C, SLOT(copy()), "16x16_Copy", "menu/Edit/std"},
+    {"Editors/paste", "&Paste", Qt::CTRL | Qt::Key_V, SLOT(paste()), "16x16_Paste",
+     "menu/Edit/std"},
+    {"Editors/toolbar/cut", "Cut", noKey, SLOT(cut()), "22x22_Cut", "toolbar/Edit", true},
+    {"Editors/toolbar/copy", "Copy", noKey, SLOT(copy()), "22x22_Copy", "toolbar/Edit"},
+    {"Editors/toolbar/paste", "Paste", noKey, SLOT(paste()), "22x22_Paste", "toolbar/Edit"},
+    {"Editors/selectAll", "&Select All", Qt::CTRL | Qt::Key_A, SLOT(selectAll()), nullptr,
+     "menu/Edit/std", true},
+    {"Editors/indent", "&Indent", Qt::CTRL | Qt::Key_I, SLOT(indent()), "16x16_Indent",
+     "menu/Edit/std", true},
+    {"Editors/unindent", "U&nindent", Qt::CTRL | Qt::Key_U, SLOT(unindent()), "16x16_Unindent",
+     "menu/Edit/std"},
+    {"Editors/wrap", "&Word wrap", Qt::Key_F2, SLOT(wrap()), nullptr, "menu/Edit/std"},
+    {"Editors/complete_next", "Next completion", Qt::CTRL | Qt::Key_N, SLOT(completeWordNext()),
+     nullptr, "menu/Edit/std", true},
+    {"Editors/complete_prev", "Prev completion", Qt::CTRL | Qt::Key_P, SLOT(completeWordPrev()),
+     nullptr, "menu/Edit/std"},
+    {"Editors/prev", "P&rev Editor", Qt::ALT | Qt::Key_Left, SLOT(prevEditor()), nullptr,
+     "menu/View/std"},
+    {"Editors/next", "N&ext Editor", Qt::ALT | Qt::Key_Right, SLOT(nextEditor()), nullptr,
+     "menu/View/std"},
+    {"Editors/configure", "Configure &editor", noKey, SLOT(configure()), "16x16_EditorSetup",
+     "menu/Options/std"},
+    {"Editors/configure_hl", "Configure &highlighting", noKey, SLOT(configureHighlighting()),
+     nullptr, "menu/Options/std"},
+};
+
+/// Work only while the editors have the focus of the window's components.
+constexpr const char *focusActions[] = {
+    "Editors/undo",         "Editors/redo",          "Editors/cut",           "Editors/copy",
+    "Editors/paste",        "Editors/selectAll",     "Editors/indent",        "Editors/unindent",
+    "Editors/wrap",         "Editors/complete_next", "Editors/complete_prev", "Editors/prev",
+    "Editors/next",         "Editors/toolbar/undo",  "Editors/toolbar/redo",  "Editors/toolbar/cut",
+    "Editors/toolbar/copy", "Editors/toolbar/paste",
+};
+
+} // namespace
+
+void Editors::createActions()
+{
+    for (const ActionRow &row : actionRows) {
+        Action *const action =
+            Actions::createAction(QString::fromLatin1(row.label), QString::fromLatin1(row.name),
+                                  row.accelerator.toCombined(), this, row.slot);
+        if (row.icon)
+            action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));
+        ActionGroup *const group = Shell::self()->actionGroup(QString::fromLatin1(row.group));
+        if (row.isSeparated)
+            group->addSeparator();
+        group->add(action);
+    }
+    Action *const open = Actions::action(QStringLiteral("Editors/toolbar/open"));
+    open->setUsesTextLabel(true);
+    open->setTextPosition(Qt::ToolButtonTextBesideIcon);
+
+    Action *const focus = Actions::createAction(
+        tr("&Editor window"), QStringLiteral("Editors/focus"),
+        QKeyCombination(Qt::CTRL | Qt::Key_E).toCombined(), this, SLOT(setFocus()));
+    Shell::self()->actionGroup(QStringLiteral("menu/Window/Docks"))->add(focus);
+
+    // Nothing can be configured yet.
+    for (const char *name : {"Editors/configure", "Editors/configure_hl"})
+        Actions::action(QString::fromLatin1(name))->setEnabled(false);
+}
+
+void Editors::focusChanged(QObject *who)
+{
+    const bool on = who == this;
+    for (const char *name : focusActions)
+        Actions::action(QString::fromLatin1(name))->setEnabled(on);
+}
+
+void Editors::toEditor()
+{}
+
+void Editors::toEditor(bool)
+{}
+
+} // namespace vesk

@@ -1,0 +1,57 @@
+#include "app/editors/editor.h"
+#include "app/editors/editors.h"
+#include "app/settings.h"
+
+#include <QFileInfo>
+#include <QTimer>
+
+namespace vesk {
+
+namespace {
+
+const QString openedFilesKey = QStringLiteral("/editors/openedFiles");
+const QString openedFilePosesKey = QStringLiteral("/editors/openedFilePoses");
+const QString openedCurrentKey = QStringLiteral("/editors/openedCurrent");
+
+} // namespace
+
+void Editors::storeSession() const
+{
+    QStringList paths;
+    QStringList positions;
+    const QList<Editor *> all = editors();
+    for (const Editor *editor : all) {
+        paths.append(editor->filename());
+        positions.append(QString::number(editor->cursorLine()) + u':' +
+                         QString::number(editor->cursorColumn()));
+    }
+    Settings::write(openedCurrentKey, current()->filename());
+    Settings::write(openedFilesKey, paths);
+    Settings::write(openedFilePosesKey, positions);
+}
+
+void Editors::loadSessionFiles()
+{
+    const QStringList paths = Settings::readList(openedFilesKey);
+    for (const QString &path : paths) {
+        if (QFileInfo::exists(path))
+            open(path);
+    }
+}
+
+void Editors::loadSession()
+{
+    // The windows come up first.
+    QTimer::singleShot(1, this, &Editors::loadSessionCurrent);
+}
+
+/// The stored positions are not applied: reopened files start at the top, and the
+/// program relies on nothing else.
+void Editors::loadSessionCurrent()
+{
+    const QString path = Settings::read(openedCurrentKey);
+    if (QFileInfo::exists(path))
+        open(path);
+}
+
+} // namespace vesk
