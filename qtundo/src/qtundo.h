@@ -90,9 +90,11 @@ public:
     /// The steps undone, the next one to redo first; a macro is one row.
     QStringList redoList() const;
     bool isClean() const;
+    /// True while undo() or redo() runs commands; commandExecuted() follows.
+    bool isReplaying() const { return m_replaying; }
 
-    QAction *createUndoAction(QWidget *parent) const;
-    QAction *createRedoAction(QWidget *parent) const;
+    QAction *createUndoAction(QWidget *parent);
+    QAction *createRedoAction(QWidget *parent);
 
 public slots:
     void undo(int count = 1);
@@ -135,6 +137,7 @@ private:
     int m_current_iter = -1;
     unsigned m_num_commands = 0;
     int m_macro_nest = 0;
+    bool m_replaying = false;
     bool m_have_clean_command = true;
     /// Null is the empty history. Compared, never followed.
     const QtCommand *m_clean_command = nullptr;
@@ -169,8 +172,8 @@ public:
     static void setUndoLimit(unsigned limit);
     static unsigned undoLimit();
 
-    QAction *createUndoAction(QWidget *parent) const;
-    QAction *createRedoAction(QWidget *parent) const;
+    QAction *createUndoAction(QWidget *parent);
+    QAction *createRedoAction(QWidget *parent);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -194,6 +197,7 @@ private slots:
     void viewDestroyed(QObject *view);
 
 private:
+    /// It connects its own end to stackDestroyed().
     friend class QtUndoStack;
 
     QtUndoManager();
