@@ -1,0 +1,150 @@
+#include "zvwidgets/zveditor/textcommands.h"
+
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/textfolding.h"
+
+#include <algorithm>
+
+namespace zvwidgets {
+
+namespace {
+
+constexpr qsizetype maxDescription = 32;
+
+/// Cut before it is joined, as pasting makes many commands with long texts.
+QString describe(QLatin1String prefix, const QString &text)
+{
+    const qsizetype room = maxDescription - prefix.size();
+    if (text.size() <= room)
+        return prefix + text;
+    return prefix + text.left(room) + QLatin1String("...");
+}
+
+/// To be called once the text of the line has changed. Text that changes is
+/// never left hidden in a fold.
+void lineChanged(TextDocument *doc, int line)
+{
+    doc->updateLine(line);
+    doc->folding()->ensureLineVisible(line);
+}
+
+/// A copy that shares nothing with the line, whose text may be part of a block
+/// that goes with the document's lines.
+QString copyOf(const TextLine *line, int column, int length)
+{
+    return QStringView(*line).mid(column, length).toString();
+}
+
+} // namespace
+
+CmdInsert::CmdInsert(TextDocument *document, int atLine, int atColumn, const QString &insertedText)
+    : QtCommand(describe(QLatin1String("insert "), insertedText), true)
+    , doc(document)
+    , line(atLine)
+    , column(atColumn)
+    , text(insertedText)
+{}
+
+void CmdInsert::redo()
+{
+    if (!text.isEmpty()) {
+        doc->lineOf(line)->insertText(column, text);
+        lineChanged(doc, line);
+    }
+    doc->setMacroCursorPosition(line, column + int(text.length()));
+}
+
+void CmdInsert::undo()
+{
+    if (!text.isEmpty()) {
+        doc->lineOf(line)->removeText(column, int(text.length()));
+        lineChanged(doc, line);
+    }
+    doc->setMacroCursorPosition(line, column);
+}
+
+bool CmdInsert::mergeMeWith(QtCommand *)
+{
+    // Undo takes back one typed character at a time; merging would make it words.
+    return false;
+}
+
+CmdRemove::CmdRemove(TextDocument *document, int atLine, int atColumn, int removedLength)
+    : QtCommand(QString(), true)
+    , doc(document)
+    , line(atLine)
+    , column(atColumn)
+    , length(removedLength)
+{}
+
+void CmdRemove::redo()
+{
+    TextLine *const target = doc->lineOf(line);
+    length = std::max(0, std::min(length, target->textLength() - column));
+    oldText = length > 0 ? copyOf(target, column, length) : QString();
+    target->removeText(column, length);
+    doc->setMacroCursorPosition(line, column);
+    lineChanged(doc, line);
+    setDescription(describe(QLatin1String("remove "), oldText));
+}
+
+void CmdRemove::undo()
+{
+    doc->lineOf(line)->insertText(column, oldText);
+    doc->setMacroCursorPosition(line, column + int(oldText.length()));
+    lineChanged(doc, line);
+}
+
+bool CmdRemove::mergeMeWith(QtCommand *)
+{
+    return false;
+}
+
+CmdMakeLine::CmdMakeLine(TextDocument *document, int atLine)
+    : QtCommand(QString(), true), doc(document), line(atLine)
+{}
+
+void CmdMakeLine::redo()
+{
+    doc->m_insertLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+void CmdMakeLine::undo()
+{
+    doc->m_removeLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+bool CmdMakeLine::mergeMeWith(QtCommand *)
+{
+    return false;
+}
+
+CmdRemoveLine::CmdRemoveLine(TextDocument *document, int atLine)
+    : QtCommand(QString(), true), doc(document), line(atLine)
+{}
+
+void CmdRemoveLine::redo()
+{
+    const TextLine *const target = doc->lineOf(line);
+    oldText = copyOf(target, 0, target->textLength());
+    doc->m_removeLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+void CmdRemoveLine::undo()
+{
+    doc->m_insertLine(line);
+    doc->lineOf(line)->set(oldText);
+    // The line was scanned while it was still empty.
+    doc->updateLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+bool CmdRemoveLine::mergeMeWith(QtCommand *)
+{
+    return false;
+}
+
+} // namespace zvwidgets
