@@ -1,0 +1,599 @@
+#include "zvwidgets/zveditor/editorcursor.h"
+
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textfolding.h"
+#include "zvwidgets/zveditor/textline.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyleHints>
+#include <QTimerEvent>
+
+#include <algorithm>
+
+namespace zvwidgets {
+
+namespace {
+
+/// Kinds of characters between which word moves stop. An equals sign belongs
+/// to the word on purpose: "a=b" is passed in one step.
+enum class CharKind
+{
+    Word,
+    Other
+};
+
+CharKind kindOf(QChar c)
+{
+    const char16_t u = c.unicode();
+    const bool word = (u >= u'0' && u <= u'9') || (u >= u'a' && u <= u'z') ||
+                      (u >= u'A' && u <= u'Z') || u == u'_' || u == u'=';
+    return word ? CharKind::Word : CharKind::Other;
+}
+
+/// First column from \a column on that is not of \a kind.
+int skipForward(QStringView text, int column, CharKind kind)
+{
+    const int length = int(text.size());
+    while (column < length && kindOf(text[column]) == kind)
+        ++column;
+    return column;
+}
+
+/// Start of the run of \a kind that ends before \a column.
+int skipBackward(QStringView text, int column, CharKind kind)
+{
+    while (column > 0 && kindOf(text[column - 1]) == kind)
+        --column;
+    return column;
+}
+
+int tabsIn(QStringView text)
+{
+    return int(std::count(text.begin(), text.end(), QChar(u'\t')));
+}
+
+/// \a column stands between the two halves of one character.
+bool splitsPair(QStringView text, int column)
+{
+    return column > 0 && column < text.size() && text[column].isLowSurrogate() &&
+           text[column - 1].isHighSurrogate();
+}
+
+/// The key brings something to type, not a control character. A null
+/// character is what some keys give together with Ctrl.
+bool isTypedText(const QKeyEvent *event)
+{
+    const QString text = event->text();
+    if (text.isEmpty())
+        return false;
+    const bool ctrl = event->modifiers().testFlag(Qt::ControlModifier);
+    const char16_t first = text.at(0).unicode();
+    if (first == u'\t' || first == 0)
+        return !ctrl;
+    return first > 31 && first != 127;
+}
+
+} // namespace
+
+struct EditorCursor::Private
+{
+    TextView *view = nullptr;
+    TextEditor *editor = nullptr;
+    TextDocument *document = nullptr;
+    TextEditorManager *manager = nullptr;
+    int line = 0;
+    int column = 0;
+    int wantingColumn = 0;
+    int stack = 0;
+    int timer = 0;
+    bool active = false;
+    bool visible = false;
+    int prev_line = 0;
+    int prev_column = 0;
+    QRect shape;
+
+    const QString &textOf(int n) const { return *document->lineOf(n); }
+    int lengthOf(int n) const { return int(textOf(n).length()); }
+    int clampedLine(int n) const { return std::clamp(n, 0, document->lastLine()); }
+    /// Typing between the two halves of a character would tear it apart.
+    int wholeColumn(int n, int col) const { return splitsPair(textOf(n), col) ? col - 1 : col; }
+    void makeViewActive();
+    int column2wanted(int n, int col) const;
+    int wanted2column(int n, int wanted) const;
+    void moveWordBackward(const EditorCursor *cursor);
+    void moveWordForward(const EditorCursor *cursor);
+    void moveBackward(const EditorCursor *cursor);
+    void moveForward(const EditorCursor *cursor);
+    void moveLineStart();
+    void applyWantedColumn();
+    void killTimer(EditorCursor *cursor);
+    void hide(EditorCursor *cursor);
+    bool runNavigationKey(EditorCursor *cursor, const QKeyEvent *event);
+    bool runEditKey(const QKeyEvent *event);
+    bool runClipboardKey(const QKeyEvent *event);
+    void insertTyped(int atLine, int atColumn, const QString &text);
+};
+
+/// Tabs count as a fixed number of columns here, not as a step to the next
+/// tab stop; both directions agree on that.
+int EditorCursor::Private::column2wanted(int n, int col) const
+{
+    const QStringView text = textOf(n);
+    const int end = std::clamp(col, 0, int(text.size()));
+    return col + tabsIn(text.first(end)) * (document->spacesInTab() - 1);
+}
+
+int EditorCursor::Private::wanted2column(int n, int wanted) const
+{
+    const QStringView text = textOf(n);
+    const int extra = document->spacesInTab() - 1;
+    int counter = 0;
+    for (int col = 0; col < text.size(); ++col) {
+        if (counter >= wanted)
+            return col;
+        counter += text[col] == u'\t' ? 1 + extra : 1;
+    }
+    return int(text.size());
+}
+
+void EditorCursor::Private::moveBackward(const EditorCursor *cursor)
+{
+    if (manager->fCursorWrap && column == 0 && line != 0) {
+        line = cursor->prevVisibleLine(line);
+        column = lengthOf(line);
+    } else if (column > 0) {
+        --column;
+        if (splitsPair(textOf(line), column))
+            --column;
+    }
+}
+
+void EditorCursor::Private::moveForward(const EditorCursor *cursor)
+{
+    if (manager->fCursorWrap && column >= lengthOf(line)) {
+        if (line < document->lastLine()) {
+            line = cursor->nextVisibleLine(line);
+            column = 0;
+        }
+        return;
+    }
+    ++column;
+    if (splitsPair(textOf(line), column))
+        ++column;
+}
+
+/// To the start of the word before the cursor, passing what is no word
+/// between; from behind the line's end to that end.
+void EditorCursor::Private::moveWordBackward(const EditorCursor *cursor)
+{
+    if (column == 0) {
+        if (line != 0) {
+            line = cursor->prevVisibleLine(line);
+            column = lengthOf(line);
+        }
+        return;
+    }
+    const QStringView text = textOf(line);
+    if (column > text.size()) {
+        column = int(text.size());
+        return;
+    }
+    column = skipBackward(text, column, CharKind::Other);
+    column = skipBackward(text, column, CharKind::Word);
+}
+
+void EditorCursor::Private::moveWordForward(const EditorCursor *cursor)
+{
+    const QStringView text = textOf(line);
+    if (column < text.size()) {
+        column = skipForward(text, column, CharKind::Word);
+        column = skipForward(text, column, CharKind::Other);
+    } else if (line != document->lastLine()) {
+        line = cursor->nextVisibleLine(line);
+        column = 0;
+    }
+}
+
+void EditorCursor::Private::moveLineStart()
+{
+    const int first = document->lineOf(line)->firstChar();
+    column = first != column && manager->fSmartHome ? std::max(first, 0) : 0;
+}
+
+/// Vertical moves never leave the cursor behind the end of a line.
+void EditorCursor::Private::applyWantedColumn()
+{
+    const int length = lengthOf(line);
+    if (wantingColumn < column2wanted(line, length))
+        column = wanted2column(line, wantingColumn);
+    else
+        column = length;
+}
+
+void EditorCursor::Private::killTimer(EditorCursor *cursor)
+{
+    if (timer != 0)
+        cursor->killTimer(timer);
+    timer = 0;
+}
+
+void EditorCursor::Private::hide(EditorCursor *cursor)
+{
+    if (!active)
+        return;
+    killTimer(cursor);
+    if (!visible)
+        return;
+    visible = false;
+    view->update(shape);
+}
+
+EditorCursor::EditorCursor(TextView *view) : QObject(view), d(std::make_unique<Private>())
+{
+    d->view = view;
+    d->editor = view->editor();
+    d->manager = view->manager();
+    d->document = view->document();
+}
+
+EditorCursor::~EditorCursor() = default;
+
+void EditorCursor::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Shift)
+        return;
+    d->makeViewActive();
+    if (d->runNavigationKey(this, event) || d->runEditKey(event) || d->runClipboardKey(event))
+        return;
+    if (!isTypedText(event)) {
+        event->ignore();
+        return;
+    }
+    typeText(event->text());
+}
+
+bool EditorCursor::Private::runNavigationKey(EditorCursor *cursor, const QKeyEvent *event)
+{
+    struct Key
+    {
+        int key;
+        CursorAction plain;
+        CursorAction ctrl;
+    };
+    static constexpr Key keys[] = {
+        {Qt::Key_Home, MoveLineStart, MoveHome},
+        {Qt::Key_End, MoveLineEnd, MoveEnd},
+        {Qt::Key_Left, MoveBackward, MoveWordBackward},
+        {Qt::Key_Right, MoveForward, MoveWordForward},
+        {Qt::Key_Up, MoveUp, MovePgUp},
+        {Qt::Key_Down, MoveDown, MovePgDown},
+        {Qt::Key_PageUp, MovePgUp, MovePgUp},
+        {Qt::Key_PageDown, MovePgDown, MovePgDown},
+    };
+    const auto *const found =
+        std::find_if(std::begin(keys), std::end(keys),
+                     [event](const Key &candidate) { return candidate.key == event->key(); });
+    if (found == std::end(keys))
+        return false;
+    const bool ctrl = event->modifiers().testFlag(Qt::ControlModifier);
+    const bool shift = event->modifiers().testFlag(Qt::ShiftModifier);
+    cursor->move(ctrl ? found->ctrl : found->plain, shift);
+    return true;
+}
+
+bool EditorCursor::Private::runEditKey(const QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        view->clearSelection();
+        return true;
+    case Qt::Key_Tab: {
+        const QRect selected = view->selection();
+        if (!view->hasSelection() || selected.top() == selected.bottom())
+            return false;
+        document->indent();
+        return true;
+    }
+    case Qt::Key_Backtab:
+        document->unindent();
+        return true;
+    case Qt::Key_Backspace:
+        if (view->hasSelection())
+            document->selectionCommand(SelectionRemove);
+        else
+            document->backspace(0, 0);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        document->insertLineBreak(0, 0);
+        return true;
+    case Qt::Key_Delete:
+        editor->del();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool EditorCursor::Private::runClipboardKey(const QKeyEvent *event)
+{
+    const bool ctrl = event->modifiers().testFlag(Qt::ControlModifier);
+    const bool shift = event->modifiers().testFlag(Qt::ShiftModifier);
+    if (event->key() == Qt::Key_Insert) {
+        if (ctrl == shift)
+            manager->setOverwriteMode(!manager->overwriteMode());
+        else if (ctrl)
+            editor->copy();
+        else
+            editor->paste();
+        return true;
+    }
+    if (!ctrl)
+        return false;
+    switch (event->key()) {
+    case Qt::Key_C:
+        editor->copy();
+        return true;
+    case Qt::Key_V:
+        editor->paste();
+        return true;
+    case Qt::Key_X:
+        editor->cut();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void EditorCursor::typeText(const QString &text)
+{
+    if (text.isEmpty() || d->document->isReadOnly())
+        return;
+    d->makeViewActive();
+    d->document->selectionCommand(SelectionRemove);
+    d->insertTyped(line(), d->column, text);
+}
+
+/// The document's commands work at the cursor of its active view.
+void EditorCursor::Private::makeViewActive()
+{
+    if (document->activeView() != view)
+        document->setActiveView(view);
+}
+
+void EditorCursor::Private::insertTyped(int atLine, int atColumn, const QString &text)
+{
+    if (text.contains(u'\t') || text.contains(u'\n')) {
+        document->insert(text, 0, 0);
+        return;
+    }
+    if (!manager->overwriteMode()) {
+        document->cmdInsert(atLine, atColumn, text);
+        return;
+    }
+    const int length = splitsPair(textOf(atLine), atColumn + 1) ? 2 : 1;
+    document->cmdReplace(atLine, atColumn, length, text);
+}
+
+void EditorCursor::move(CursorAction action, bool select)
+{
+    d->line = line();
+    const int oldLine = d->line;
+    const int oldColumn = d->column;
+    const int page = d->view->height() / std::max(d->view->lineHeight(), 1);
+    const int lastLine = d->document->lastLine();
+    bool vertical = false;
+    switch (action) {
+    case MoveBackward:
+        d->moveBackward(this);
+        break;
+    case MoveForward:
+        d->moveForward(this);
+        break;
+    case MoveWordBackward:
+        d->moveWordBackward(this);
+        break;
+    case MoveWordForward:
+        d->moveWordForward(this);
+        break;
+    case MoveUp:
+        d->line = prevVisibleLine(d->line);
+        vertical = true;
+        break;
+    case MoveDown:
+        if (d->line < lastLine)
+            d->line = nextVisibleLine(d->line);
+        vertical = true;
+        break;
+    case MoveLineStart:
+        d->moveLineStart();
+        break;
+    case MoveLineEnd:
+        d->column = d->lengthOf(d->line);
+        break;
+    case MoveHome:
+        d->line = 0;
+        d->column = 0;
+        break;
+    case MoveEnd:
+        d->line = lastLine;
+        d->column = d->lengthOf(lastLine);
+        break;
+    case MovePgUp:
+        d->line = std::max(d->line - page, 0);
+        vertical = true;
+        break;
+    case MovePgDown:
+        d->line = std::min(d->line + page, lastLine);
+        vertical = true;
+        break;
+    }
+    if (vertical)
+        d->applyWantedColumn();
+    else
+        d->wantingColumn = d->column2wanted(d->line, d->column);
+    const int newLine = d->line;
+    const int newColumn = d->wholeColumn(newLine, d->column);
+    // The view takes the cursor's present place as the anchor of a selection.
+    d->line = oldLine;
+    d->column = oldColumn;
+    d->view->setCursorPositionInternal(newLine, newColumn, select);
+    set(newLine, newColumn, true);
+}
+
+void EditorCursor::set(int line, int column, bool update)
+{
+    d->prev_line = d->line;
+    d->prev_column = d->column;
+    d->column = std::max(d->column, 0);
+    d->line = d->clampedLine(d->line);
+    if (update)
+        setEnabled(false);
+    d->column = std::max(column, 0);
+    d->line = d->clampedLine(line);
+    d->column = d->wholeColumn(d->line, d->column);
+    if (update) {
+        d->view->ensureCursorVisible();
+        setEnabled(true);
+    }
+    if (d->line == d->prev_line && d->column == d->prev_column)
+        return;
+    emit changePosition(d->line, d->column);
+    d->editor->notifyChange(TextEditor::CursorPosition);
+}
+
+void EditorCursor::setWantedColumn(int column)
+{
+    d->wantingColumn = d->column2wanted(d->clampedLine(d->line), column);
+}
+
+int EditorCursor::line() const
+{
+    // Another view of the document may have removed the lines at the end.
+    return d->clampedLine(d->line);
+}
+
+int EditorCursor::column() const
+{
+    return d->column;
+}
+
+QPoint EditorCursor::pos() const
+{
+    return {d->column, line()};
+}
+
+bool EditorCursor::isEnabled() const
+{
+    return d->visible;
+}
+
+void EditorCursor::setEnabled(bool enabled)
+{
+    if (!enabled) {
+        ++d->stack;
+        d->hide(this);
+        return;
+    }
+    d->stack = std::max(d->stack - 1, 0);
+    if (d->stack > 0) {
+        d->hide(this);
+        return;
+    }
+    if (!d->active)
+        return;
+    d->visible = true;
+    d->killTimer(this);
+    paint();
+    // A flash time of 0 is the user's wish for a steady cursor.
+    const int halfPeriod = QApplication::cursorFlashTime() / 2;
+    if (halfPeriod > 0)
+        d->timer = startTimer(halfPeriod);
+}
+
+void EditorCursor::activate()
+{
+    if (d->active)
+        return;
+    d->active = true;
+    setEnabled(true);
+}
+
+void EditorCursor::deactivate()
+{
+    if (!d->active)
+        return;
+    setEnabled(false);
+    d->active = false;
+}
+
+void EditorCursor::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != d->timer)
+        return;
+    d->visible = !d->visible;
+    // Whatever moves the text hides and shows the cursor, so the place holds.
+    d->view->update(d->shape);
+}
+
+void EditorCursor::paint()
+{
+    d->column = std::max(d->column, 0);
+    d->line = d->clampedLine(d->line);
+    d->view->updateLinesList();
+    const QPoint p = d->view->docPosToScreen(pos());
+    const int x = p.x() - d->view->contentsX();
+    const int y = p.y() - d->view->contentsY();
+    const int height = d->view->lineHeight() - 1;
+    d->view->update(d->shape);
+    d->shape = QRect(x, y, 5, height);
+    d->view->update(d->shape);
+}
+
+QRect EditorCursor::shape() const
+{
+    return d->shape;
+}
+
+/// An upright stroke with serifs. The parts must not overlap: inverting twice
+/// would leave a hole.
+void EditorCursor::draw(QPainter &painter) const
+{
+    if (!d->visible)
+        return;
+    const QRect &s = d->shape;
+    painter.save();
+    painter.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
+    painter.fillRect(s.x(), s.y(), s.width(), 1, Qt::white);
+    painter.fillRect(s.x(), s.bottom(), s.width(), 1, Qt::white);
+    painter.fillRect(s.x() + 2, s.y() + 1, 1, s.height() - 2, Qt::white);
+    painter.restore();
+}
+
+int EditorCursor::nextVisibleLine(int line) const
+{
+    const int last = d->document->lastLine();
+    if (line >= last)
+        return last;
+    ++line;
+    while (line < last && !d->document->lineOf(line)->isFoldVisible)
+        ++line;
+    return line;
+}
+
+int EditorCursor::prevVisibleLine(int line) const
+{
+    if (line <= 0)
+        return 0;
+    --line;
+    while (line > 0 && !d->document->lineOf(line)->isFoldVisible)
+        --line;
+    return line;
+}
+
+} // namespace zvwidgets

@@ -34,6 +34,8 @@ protected:
     bool ensureBuffer();
     /// Line shown at \a y pixels from the top of the widget.
     int lineAt(int y) const;
+    /// Upper edge, in pixels of the widget, of the row that holds \a y.
+    int rowTop(int y) const;
 
     TextView *view;
     TextDocument *document;
@@ -51,6 +53,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    void paintRow(int line);
 };
 
 /// Shows the line numbers, from 1, at the first row of each line.
@@ -63,6 +68,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    void paintRow(int contentY, int line);
 };
 
 /// Shows the folds. A click toggles or removes a fold; on a selection of three
@@ -82,8 +90,9 @@ private:
     /// Lines of the folds around a row, from pixel row \a y0 to \a y1 of the
     /// buffer; \a last adds the foot of the innermost one.
     void paintFoldLine(QPainter *painter, int level, bool last, int y0, int y1) const;
+    void paintRow(QPainter *painter, int line) const;
     void paintAddFoldRow(QPainter *painter, int line) const;
-    void paintFoldRow(QPainter *painter, int line) const;
+    void paintFoldStart(QPainter *painter, int line) const;
     bool showAddFoldArea(int line) const;
 };
 
@@ -102,10 +111,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    /// Selects from the anchor to the end of \a line, its line break included
-    /// where there is one.
-    void selectThrough(int line);
-    void anchorBehind(int line);
+    /// Moves the cursor behind the line break of \a line; behind the text of
+    /// the last line, which has none.
+    void moveBehind(int line, bool select);
 
     bool doSelect = false;
     int start = 0;

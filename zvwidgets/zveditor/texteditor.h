@@ -108,12 +108,13 @@ public:
     /// matches nothing. No wrapping round at the end.
     bool find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
               bool inSelection);
-    /// \a pattern has the syntax of TextPattern; a match of no characters
-    /// counts only where it doesn't repeat the last one.
+    /// \a pattern has the syntax of TextPattern. A match of no characters at the
+    /// cursor itself doesn't count, so that searching on comes to an end.
     bool findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor);
     /// Repeats the last find() from the cursor.
     bool findNext();
-    /// Number of replacements; they are one step of undo.
+    /// Number of replacements; they are one step of undo. Replaced text is not
+    /// searched again.
     int replaceAll(const QString &text, const QString &replaceText, bool caseSensitive,
                    bool wholeWord, bool inSelection);
 
