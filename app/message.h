@@ -27,6 +27,8 @@ public:
     static int warning(const QString &caption, const QString &message, const QString &button0Text,
                        const QString &button1Text, const QString &button2Text, int defaultButton,
                        int escapeButton);
+    /// One button \a buttonText, with the sign of a failure.
+    static void critical(const QString &caption, const QString &message, const QString &buttonText);
 };
 
 } // namespace vesk

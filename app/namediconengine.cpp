@@ -6,12 +6,12 @@
 
 namespace vesk {
 
-NamedIconEngine::NamedIconEngine(const QString &name) : name(name)
+NamedIconEngine::NamedIconEngine(const QString &name) : iconName(name)
 {}
 
 QSize NamedIconEngine::actualSize(const QSize &size, QIcon::Mode, QIcon::State)
 {
-    const QSize own = Utils::icon(name).deviceIndependentSize().toSize();
+    const QSize own = Utils::icon(iconName).deviceIndependentSize().toSize();
     if (own.width() <= size.width() && own.height() <= size.height())
         return own;
     return own.scaled(size, Qt::KeepAspectRatio);
@@ -19,7 +19,8 @@ QSize NamedIconEngine::actualSize(const QSize &size, QIcon::Mode, QIcon::State)
 
 QPixmap NamedIconEngine::pixmap(const QSize &size, QIcon::Mode mode, QIcon::State)
 {
-    QPixmap result = mode == QIcon::Disabled ? Utils::disabledIcon(name) : Utils::icon(name);
+    QPixmap result =
+        mode == QIcon::Disabled ? Utils::disabledIcon(iconName) : Utils::icon(iconName);
     if (result.width() > size.width() || result.height() > size.height())
         result = result.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     return result;
@@ -34,7 +35,7 @@ void NamedIconEngine::paint(QPainter *painter, const QRect &rect, QIcon::Mode mo
 
 QIconEngine *NamedIconEngine::clone() const
 {
-    return new NamedIconEngine(name);
+    return new NamedIconEngine(iconName);
 }
 
 QString NamedIconEngine::key() const

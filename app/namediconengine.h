@@ -19,7 +19,7 @@ public:
     QString key() const override;
 
 private:
-    const QString name;
+    const QString iconName;
 };
 
 } // namespace vesk

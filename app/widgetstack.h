@@ -48,7 +48,6 @@ signals:
 protected:
     void childEvent(QChildEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
-    void changeEvent(QEvent *event) override;
     bool event(QEvent *event) override;
 
 private:
