@@ -56,6 +56,9 @@ class TextDocument : public QObject
 {
     Q_OBJECT
 public:
+    using wrapMode = zvwidgets::wrapMode;
+    using SelectionCommand = zvwidgets::SelectionCommand;
+
     /// \a manager is not owned and must outlive the document.
     explicit TextDocument(TextEditorManager *manager);
     ~TextDocument() override;

@@ -7,6 +7,7 @@
 #include <QStringConverter>
 
 class QIODevice;
+class QTextStream;
 
 namespace zvwidgets {
 
@@ -40,6 +41,10 @@ public:
     /// then hold some lines.
     static bool read(QIODevice &device, QStringConverter::Encoding wish, TextLineArray *lines,
                      TextFormat *format, QString *error);
+
+    /// Reads the text that \a stream, which decodes, holds, as above; of
+    /// \a format only the line end is known.
+    static void read(QTextStream &stream, TextLineArray *lines, TextFormat *format);
 
     /// Writes \a lines to \a device, which is open; the last line gets no line
     /// end. Characters that Latin-1 lacks make the encoding in \a format UTF-8;

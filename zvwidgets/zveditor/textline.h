@@ -45,7 +45,7 @@ public:
     struct Private;
 
     TextLine();
-    explicit TextLine(const QString &text);
+    explicit TextLine(QString text);
     TextLine(const TextLine &) = delete;
     TextLine &operator=(const TextLine &) = delete;
     ~TextLine();

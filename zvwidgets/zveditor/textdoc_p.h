@@ -1,0 +1,68 @@
+#pragma once
+
+#include "zvwidgets/zveditor/textdoc.h"
+
+namespace zvwidgets {
+
+/// A letter, digit or mark of any script, or the underscore.
+inline bool isWordCharacter(QChar character)
+{
+    return character.isLetterOrNumber() || character.isMark() || character == QLatin1Char('_');
+}
+
+/// What the sources of the document share.
+struct TextDocument::Private
+{
+    explicit Private(TextDocument *document, TextEditorManager *manager) : q(document), m(manager)
+    {}
+    ~Private() { freeLines(); }
+
+    void freeLines();
+    void reset();
+    void adopt(TextLineArray &lines);
+
+    /// Commands run whose end macroExecuted() will announce.
+    bool isExecuting() const;
+    void markForScan(int line);
+    void linesInserted(int line);
+    void linesRemoved(int line);
+    int scan(TextLine *line, int ctx) const;
+    void scanPending();
+    void takeWidth(int line);
+    void findLongest();
+    void updateGeometry();
+
+    void preferCursor(int *line, int *column) const;
+    int backspaceLength(int line, int column) const;
+    QString expandedTabs(QStringView part, int line, int column) const;
+    QString blockSelection(int actions, const QRect &rect);
+    QString streamSelection(int actions, const QRect &rect);
+
+    /// Colours the line if it isn't.
+    void colour(TextLine *line) const;
+
+    TextDocument *const q;
+    TextEditorManager *const m;
+    QList<TextView *> views;
+    TextView *view = nullptr;
+    /// Those that the undo manager knows.
+    QList<TextView *> associatedViews;
+    TextFolding *folding = nullptr;
+    bool modified = false;
+    bool readonly = false;
+    int spacesInTab = 8;
+    TextLineArray contents;
+    /// Gave maxLength; null if that has to be found again.
+    TextLine *longestLine = nullptr;
+    bool newDocGeometry = false;
+    QtUndoStack *undoStack = nullptr;
+    int macroCursorLine = -1;
+    int macroCursorColumn = -1;
+    LineRegion updateRegion;
+    int openMacros = 0;
+    /// Holds every line that needs a scan, and others.
+    LineRegion pendingScan;
+    TextFormat format;
+};
+
+} // namespace zvwidgets
