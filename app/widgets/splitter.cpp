@@ -296,7 +296,8 @@ QTextStream &operator<<(QTextStream &stream, const Splitter &splitter)
 
 QTextStream &operator>>(QTextStream &stream, Splitter &splitter)
 {
-    const QString line = stream.readLine().trimmed();
+    stream.skipWhiteSpace();
+    const QString line = stream.readLine();
     QList<int> sizes = splitter.sizes();
     if (!line.startsWith(QLatin1Char('[')))
         return stream;
