@@ -113,7 +113,7 @@ void TextEditor::print()
         return;
     QCoreApplication::processEvents();
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    QPrinter *const printer = d->manager->printer;
+    QPrinter *const printer = d->manager->printer();
     const QRect body = printedBody(*printer, d->manager->margins);
     QPainter painter;
     if (body.width() > 0 && body.height() > 0 && painter.begin(printer)) {
