@@ -2,7 +2,7 @@
 
 #include <QColor>
 #include <QFont>
-#include <QFontMetrics>
+#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QRect>
@@ -11,18 +11,16 @@
 
 #include <memory>
 
+class QFontMetrics;
 class QPrinter;
 class QSettings;
 
 namespace zvwidgets {
 
-class FontGlyphs;
 class TextDocument;
 class TextEditor;
 
-/// One variant of the text font with what measuring and drawing needs of it.
-/// All variants are set up so that the widths of characters add up to the
-/// width of their text.
+/// One variant of the font and its measures.
 struct FontData
 {
     FontData();
@@ -32,18 +30,18 @@ struct FontData
 
     std::unique_ptr<QFont> font;
     std::unique_ptr<QFontMetrics> fm;
-    /// Glyphs and advances of single characters, looked up on first use.
-    std::unique_ptr<FontGlyphs> glyphs;
-    /// Width of every character of a fixed-pitch font, -1 for a proportional
-    /// one. Only "W" and "i" are compared.
+    /// Cell width of a fixed-pitch font in pixels; -1 for a proportional one.
     int width = -1;
 };
 
-/// What all documents and editors of the program share: the text font in four
-/// variants, the flags that decide how keys and selection act, the colours, the
-/// printer, and the registers of the living documents and editors, to which
-/// every setter hands a change on. The program makes one and keeps it until all
-/// documents are gone. Owns no document and no editor.
+/// What all documents and views of the library share: the four font variants,
+/// the flags that decide how keys and selection act, colours, the printer, added
+/// completion words, and the registers of live documents and editors. A setter
+/// pushes the change to all of them at once; the flags without a setter are read
+/// where they count.
+///
+/// The application makes one and keeps it longer than any document. It owns
+/// neither documents nor editors.
 class TextEditorManager : public QObject
 {
     Q_OBJECT
@@ -51,24 +49,24 @@ public:
     TextEditorManager();
     ~TextEditorManager() override;
 
-    /// Makes an editor for \a doc, or for a new document if that is null, and
-    /// registers what it made. The parent owns the editor, the last editor of
-    /// a document deletes it.
+    /// Makes an editor and, with a null \a doc, a document for it; both are
+    /// registered. The editor belongs to \a parent, the document to its editors.
     TextEditor *createEditor(QWidget *parent, TextDocument *doc, const QString &name = QString());
-    /// Registers what the caller made; \a doc may be null.
+    /// Registers objects that the caller made; \a doc may be null.
     void addEditor(TextEditor *e, TextDocument *doc);
-    /// Emits activate().
+    /// Called by an editor whose view got the focus.
     void editorActivated(TextEditor *e);
 
     /// Names of the known highlight definitions, sorted.
     QStringList highlightsNames();
-    /// Words offered besides those of the document, by the number of typed
-    /// characters from which on they are.
+
+    /// Word lists by the shortest typed prefix for which they are offered.
     QMap<int, QStringList> addedCompleteWords() const;
     void addCompletionList(const QStringList &words, int minimumMatchedLength);
 
     bool overwriteMode() const { return fOvr; }
     void setOverwriteMode(bool on);
+
     bool isIndicatorMarginVisible() const { return fIndicatorMargin; }
     void setIndicatorMarginVisible(bool on);
     bool isLineNumberMarginVisible() const { return fLineNumberMargin; }
@@ -77,83 +75,88 @@ public:
     void setSelectionMarginVisible(bool on);
     bool isFoldingMarginVisible() const { return fFoldingMargin; }
     void setFoldingMarginVisible(bool on);
-    /// Shows or hides the margins of all editors by the flags.
     void updateMarginsState();
-    /// As it was set; documents hold it clamped to 1 to 16.
+
+    /// In columns, as it was set; documents clamp theirs to 1 to 16.
     int tabWidth() const;
-    void setTabWidth(int width);
+    void setTabWidth(int columns);
     void setLineWrap(bool on);
     void setVerticalSelection(bool on);
-    /// Builds the highlights of all documents anew, with the present settings.
+    /// Builds the highlight of every document's active view anew, with the
+    /// settings of now.
     void updateHighlight();
 
-    /// The font as it was set.
     QFont &font();
-    /// Variant \a i, 0 to 3: bit 0 is italic, bit 1 bold.
+    /// Variant \a i: 0 plain, 1 italic, 2 bold, 3 bold italic.
     QFont &font(int i);
     void setFont(const QFont &f);
-    const FontData &fontData(int i) const;
-    /// Advance in pixels in variant \a i.
+    /// Widths in pixels in variant \a i.
     int width(int i, QChar c) const;
     int width(int i, const QString &s) const;
+    /// Cell width of variant \a i, -1 if it is proportional.
+    int fixedWidth(int i) const;
 
-    /// Asks the user; false if he cancels.
+    /// Asks for printer and page; false if the user refused.
     bool setupPrinter();
-    /// The one printer of the process, made when first asked for: that may have
-    /// to wait for a print server.
-    QPrinter *printer() const;
-    /// In points, 1/72 inch: width and height are the right and bottom margin.
+    /// Made on first use: finding the printers takes a while.
+    QPrinter *printer();
+    /// \a r in points: x and y are the left and top margin, width and height the
+    /// right and bottom one.
     void setMargins(const QRect &r);
     /// Printable width in device pixels.
-    int printWidth() const;
+    int printWidth();
 
-    /// Where the system's highlight definitions are.
     QString resourcesDir() const;
-    void setResourcesDir(const QString &dir);
-    /// "local" below the resources directory if none was set.
+    void setResourcesDir(const QString &path);
+    /// If none was set, the folder "local" below resourcesDir().
     QString localResourcesDir() const;
-    void setLocalResourcesDir(const QString &dir);
+    void setLocalResourcesDir(const QString &path);
+    QString hlSettingsKey() const { return hlSettings; }
     virtual void setHlSettingsKey(const QString &key);
-    QString hlSettingsKey() const;
-    /// \a config is not owned and may be null.
-    void setGlobalConfig(QSettings *config);
+    /// Where colours and masks of the definitions are kept. Not owned; may be
+    /// null, then the definitions' own hold.
     QSettings *globalConfig() const;
+    void setGlobalConfig(QSettings *config);
 
-    bool fCursorWrap = false; ///< Left and Right cross line ends
-    /// Tabs are kept and not replaced by blanks. The option of the opposite
-    /// name is stored here as it stands, which is meant.
+    bool fCursorWrap = false;
+    /// True keeps tab characters, false expands them to blanks.
     bool fSaveTab = false;
-    bool fVerticalSelection = false; ///< the selection is a box of columns
+    bool fVerticalSelection = false;
     bool fOvr = false;
     bool fAutoIndent = true;
-    bool fRemoveSpaces = false; ///< strip trailing blanks of a line the cursor leaves
+    bool fRemoveSpaces = false;
     bool fBackspaceIndent = true;
     bool fSmartHome = true;
+    /// The wrap state of new documents.
     bool fLineWrap = false;
     bool fIndentationGuides = true;
     bool fIndicatorMargin = true;
     bool fSelectionMargin = true;
     bool fLineNumberMargin = true;
     bool fFoldingMargin = true;
+    /// Page margins in points, see setMargins().
     QRect margins;
     QString hlSettings;
     QColor normalBackgroundColor;
     QColor selectedBackgroundColor;
-    QColor foundBackgroundColor; ///< kept for clients
-    QColor currentLineColor;     ///< invalid: the cursor's line is not marked
-    /// Stands in for the X11 selection where there is none.
+    /// Kept for marking found text.
+    QColor foundBackgroundColor;
+    /// Invalid means that the cursor's line isn't marked.
+    QColor currentLineColor;
+    /// Stands in for the X selection where there is none.
     QString winClipboard;
 
-    struct Private;
-    const std::unique_ptr<Private> d;
-
 signals:
-    void activate(zvwidgets::TextEditor *e);
+    void activate(zvwidgets::TextEditor *editor);
     void overwriteModeChanged();
 
 public slots:
     void docDestroyed();
     void editorDestroyed();
+
+private:
+    struct Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace zvwidgets
