@@ -1,0 +1,529 @@
+#include "app/editors/zveditor/zveditor.h"
+
+#include "app/actions.h"
+#include "app/message.h"
+#include "app/settings.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textfolding.h"
+#include "zvwidgets/zveditor/textline.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QScopedValueRollback>
+#include <QTimer>
+
+using zvwidgets::FolderInfo;
+using zvwidgets::FoldersState;
+using zvwidgets::TextDocument;
+using zvwidgets::TextEditor;
+using zvwidgets::TextEditorManager;
+using zvwidgets::TextLine;
+
+namespace vesk {
+
+namespace {
+
+constexpr int reloadCheckInterval = 1000; // ms
+constexpr int contextLines = 10;
+
+/// The bytes are printed without leading zeros: the keys of stored folds depend on it.
+QString md5sum(const QString &text)
+{
+    const QByteArray digest = QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Md5);
+    QString sum;
+    for (const char byte : digest)
+        sum += QString::number(static_cast<uchar>(byte), 16);
+    return sum;
+}
+
+QString foldsKey(const QString &path)
+{
+    return QStringLiteral("/editors/folding/") + md5sum(path);
+}
+
+QString foldsToText(const FoldersState &state)
+{
+    QString text;
+    for (const FolderInfo &fold : state) {
+        text += QString::number(fold.firstLine) + u' ' + QString::number(fold.lastLine) + u' ' +
+                (fold.isOpened ? QStringLiteral("o;") : QStringLiteral("c;"));
+    }
+    return text;
+}
+
+FoldersState foldsFromText(const QString &text)
+{
+    static const QRegularExpression record(QStringLiteral("(\\d+) (\\d+) (o|c)"));
+    FoldersState state;
+    const QStringList pieces = text.split(u';', Qt::SkipEmptyParts);
+    for (const QString &piece : pieces) {
+        const QRegularExpressionMatch match = record.match(piece);
+        bool isFirstNumber = false;
+        bool isLastNumber = false;
+        FolderInfo fold;
+        fold.firstLine = match.captured(1).toInt(&isFirstNumber);
+        fold.lastLine = match.captured(2).toInt(&isLastNumber);
+        fold.isOpened = match.captured(3) == u'o';
+        if (isFirstNumber && isLastNumber)
+            state.append(fold);
+        else
+            qDebug("folders state is not correct\n%s", qPrintable(piece));
+    }
+    return state;
+}
+
+struct FlagOption
+{
+    const char *key;
+    bool value;
+    bool TextEditorManager::*flag;
+};
+
+/// "ReplaceTabs" goes into the flag that keeps tabs, as it stands: with the
+/// option on, tabs are kept. Word wrap is only the start value of new documents.
+constexpr FlagOption flagOptions[] = {
+    {"/zveditor/AutoIndent", true, &TextEditorManager::fAutoIndent},
+    {"/zveditor/BackspaceIndent", true, &TextEditorManager::fBackspaceIndent},
+    {"/zveditor/SmartHome", true, &TextEditorManager::fSmartHome},
+    {"/zveditor/WrapCursor", true, &TextEditorManager::fCursorWrap},
+    {"/zveditor/ReplaceTabs", true, &TextEditorManager::fSaveTab},
+    {"/zveditor/RemoveSpacer", false, &TextEditorManager::fRemoveSpaces},
+    {"/zveditor/WordWrap", true, &TextEditorManager::fLineWrap},
+};
+
+struct SetterOption
+{
+    const char *key;
+    bool value;
+    void (TextEditorManager::*set)(bool);
+};
+
+constexpr SetterOption setterOptions[] = {
+    {"/zveditor/IndicatorMargin", true, &TextEditorManager::setIndicatorMarginVisible},
+    {"/zveditor/LineNumberMargin", false, &TextEditorManager::setLineNumberMarginVisible},
+    {"/zveditor/SelectionMargin", false, &TextEditorManager::setSelectionMarginVisible},
+    {"/zveditor/VerticalSelection", false, &TextEditorManager::setVerticalSelection},
+};
+
+} // namespace
+
+struct ZVEditor::Private
+{
+    static TextEditorManager *manager;
+
+    /// Null if there is no line \a n.
+    TextLine *lineAt(int n) const
+    {
+        return n >= 0 && n <= document->lastLine() ? document->lineOf(n) : nullptr;
+    }
+
+    TextEditor *editor = nullptr;
+    TextDocument *document = nullptr;
+    int traceLine = -1;
+    /// Drives updateFileInfo(). Nothing makes one yet.
+    QTimer *timer = nullptr;
+    QFileInfo fileInfo;
+    QDateTime modificationTime;
+};
+
+TextEditorManager *ZVEditor::Private::manager = nullptr;
+
+ZVEditor::ZVEditor(QWidget *parent, const QString &name)
+    : Editor(parent, name), d(std::make_unique<Private>())
+{
+    manager()->setGlobalConfig(Settings::self());
+    d->document = new TextDocument(manager());
+    d->editor = new TextEditor(d->document, this);
+    manager()->addEditor(d->editor, d->document);
+    // No highlight has this name: a new text is shown with the default one.
+    d->editor->setHighlight(QStringLiteral("a.py"));
+
+    auto *layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(d->editor, 0, 0);
+    setFocusProxy(d->editor->view());
+
+    connect(d->editor, &TextEditor::changed, this, &ZVEditor::changedStatus);
+    connect(d->editor->view(), &zvwidgets::TextView::focusChanged, this, &Editor::focusChanged);
+    connect(manager(), &TextEditorManager::overwriteModeChanged, this,
+            &ZVEditor::managerOverwriteModeChanged);
+    fillContextMenu();
+}
+
+ZVEditor::~ZVEditor()
+{
+    storeFolds();
+    // The view loses the focus when the widgets go; nobody may hear of it through
+    // an editor that is half gone.
+    disconnect(d->editor, nullptr, this, nullptr);
+    disconnect(d->editor->view(), nullptr, this, nullptr);
+}
+
+void ZVEditor::fillContextMenu()
+{
+    // An empty name stands for a separator.
+    static constexpr const char *names[] = {
+        "Editors/undo",   "Editors/redo",    "", "Editors/cut", "Editors/copy", "Editors/paste", "",
+        "Editors/indent", "Editors/unindent"};
+    QMenu *menu = d->editor->view()->rmbMenu();
+    for (const char *name : names) {
+        if (!*name)
+            menu->addSeparator();
+        else if (Action *action = Actions::action(QString::fromLatin1(name)))
+            menu->addAction(action);
+    }
+}
+
+TextEditorManager *ZVEditor::manager()
+{
+    if (!Private::manager) {
+        Private::manager = new TextEditorManager;
+        loadConfig();
+    }
+    return Private::manager;
+}
+
+void ZVEditor::loadConfig()
+{
+    TextEditorManager *const m = manager();
+    m->setGlobalConfig(Settings::self());
+    m->setHlSettingsKey(Settings::keyPrefix() + QStringLiteral("/zveditor/hl"));
+    for (const FlagOption &option : flagOptions)
+        m->*option.flag = Settings::readBool(QString::fromLatin1(option.key), option.value);
+    m->fIndentationGuides = false;
+    for (const SetterOption &option : setterOptions)
+        (m->*option.set)(Settings::readBool(QString::fromLatin1(option.key), option.value));
+    m->setTabWidth(Settings::readNum(QStringLiteral("/zveditor/TabWidth"), 4));
+    QFont font;
+    font.fromString(Settings::read(QStringLiteral("/zveditor/Font"),
+                                   QStringLiteral("Luxi Mono [Zvc],11,-1,5,50,0,0,0,0,0")));
+    m->setFont(font);
+    m->currentLineColor = QColor(QStringLiteral("#efefff"));
+}
+
+QString ZVEditor::text() const
+{
+    return d->editor->text();
+}
+
+void ZVEditor::setText(const QString &text)
+{
+    d->editor->setText(text);
+}
+
+QString ZVEditor::line(int n) const
+{
+    const TextLine *const found = d->lineAt(n);
+    // The line shares its text with the document; the copy has to outlive it.
+    return found ? QString(found->constData(), found->size()) : QString();
+}
+
+QString ZVEditor::selection() const
+{
+    return d->editor->getSelectedText();
+}
+
+bool ZVEditor::open(const QString &url)
+{
+    setErrorString(QString());
+    if (!QFileInfo::exists(url)) {
+        setErrorString(tr("No such file"));
+        Message::critical(tr("Error"), tr("Can not open file\n%1").arg(url), tr("Ok"));
+        return false;
+    }
+    if (!load(url))
+        return false;
+    setFileName(url);
+    d->fileInfo = QFileInfo(url);
+    d->modificationTime = d->fileInfo.lastModified();
+    emit fileLoaded();
+    restoreFolds();
+    return true;
+}
+
+bool ZVEditor::load(const QString &url)
+{
+    // Reading a pipe or a device might never end.
+    if (!QFileInfo(url).isFile()) {
+        setErrorString(tr("Not a regular file"));
+        return false;
+    }
+    manager()->setGlobalConfig(Settings::self());
+    const bool isLoaded = d->editor->open(url);
+    setErrorString(d->editor->errorString());
+    return isLoaded;
+}
+
+void ZVEditor::restoreFolds()
+{
+    const QString stored = Settings::read(foldsKey(d->editor->filePath()), QString());
+    d->editor->folding()->setFolderstState(foldsFromText(stored));
+}
+
+void ZVEditor::storeFolds() const
+{
+    const QString path = d->editor->filePath();
+    if (path.isEmpty())
+        return;
+    Settings::write(foldsKey(path), foldsToText(d->editor->folding()->foldersState()));
+}
+
+void ZVEditor::save()
+{
+    d->editor->save();
+    setErrorString(d->editor->errorString());
+    refreshModificationTime();
+}
+
+void ZVEditor::saveAs(const QString &url)
+{
+    manager()->setGlobalConfig(Settings::self());
+    const bool isSaved = d->editor->saveAs(url);
+    setErrorString(d->editor->errorString());
+    if (isSaved)
+        setFileName(url);
+    refreshModificationTime();
+}
+
+void ZVEditor::refreshModificationTime()
+{
+    d->fileInfo.refresh();
+    d->modificationTime = d->fileInfo.lastModified();
+}
+
+void ZVEditor::undo()
+{
+    d->editor->undo();
+}
+
+void ZVEditor::redo()
+{
+    d->editor->redo();
+}
+
+void ZVEditor::cut()
+{
+    d->editor->cut();
+}
+
+void ZVEditor::copy()
+{
+    d->editor->copy();
+}
+
+void ZVEditor::paste()
+{
+    d->editor->paste();
+}
+
+bool ZVEditor::find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
+                    bool inSelection)
+{
+    return d->editor->find(text, caseSensitive, wholeWord, fromCursor, inSelection);
+}
+
+bool ZVEditor::findRegexp(const QString &pattern, bool caseSensitive, bool wildcard,
+                          bool fromCursor)
+{
+    return d->editor->findRegexp(pattern, caseSensitive, wildcard, fromCursor);
+}
+
+void ZVEditor::replaceFound(const QString &text)
+{
+    d->document->selectionCommand(zvwidgets::SelectionRemove);
+    // In overwrite mode the new text would eat what follows the match.
+    const QScopedValueRollback insertMode(manager()->fOvr, false);
+    d->document->insert(text, 0, 0);
+}
+
+bool ZVEditor::findNext()
+{
+    return d->editor->findNext();
+}
+
+void ZVEditor::setWrap(bool on)
+{
+    d->editor->setWrap(on);
+}
+
+bool ZVEditor::getWrap() const
+{
+    return d->editor->getWrap();
+}
+
+void ZVEditor::selectAll()
+{
+    zvwidgets::TextView *const view = d->editor->view();
+    view->setCursorPosition(0, 0, false);
+    view->setCursorPosition(d->document->lastLine() + 1, 0, true);
+}
+
+void ZVEditor::indent()
+{
+    d->editor->indent();
+}
+
+void ZVEditor::unindent()
+{
+    d->editor->unindent();
+}
+
+void ZVEditor::configure()
+{}
+
+void ZVEditor::configureHighlighting()
+{}
+
+QString ZVEditor::filename() const
+{
+    return d->editor->filePath();
+}
+
+void ZVEditor::setFileName(const QString &path)
+{
+    // Setting the path picks the highlight anew, which costs a pass over the text.
+    if (QFileInfo(path).absoluteFilePath() != filename()) {
+        manager()->setGlobalConfig(Settings::self());
+        d->editor->setFilePath(path);
+    }
+    emit filenameChanged(filename());
+}
+
+bool ZVEditor::isModified() const
+{
+    return d->editor->isModified();
+}
+
+int ZVEditor::cursorLine() const
+{
+    return d->editor->line();
+}
+
+int ZVEditor::cursorColumn() const
+{
+    return d->editor->column();
+}
+
+void ZVEditor::setCursorPosition(int line, int column)
+{
+    zvwidgets::TextView *const view = d->editor->view();
+    for (const int passed : {line + contextLines, line - contextLines, line})
+        view->setCursorPosition(passed, column, false);
+}
+
+void ZVEditor::setHighlightedLine(int, const QColor &)
+{}
+
+void ZVEditor::clearHighlightedLine(int)
+{}
+
+void ZVEditor::setLineIcon(int line, QPixmap *icon)
+{
+    d->editor->setLineIcon(line, icon);
+}
+
+void ZVEditor::clearLineIcon(int line)
+{
+    d->editor->clearLineIcon(line);
+}
+
+void ZVEditor::showTrace(int line)
+{
+    if (TextLine *const former = d->lineAt(d->traceLine))
+        former->clearLineColor();
+    d->traceLine = line;
+    if (TextLine *const traced = d->lineAt(line))
+        traced->setLineColor(QColor(QStringLiteral("#bfffbf")));
+    d->editor->view()->update();
+}
+
+void ZVEditor::clearTrace()
+{
+    if (TextLine *const traced = d->lineAt(d->traceLine))
+        traced->clearLineColor();
+    d->editor->view()->update();
+}
+
+bool ZVEditor::replaceTabs() const
+{
+    return !manager()->fSaveTab;
+}
+
+int ZVEditor::tabWidthInSpaces() const
+{
+    // A key of its own that nothing writes: the width for other programs' use
+    // does not follow the width on screen.
+    return Settings::readNum(QStringLiteral("/Editor/TabWidth"), 4);
+}
+
+void ZVEditor::completeWordNext()
+{
+    d->editor->completeWordNext();
+}
+
+void ZVEditor::completeWordPrev()
+{
+    d->editor->completeWordPrev();
+}
+
+void ZVEditor::addCompletionList(const QStringList &words, int minimumMatchedLength)
+{
+    manager()->addCompletionList(words, minimumMatchedLength);
+}
+
+void ZVEditor::changedStatus(int change)
+{
+    if (change == TextEditor::Modification)
+        emit modificationStatusChanged(d->editor->isModified());
+    else if (change == TextEditor::CursorPosition)
+        emit lineColChanged(d->editor->line(), d->editor->column());
+}
+
+void ZVEditor::managerOverwriteModeChanged()
+{
+    emit overwriteModeChanged(manager()->overwriteMode());
+}
+
+void ZVEditor::updateFileInfo()
+{
+    if (!hasFocus())
+        return;
+    d->fileInfo.refresh();
+    if (d->fileInfo.lastModified() <= d->modificationTime)
+        return;
+    if (d->timer)
+        d->timer->stop();
+    const QString fn = filename();
+    const int answer = Message::warning(
+        tr("Warning"),
+        tr("The file\n%1\nwas changed outside of the editor! Would you like to reloadit?").arg(fn),
+        tr("No"), tr("Reload"), QString(), 0, 0);
+    if (answer == 1) {
+        const int line = d->editor->line();
+        const int column = d->editor->column();
+        open(fn);
+        d->editor->moveCursor(line, column);
+    }
+    if (d->timer)
+        d->timer->start(reloadCheckInterval);
+}
+
+QString ZVEditorFactory::name() const
+{
+    return QStringLiteral("ZVEditor");
+}
+
+Editor *ZVEditorFactory::createEditor(QWidget *parent)
+{
+    return new ZVEditor(parent, QStringLiteral("ZVEditor"));
+}
+
+} // namespace vesk
