@@ -416,18 +416,26 @@ int TextDocument::textLength(int line) const
     return lineOf(line)->textLength();
 }
 
+unsigned TextDocument::revision() const
+{
+    return d->revision;
+}
+
 void TextDocument::tagLine(int line)
 {
+    ++d->revision;
     d->updateRegion.expand(line, -1);
 }
 
 void TextDocument::tagLines(int start, int end)
 {
+    ++d->revision;
     d->updateRegion.expand(start, end);
 }
 
 void TextDocument::tagAll()
 {
+    ++d->revision;
     d->updateRegion.expand(0, std::max(0, lastLine()));
 }
 

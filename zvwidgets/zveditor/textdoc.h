@@ -146,6 +146,9 @@ public:
 
     // Update. Tagging only notes what updateViews() will paint.
 
+    /// Another number after everything that may change what the rows of a view
+    /// show: text, folds, wrapping, fonts, tab stops. All of these tag lines.
+    unsigned revision() const;
     void tagLine(int line);
     void tagLines(int start, int end);
     void tagAll();

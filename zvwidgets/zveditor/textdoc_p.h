@@ -59,6 +59,7 @@ struct TextDocument::Private
     int macroCursorLine = -1;
     int macroCursorColumn = -1;
     LineRegion updateRegion;
+    unsigned revision = 0;
     int openMacros = 0;
     /// Holds every line that needs a scan, and others.
     LineRegion pendingScan;
