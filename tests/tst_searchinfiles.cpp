@@ -1,0 +1,350 @@
+#include "app/editors/editors.h"
+#include "app/search/filesearch.h"
+#include "app/search/searchinfiles.h"
+#include "app/settings.h"
+#include "app/shell.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace vesk;
+
+namespace {
+
+struct Found
+{
+    int lineNumber;
+    QString line;
+    qsizetype column;
+    qsizetype length;
+    bool operator==(const Found &) const = default;
+};
+
+char *toString(const Found &found)
+{
+    return qstrdup(qPrintable(u"%1:%2+%3 %4"_s.arg(found.lineNumber)
+                                  .arg(found.column)
+                                  .arg(found.length)
+                                  .arg(found.line.left(60))));
+}
+
+QList<Found> search(const SearchQuery &query, const QString &path)
+{
+    QList<Found> result;
+    FileSearch engine(query, [] { return true; });
+    engine.search(path, [&result](const FileSearch::Hit &hit) {
+        result.append({hit.lineNumber, hit.line.toString(), hit.column, hit.length});
+    });
+    return result;
+}
+
+bool isWord(QChar c)
+{
+    return (c.unicode() < 128 && c.isLetterOrNumber()) || c == u'_';
+}
+
+/// The hits that reading line by line gives.
+QList<Found> naiveSearch(const SearchQuery &query, const QString &text)
+{
+    QList<Found> result;
+    static const QRegularExpression ends(u"\r\n|\r|\n"_s);
+    const QStringList lines = text.split(ends);
+    const QRegularExpression expression(
+        query.text, query.caseSensitive ? QRegularExpression::NoPatternOption
+                                        : QRegularExpression::CaseInsensitiveOption);
+    for (int i = 0; i < lines.size(); ++i) {
+        const QString &line = lines[i];
+        qsizetype column = 0;
+        for (;;) {
+            qsizetype length = query.text.size();
+            if (query.regExp) {
+                const QRegularExpressionMatch match = expression.match(line, column);
+                column = match.capturedStart();
+                length = match.capturedLength();
+            } else {
+                column =
+                    line.indexOf(query.text, column,
+                                 query.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive);
+            }
+            if (column < 0 || length == 0)
+                break;
+            const qsizetype end = column + length;
+            if (!query.wholeWord || ((column == 0 || !isWord(line[column - 1])) &&
+                                     (end == line.size() || !isWord(line[end]))))
+                result.append({i + 1, line, column, length});
+            column = end;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+/// Search in files: the hits are those of reading line by line, whatever the
+/// file holds, and the dialog's walk reports them as rows.
+class TestSearchInFiles : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void hitsAreThoseOfReadingByLine_data();
+    void hitsAreThoseOfReadingByLine();
+    void blocksDoNotCutLines();
+    void stopsInsideOfAFile();
+    void whatIsNoFileHasNoHits();
+    void walkReportsFilesThenFolders();
+    void walkEndsInACycleOfLinks();
+    void rowsAreMarkedUp();
+    void stopButtonEndsTheSearch();
+    void missingFolderIsSaid();
+
+private:
+    QString write(const QString &name, const QByteArray &bytes) const;
+
+    std::unique_ptr<QTemporaryDir> dir;
+    std::unique_ptr<Shell> shell;
+};
+
+void TestSearchInFiles::initTestCase()
+{
+    dir = std::make_unique<QTemporaryDir>();
+    Settings::setFileName(dir->filePath(u"settings.ini"_s));
+    Settings::setKeyPrefix(u"/vesk"_s);
+    shell = std::make_unique<Shell>();
+    Editors::self();
+}
+
+void TestSearchInFiles::cleanupTestCase()
+{
+    shell.reset();
+    dir.reset();
+}
+
+void TestSearchInFiles::init()
+{
+    QDir(dir->filePath(u"tree"_s)).removeRecursively();
+    QVERIFY(QDir(dir->path()).mkdir(u"tree"_s));
+}
+
+QString TestSearchInFiles::write(const QString &name, const QByteArray &bytes) const
+{
+    const QString path = dir->filePath(u"tree/"_s + name);
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}
+
+void TestSearchInFiles::hitsAreThoseOfReadingByLine_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+    const QString mixed =
+        u"foo bar\r\nFOO foobar\rfoo\n\nthe last fo\tfoo_ (foo) caf\u00e9 Foo\u00e9 na\u00efve"_s;
+    QTest::newRow("utf-8, all line ends") << mixed.toUtf8() << mixed;
+    QTest::newRow("utf-8 with a mark") << QByteArray("\xef\xbb\xbf") + mixed.toUtf8() << mixed;
+    QTest::newRow("latin-1") << mixed.toLatin1() << mixed;
+    QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
+    QTest::newRow("utf-16") << QByteArray(utf16.encode(mixed)) << mixed;
+    QTest::newRow("empty") << QByteArray() << QString();
+    QTest::newRow("only a line end") << QByteArray("\n") << u"\n"_s;
+    QTest::newRow("ends within a character") << QByteArray("foo \xc3") << u"foo \u00c3"_s;
+    const QByteArray zeros("foo\0foo\0\nfoo", 12);
+    QTest::newRow("zero bytes") << zeros << QString::fromLatin1(zeros);
+    QTest::newRow("kelvin sign folds to k")
+        << QByteArray("\xe2\x84\xaa k K\n") << u"\u212a k K\n"_s;
+    QTest::newRow("hit in the last line without end")
+        << QByteArray("a\nb\r\n\rfoo") << u"a\nb\r\n\rfoo"_s;
+}
+
+void TestSearchInFiles::hitsAreThoseOfReadingByLine()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    const QString path = write(u"file"_s, bytes);
+    const QStringList literals{u"foo"_s,    u"FOO"_s, u"k"_s,    u"\u00e9"_s,
+                               u"\u00c3"_s, u"o"_s,   u"o\nf"_s, u"\u20ac"_s};
+    const QStringList expressions{u"fo+"_s, u"^foo"_s, u"o$"_s,        u"[a-z]+\\s"_s,
+                                  u"x*"_s,  u"("_s,    u"\\w+\u00e9"_s};
+    int hits = 0;
+    for (const bool regExp : {false, true}) {
+        for (const QString &wanted : regExp ? expressions : literals) {
+            for (const bool caseSensitive : {false, true}) {
+                for (const bool wholeWord : {false, true}) {
+                    const SearchQuery query{wanted, regExp, caseSensitive, wholeWord};
+                    // What makes QRegularExpression and ours differ has no place here.
+                    if (regExp && wanted == u"\\w+\u00e9"_s)
+                        continue;
+                    const QList<Found> expected =
+                        wanted == u"("_s && regExp ? QList<Found>() : naiveSearch(query, text);
+                    QCOMPARE(search(query, path), expected);
+                    hits += int(expected.size());
+                }
+            }
+        }
+    }
+    if (text.contains(u"foo"))
+        QVERIFY(hits > 0);
+}
+
+void TestSearchInFiles::blocksDoNotCutLines()
+{
+    // Larger than what is read at a time, with lines of all lengths and one that
+    // is longer than a block; line ends and hits stand at every place of a block.
+    QRandomGenerator random(7);
+    QString text;
+    const QStringList ends{u"\n"_s, u"\r\n"_s, u"\r"_s};
+    while (text.size() < 5 * 1024 * 1024) {
+        if (text.size() > 2 * 1024 * 1024 && text.size() < 2 * 1024 * 1024 + 300)
+            text += QString(3 * 1024 * 1024 / 2, u'x');
+        text += QString(random.bounded(200), u'.') + u"needle"_s + ends[random.bounded(3)];
+    }
+    const QString plain = write(u"plain"_s, text.toUtf8());
+    const QString accented = write(u"accented"_s, (text + u"\u00e9"_s).toUtf8());
+    QStringEncoder utf16(QStringConverter::Utf16BE, QStringConverter::Flag::WriteBom);
+    const QString wide = write(u"wide"_s, QByteArray(utf16.encode(text)));
+    for (const SearchQuery &query : {SearchQuery{u"needle"_s, false, true, false},
+                                     SearchQuery{u"Needle"_s, false, false, false},
+                                     SearchQuery{u"n[e]+dle"_s, true, true, false}}) {
+        const QList<Found> expected = naiveSearch(query, text);
+        QVERIFY(expected.size() > 10000);
+        QVERIFY(search(query, plain) == expected);
+        QVERIFY(search(query, accented) == expected);
+        QVERIFY(search(query, wide) == expected);
+    }
+}
+
+void TestSearchInFiles::stopsInsideOfAFile()
+{
+    const QString path = write(u"large"_s, QByteArray("nothing here\n").repeated(1000000));
+    int asked = 0;
+    FileSearch engine({u"absent"_s, false, true, false}, [&asked] { return ++asked < 3; });
+    QVERIFY(!engine.search(path, [](const FileSearch::Hit &) {}));
+    QCOMPARE(asked, 3);
+}
+
+void TestSearchInFiles::whatIsNoFileHasNoHits()
+{
+    const QByteArray pipe = QFile::encodeName(dir->filePath(u"tree/pipe"_s));
+    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+    const SearchQuery query{u"a"_s, false, true, false};
+    QVERIFY(search(query, QFile::decodeName(pipe)).isEmpty());
+    QVERIFY(search(query, dir->filePath(u"tree"_s)).isEmpty());
+    QVERIFY(search(query, dir->filePath(u"tree/missing"_s)).isEmpty());
+    QVERIFY(search({QString(), false, true, false}, write(u"some"_s, "a")).isEmpty());
+}
+
+void TestSearchInFiles::walkReportsFilesThenFolders()
+{
+    write(u"b.txt"_s, "hit\n");
+    write(u"a.txt"_s, "hit\n");
+    write(u"C.txt"_s, "hit\n");
+    write(u"a.cpp"_s, "hit\n");
+    write(u"sub/z.txt"_s, "hit\n");
+    write(u"Sub.txt/y.TXT"_s, "hit\n");
+    write(u".hidden/x.txt"_s, "hit\n");
+    SearchInFiles dialog;
+    QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
+    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
+    dialog.comboPattern->setEditText(u"*.txt; *.none"_s);
+    dialog.comboSearch->setEditText(u"hit"_s);
+    dialog.buttonSearch->click();
+    QStringList files;
+    for (const QList<QVariant> &row : rows) {
+        if (row[0].toString().startsWith(u"#bgcolor"_s))
+            files << row[2].toString().mid(dir->filePath(u"tree"_s).size() + 1);
+    }
+    QCOMPARE(files, QStringList({u"C.txt"_s, u"a.txt"_s, u"b.txt"_s, u"sub/z.txt"_s}));
+    QCOMPARE(rows.size(), 8);
+}
+
+void TestSearchInFiles::walkEndsInACycleOfLinks()
+{
+    write(u"one/file"_s, "hit");
+    QVERIFY(QFile::link(dir->filePath(u"tree"_s), dir->filePath(u"tree/one/up"_s)));
+    QVERIFY(QFile::link(dir->filePath(u"tree/one"_s), dir->filePath(u"tree/two"_s)));
+    SearchInFiles dialog;
+    QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
+    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
+    dialog.comboPattern->setEditText(QString());
+    dialog.comboSearch->setEditText(u"hit"_s);
+    dialog.buttonSearch->click();
+    // The link to a folder is followed, the way back up is not.
+    QCOMPARE(rows.size(), 4);
+}
+
+void TestSearchInFiles::rowsAreMarkedUp()
+{
+    const QString path = write(u"file"_s, "first\n\ta hit and hit\n");
+    SearchInFiles dialog;
+    QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
+    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
+    dialog.comboPattern->setEditText(QString());
+    dialog.comboSearch->setEditText(u"hit"_s);
+    QVERIFY(dialog.buttonSearch->isEnabled());
+    dialog.buttonSearch->click();
+    const QList<QList<QVariant>> expected{
+        {u"#bgcolor{#d0d0d0} "_s + path + u" "_s, 1, path},
+        {u"   #color{#909090}2: #color{black}    a #color{blue}hit#color{black} and hit"_s, 2,
+         path},
+        {u"   #color{#909090}2: #color{black}    a hit and #color{blue}hit#color{black}"_s, 2,
+         path}};
+    QCOMPARE(QList<QList<QVariant>>(rows), expected);
+    QCOMPARE(Settings::readList(u"/SearchInFiles/SearchStrings"_s), QStringList{u"hit"_s});
+    dialog.comboSearch->setEditText(QString());
+    QVERIFY(!dialog.buttonSearch->isEnabled());
+}
+
+void TestSearchInFiles::stopButtonEndsTheSearch()
+{
+    write(u"large"_s, QByteArray("a hit\n").repeated(3000000));
+    SearchInFiles dialog;
+    dialog.show();
+    int rows = 0;
+    connect(&dialog, &SearchInFiles::newEntry, this, [&rows] { ++rows; });
+    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
+    dialog.comboPattern->setEditText(QString());
+    dialog.comboSearch->setEditText(u"hit"_s);
+    QString shown;
+    QTimer::singleShot(100, &dialog, [&] {
+        shown = dialog.buttonSearch->text();
+        dialog.buttonSearch->click();
+    });
+    dialog.buttonSearch->click();
+    QCOMPARE(shown, u"Stop"_s);
+    QVERIFY(rows > 0);
+    QVERIFY(rows < 3000000);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.buttonSearch->text(), u"Search"_s);
+}
+
+void TestSearchInFiles::missingFolderIsSaid()
+{
+    SearchInFiles dialog;
+    dialog.comboDirectory->setEditText(u"/no/such/folder"_s);
+    dialog.comboSearch->setEditText(u"hit"_s);
+    QString said;
+    QTimer::singleShot(0, &dialog, [&said] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box);
+        said = box->text();
+        box->accept();
+    });
+    dialog.buttonSearch->click();
+    QCOMPARE(said, u"The directory \n/no/such/folder\n dosn't exist."_s);
+}
+
+QTEST_MAIN(TestSearchInFiles)
+#include "tst_searchinfiles.moc"
