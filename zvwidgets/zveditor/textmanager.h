@@ -2,7 +2,7 @@
 
 #include <QColor>
 #include <QFont>
-#include <QList>
+#include <QFontMetrics>
 #include <QMap>
 #include <QObject>
 #include <QRect>
@@ -11,16 +11,18 @@
 
 #include <memory>
 
-class QFontMetrics;
 class QPrinter;
 class QSettings;
 
 namespace zvwidgets {
 
+class FontGlyphs;
 class TextDocument;
 class TextEditor;
 
-/// One variant of the font and its measures.
+/// One variant of the text font with what measuring and drawing needs of it.
+/// All variants are set up so that the widths of characters add up to the
+/// width of their text.
 struct FontData
 {
     FontData();
@@ -30,18 +32,18 @@ struct FontData
 
     std::unique_ptr<QFont> font;
     std::unique_ptr<QFontMetrics> fm;
-    /// Cell width of a fixed-pitch font in pixels; -1 for a proportional one.
+    /// Glyphs and advances of single characters, looked up on first use.
+    std::unique_ptr<FontGlyphs> glyphs;
+    /// Width of every character of a fixed-pitch font, -1 for a proportional
+    /// one. Only "W" and "i" are compared.
     int width = -1;
 };
 
-/// What all documents and views of the library share: the four font variants,
-/// the flags that decide how keys and selection act, colours, the printer, added
-/// completion words, and the registers of live documents and editors. A setter
-/// pushes the change to all of them at once; the flags without a setter are read
-/// where they count.
-///
-/// The application makes one and keeps it longer than any document. It owns
-/// neither documents nor editors.
+/// What all documents and editors of the program share: the text font in four
+/// variants, the flags that decide how keys and selection act, the colours, the
+/// printer, and the registers of the living documents and editors, to which
+/// every setter hands a change on. The program makes one and keeps it until all
+/// documents are gone. Owns no document and no editor.
 class TextEditorManager : public QObject
 {
     Q_OBJECT
@@ -49,24 +51,24 @@ public:
     TextEditorManager();
     ~TextEditorManager() override;
 
-    /// Makes an editor and, with a null \a doc, a document for it; both are
-    /// registered. The editor belongs to \a parent, the document to its editors.
+    /// Makes an editor for \a doc, or for a new document if that is null, and
+    /// registers what it made. The parent owns the editor, the last editor of
+    /// a document deletes it.
     TextEditor *createEditor(QWidget *parent, TextDocument *doc, const QString &name = QString());
-    /// Registers objects that the caller made; \a doc may be null.
+    /// Registers what the caller made; \a doc may be null.
     void addEditor(TextEditor *e, TextDocument *doc);
-    /// Called by an editor whose view got the focus.
+    /// Emits activate().
     void editorActivated(TextEditor *e);
 
     /// Names of the known highlight definitions, sorted.
     QStringList highlightsNames();
-
-    /// Word lists by the shortest typed prefix for which they are offered.
+    /// Words offered besides those of the document, by the number of typed
+    /// characters from which on they are.
     QMap<int, QStringList> addedCompleteWords() const;
     void addCompletionList(const QStringList &words, int minimumMatchedLength);
 
     bool overwriteMode() const { return fOvr; }
     void setOverwriteMode(bool on);
-
     bool isIndicatorMarginVisible() const { return fIndicatorMargin; }
     void setIndicatorMarginVisible(bool on);
     bool isLineNumberMarginVisible() const { return fLineNumberMargin; }
@@ -75,88 +77,83 @@ public:
     void setSelectionMarginVisible(bool on);
     bool isFoldingMarginVisible() const { return fFoldingMargin; }
     void setFoldingMarginVisible(bool on);
+    /// Shows or hides the margins of all editors by the flags.
     void updateMarginsState();
-
-    /// In columns, as it was set; documents clamp theirs to 1 to 16.
+    /// As it was set; documents hold it clamped to 1 to 16.
     int tabWidth() const;
-    void setTabWidth(int columns);
+    void setTabWidth(int width);
     void setLineWrap(bool on);
     void setVerticalSelection(bool on);
-    /// Builds the highlight of every document's active view anew, with the
-    /// settings of now.
+    /// Builds the highlights of all documents anew, with the present settings.
     void updateHighlight();
 
+    /// The font as it was set.
     QFont &font();
-    /// Variant \a i: 0 plain, 1 italic, 2 bold, 3 bold italic.
+    /// Variant \a i, 0 to 3: bit 0 is italic, bit 1 bold.
     QFont &font(int i);
     void setFont(const QFont &f);
-    /// Widths in pixels in variant \a i.
+    const FontData &fontData(int i) const;
+    /// Advance in pixels in variant \a i.
     int width(int i, QChar c) const;
     int width(int i, const QString &s) const;
-    /// Cell width of variant \a i, -1 if it is proportional.
-    int fixedWidth(int i) const;
 
-    /// Asks for printer and page; false if the user refused.
+    /// Asks the user; false if he cancels.
     bool setupPrinter();
-    /// Made on first use: finding the printers takes a while.
-    QPrinter *printer();
-    /// \a r in points: x and y are the left and top margin, width and height the
-    /// right and bottom one.
+    /// The one printer of the process, made when first asked for: that may have
+    /// to wait for a print server.
+    QPrinter *printer() const;
+    /// In points, 1/72 inch: width and height are the right and bottom margin.
     void setMargins(const QRect &r);
     /// Printable width in device pixels.
-    int printWidth();
+    int printWidth() const;
 
+    /// Where the system's highlight definitions are.
     QString resourcesDir() const;
-    void setResourcesDir(const QString &path);
-    /// If none was set, the folder "local" below resourcesDir().
+    void setResourcesDir(const QString &dir);
+    /// "local" below the resources directory if none was set.
     QString localResourcesDir() const;
-    void setLocalResourcesDir(const QString &path);
-    QString hlSettingsKey() const { return hlSettings; }
+    void setLocalResourcesDir(const QString &dir);
     virtual void setHlSettingsKey(const QString &key);
-    /// Where colours and masks of the definitions are kept. Not owned; may be
-    /// null, then the definitions' own hold.
-    QSettings *globalConfig() const;
+    QString hlSettingsKey() const;
+    /// \a config is not owned and may be null.
     void setGlobalConfig(QSettings *config);
+    QSettings *globalConfig() const;
 
-    bool fCursorWrap = false;
-    /// True keeps tab characters, false expands them to blanks.
+    bool fCursorWrap = false; ///< Left and Right cross line ends
+    /// Tabs are kept and not replaced by blanks. The option of the opposite
+    /// name is stored here as it stands, which is meant.
     bool fSaveTab = false;
-    bool fVerticalSelection = false;
+    bool fVerticalSelection = false; ///< the selection is a box of columns
     bool fOvr = false;
     bool fAutoIndent = true;
-    bool fRemoveSpaces = false;
+    bool fRemoveSpaces = false; ///< strip trailing blanks of a line the cursor leaves
     bool fBackspaceIndent = true;
     bool fSmartHome = true;
-    /// The wrap state of new documents.
     bool fLineWrap = false;
     bool fIndentationGuides = true;
     bool fIndicatorMargin = true;
     bool fSelectionMargin = true;
     bool fLineNumberMargin = true;
     bool fFoldingMargin = true;
-    /// Page margins in points, see setMargins().
     QRect margins;
     QString hlSettings;
     QColor normalBackgroundColor;
     QColor selectedBackgroundColor;
-    /// Kept for marking found text.
-    QColor foundBackgroundColor;
-    /// Invalid means that the cursor's line isn't marked.
-    QColor currentLineColor;
-    /// Stands in for the X selection where there is none.
+    QColor foundBackgroundColor; ///< kept for clients
+    QColor currentLineColor;     ///< invalid: the cursor's line is not marked
+    /// Stands in for the X11 selection where there is none.
     QString winClipboard;
 
+    struct Private;
+    const std::unique_ptr<Private> d;
+
 signals:
-    void activate(zvwidgets::TextEditor *editor);
+    void activate(zvwidgets::TextEditor *e);
     void overwriteModeChanged();
 
 public slots:
     void docDestroyed();
     void editorDestroyed();
-
-private:
-    struct Private;
-    const std::unique_ptr<Private> d;
 };
 
 } // namespace zvwidgets

@@ -9,7 +9,6 @@
 #include <memory>
 
 class QMenu;
-class QScrollBar;
 
 namespace zvwidgets {
 
@@ -23,14 +22,16 @@ class TextEditor;
 class TextEditorManager;
 class TextHighlight;
 
-/// The widget in which a document's text is drawn and in which keys and the
-/// mouse arrive. It lives in a TextEditor, shows the editor's document, and owns
-/// the cursor, the margins, the scroll bars and the highlight.
+/// The widget that draws the text of one document and takes mouse and keys. It
+/// lays out itself, its margins and its scroll bars inside the editor that is
+/// its parent, and owns the cursor and the selection.
 ///
-/// A document position is (line, column), as a QPoint x = column and y = line. A
-/// content position is in pixels; contentsX() and contentsY() are the scroll
-/// offsets. A row key is content y divided by the line height: the first row on
-/// screen has the number of its line as key, and keys count up from there.
+/// Content coordinates are pixels of the whole text, those of the widget plus
+/// contentsX() and contentsY(). The content is cut into rows of lineHeight();
+/// a row's key is its content y divided by that. The first row on screen has
+/// the number of its line as key, and keys count on from there through rows of
+/// wrapped lines and past folded ones. So a key is a line's number at the top
+/// of the view only, and the vertical scroll bar counts lines.
 class TextView : public QWidget
 {
     Q_OBJECT
@@ -39,7 +40,7 @@ public:
     {
         Auto = 0,
         AlwaysOff = 1,
-        AlwaysOn = 2
+        AlwaysOn = 2,
     };
 
     explicit TextView(TextEditor *parent);
@@ -49,20 +50,24 @@ public:
     TextDocument *document() const;
     TextEditorManager *manager() const;
     EditorCursor *cursor() const;
-    /// The context menu, filled by the application.
+    /// Shown at a right click if the application put something in.
     QMenu *rmbMenu() const;
+    IndicatorMargin *indicatorMargin() const;
+    SelectionMargin *selectionMargin() const;
+    LineNumberMargin *lineNumberMargin() const;
+    FoldingMargin *foldingMargin() const;
 
     TextHighlight *highlight() const { return hl; }
-    /// Takes ownership and scans the whole document with it.
+    /// Takes \a highlight over and colours the document anew.
     void setHighlight(TextHighlight *highlight);
     void setHighlight(const QString &name);
     void setHighlightByFileName(const QString &file);
 
-    // Geometry, in pixels
+    // Metrics, in pixels
 
-    int lineHeight() const;
+    int lineHeight() const { return fontHeight(); }
     int fontHeight() const;
-    int fontAscent() const;
+    /// Content y of the row with key \a n.
     int linePosition(int n) const;
     int contentsX() const;
     int contentsY() const;
@@ -70,83 +75,97 @@ public:
     void setTabsWidth(int width);
     int spaceWidth() const;
     void setSpaceWidth(int width);
-    /// The line shown at content position \a y.
-    int lineNumber(int y) const;
-    /// Document position, x = column, of a content position.
-    QPoint screenPosToDoc(int x, int y);
-    QPoint screenPosToDoc(const QPoint &pos);
-    /// Content position of a document position.
-    QPoint docPosToScreen(int column, int line);
-    QPoint docPosToScreen(const QPoint &pos);
 
     ScrollBarMode vScrollBarMode() const;
-    virtual void setVScrollBarMode(ScrollBarMode mode);
     ScrollBarMode hScrollBarMode() const;
+    /// Takes effect at the next updateView(true), as the other one does.
+    virtual void setVScrollBarMode(ScrollBarMode mode);
     virtual void setHScrollBarMode(ScrollBarMode mode);
 
-    IndicatorMargin *indicatorMargin() const;
-    SelectionMargin *selectionMargin() const;
-    LineNumberMargin *lineNumberMargin() const;
-    FoldingMargin *foldingMargin() const;
     void updateMarginsState();
     void repaintMargins();
 
-    // Updating
+    // Rows. updateLinesList() has to be called before coordinates are turned
+    // into each other; it is cheap if nothing has changed.
 
-    void setUpdateRegion(const LineRegion &region);
+    void updateLinesList();
+    /// Line of the row at content \a y; the last line below the text.
+    int lineNumber(int y) const;
+    /// x is the column, y the line. Below the text, and in what a closed fold
+    /// hides, the end of the nearest line.
+    QPoint screenPosToDoc(int x, int y) const;
+    QPoint screenPosToDoc(const QPoint &p) const { return screenPosToDoc(p.x(), p.y()); }
+    /// Content coordinates of the upper left corner of a character. For a
+    /// position above or below the rows on screen only a guess that lies on
+    /// the same side.
+    QPoint docPosToScreen(int column, int line) const;
+    QPoint docPosToScreen(const QPoint &p) const { return docPosToScreen(p.x(), p.y()); }
+
+    // Update
+
     void updateFontData();
     void resizeBuffer();
     void resizeMarginBuffers();
-    /// Works out what each row shows. Costs nothing if nothing changed.
-    void updateLinesList();
+    /// Lines the document has changed since the last updateView().
+    void setUpdateRegion(const LineRegion &region);
+    /// Asks for a repaint of the rows that changed. \a newDocGeometry adjusts
+    /// the scroll bars.
     void updateView(bool newDocGeometry);
+    /// Scrolls to the cursor. Where the cursor has left a line this strips its
+    /// trailing blanks, if the manager says so, past the undo history.
     void ensureCursorVisible();
+    /// Puts the cursor to \a line, \a column and that to the middle of the view.
     void centerCursor(int line, int column);
 
-    // Selection: top left is its start, bottom right its end, x = column, kept in
-    // document order and not normalised.
+    // Selection
 
+    /// A pair of points in document order, x the column and y the line.
     QRect selection() const { return selected; }
     bool hasSelection() const;
-    void setSelection(const QPoint &from, const QPoint &to);
+    /// Shows at the next updateView().
+    void setSelection(QPoint from, QPoint to);
+    /// Does nothing but tell that there was a change while the selection is
+    /// locked.
     void clearSelection();
     bool inSelected(int line, int column) const;
-    /// Until unlockSelection() moves and clearSelection() keep the selection.
     void lockSelection();
     void unlockSelection();
-    /// The whole move: selection, wanted column, cursor, notice.
+    /// Moves the cursor and scrolls to it. \a select extends the selection to
+    /// there, otherwise it goes, except during a drag.
     void setCursorPosition(int line, int column, bool select);
-    /// The selection's side of a move.
+    /// What a move of the cursor does to the selection; the cursor must still
+    /// be where it was.
     void setCursorPositionInternal(int line, int column, bool select);
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
-    QRect selected;
-    /// Owned.
+    QRect selected{QPoint(0, 0), QPoint(0, 0)};
+    /// Owned; replaced by setHighlight() only.
     TextHighlight *hl = nullptr;
+
+signals:
+    void focusChanged(bool hasFocus);
 
 public slots:
     void scrollX(int dx);
+    /// Takes the new place from contentsY(); \a dy is not looked at.
     void scrollY(int dy);
     void hslide(int value);
     void vslide(int value);
 
-signals:
-    void focusChanged(bool on);
-
 protected:
-    bool event(QEvent *e) override;
-    void focusInEvent(QFocusEvent *e) override;
-    void focusOutEvent(QFocusEvent *e) override;
-    void keyPressEvent(QKeyEvent *e) override;
-    void inputMethodEvent(QInputMethodEvent *e) override;
-    void wheelEvent(QWheelEvent *e) override;
-    void mousePressEvent(QMouseEvent *e) override;
-    void mouseMoveEvent(QMouseEvent *e) override;
-    void mouseReleaseEvent(QMouseEvent *e) override;
-    void mouseDoubleClickEvent(QMouseEvent *e) override;
-    void paintEvent(QPaintEvent *e) override;
-    void resizeEvent(QResizeEvent *e) override;
+    bool event(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     struct Private;
