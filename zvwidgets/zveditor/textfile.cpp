@@ -96,7 +96,7 @@ private:
                 searched = end;
                 return;
             }
-            const bool isCrLf = isCr && end + 1 == lf;
+            const bool isCrLf = isCr && end + 1 == lf && lf < used;
             addLine(end, end + (isCrLf ? 2 : 1));
             noteEnd(isCrLf ? LineEnd::CrLf : isCr ? LineEnd::Cr : LineEnd::Lf);
             if (cr < lineStart)

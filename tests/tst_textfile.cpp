@@ -1,0 +1,501 @@
+#include "zvwidgets/zveditor/textfile.h"
+#include "zvwidgets/zveditor/textlinearray.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <string_view>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace zvwidgets;
+using namespace std::string_view_literals;
+
+namespace {
+
+/// A user who is not the superuser.
+constexpr uid_t stranger = 65534;
+
+struct Text
+{
+    Text() { lines.setAutoDelete(true); }
+
+    TextLineArray lines;
+    TextFormat format;
+    QString error;
+};
+
+bool readFrom(QByteArray bytes, Text *text,
+              QStringConverter::Encoding wish = QStringConverter::Utf8)
+{
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return TextFile::read(buffer, wish, &text->lines, &text->format, &text->error);
+}
+
+QByteArray written(Text *text)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return TextFile::write(buffer, text->lines, &text->format, &text->error) ? buffer.data()
+                                                                             : "write failed";
+}
+
+/// Without the one line end that reading drops at the end.
+QByteArray withoutFinalEnd(QByteArray bytes)
+{
+    if (bytes.endsWith("\r\n"))
+        bytes.chop(2);
+    else if (bytes.endsWith('\n') || bytes.endsWith('\r'))
+        bytes.chop(1);
+    return bytes;
+}
+
+QStringList linesOf(const Text &text)
+{
+    QStringList lines;
+    for (int i = 0; i < text.lines.size(); ++i)
+        lines.append(QStringView(*text.lines.at(i)).toString());
+    return lines;
+}
+
+void setContent(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray content(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+bool save(const QString &path, const QByteArray &bytes, QString *error = nullptr)
+{
+    Text text;
+    return readFrom(bytes, &text) && TextFile::save(path, text.lines, &text.format, error);
+}
+
+/// Lets a file of this process grow to 1000 bytes only, as a full disk would.
+class FullDisk
+{
+public:
+    FullDisk() : oldHandler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &old);
+        rlimit small = old;
+        small.rlim_cur = 1000;
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, oldHandler);
+    }
+
+private:
+    rlimit old;
+    void (*oldHandler)(int);
+};
+
+/// For the moment nobody in particular, so that rights mean something.
+class WithoutRights
+{
+public:
+    WithoutRights() : old(::geteuid())
+    {
+        if (old == 0)
+            ok = ::seteuid(stranger) == 0;
+    }
+    ~WithoutRights()
+    {
+        if (old == 0 && ::seteuid(old) != 0)
+            qFatal("the former rights are gone");
+    }
+
+    bool ok = true;
+
+private:
+    const uid_t old;
+};
+
+} // namespace
+
+class TestTextFile : public QObject
+{
+    Q_OBJECT
+private slots:
+    void roundTrip_data();
+    void roundTrip();
+    void randomBytes();
+    void tenMegabyteLine();
+    void sequentialDevice();
+    void readFailure();
+    void mixedLineEnds();
+    void unencodableCharacters_data();
+    void unencodableCharacters();
+    void writeFailure();
+    void saveReplacesWholeFile();
+    void saveFollowsLinks();
+    void saveKeepsRights();
+    void saveWithoutFolderRights();
+    void saveFailureKeepsOldFile_data();
+    void saveFailureKeepsOldFile();
+};
+
+void TestTextFile::roundTrip_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("encoding");
+    QTest::addColumn<bool>("hasMark");
+    QTest::addColumn<QStringList>("lines");
+
+    const int utf8 = QStringConverter::Utf8;
+    const int latin1 = QStringConverter::Latin1;
+    // A "|" stands between the lines; no text at all is no line.
+    const auto row = [](const char *name, const QByteArray &bytes, int encoding, bool mark,
+                        std::u16string_view lines) {
+        const QString joined = QStringView(lines.data(), qsizetype(lines.size())).toString();
+        QTest::newRow(name) << bytes << encoding << mark
+                            << (lines.data() ? joined.split(QLatin1Char('|')) : QStringList());
+    };
+
+    row("empty", "", utf8, false, {});
+    row("no final line end", "a\nb", utf8, false, u"a|b");
+    row("final line end", "a\nb\n", utf8, false, u"a|b");
+    row("final empty line", "a\n\n", utf8, false, u"a|");
+    row("line end only", "\n", utf8, false, u"");
+    row("crlf", "a\r\nb\r\n", utf8, false, u"a|b");
+    row("cr", "a\rb\r", utf8, false, u"a|b");
+    row("cr before crlf", "a\r\r\nb", utf8, false, u"a||b");
+    row("lf before cr", "a\n\rb", utf8, false, u"a||b");
+    row("mixed, mostly lf", "a\r\nb\rc\nd\ne\n", utf8, false, u"a|b|c|d|e");
+    row("nul and controls", QByteArray("a\0b\x01\x1a\x0b\x0c\nc\0", 10), utf8, false,
+        u"a\0b\x01\x1a\x0b\x0c|c\0"sv);
+    row("utf-8", "\xC3\xA9\n\xF0\x9F\x98\x80", utf8, false, u"\u00e9|\U0001F600");
+    row("separators are no line ends", "a\xE2\x80\xA8\xC2\x85z", utf8, false, u"a\u2028\u0085z");
+    row("utf-8 mark", "\xEF\xBB\xBF\xC3\xA9\nb", utf8, true, u"\u00e9|b");
+    row("utf-8 mark only", "\xEF\xBB\xBF", utf8, true, {});
+    row("utf-8 mark twice", "\xEF\xBB\xBF\xEF\xBB\xBFz", utf8, true, u"\uFEFFz");
+    row("utf-16le", QByteArray("\xFF\xFE\xE9\0\r\0\n\0b\0", 10), QStringConverter::Utf16LE, true,
+        u"\u00e9|b");
+    row("utf-16be", QByteArray("\xFE\xFF\0\xE9\0\n\0b", 8), QStringConverter::Utf16BE, true,
+        u"\u00e9|b");
+    const char16_t halfPair[] = {0xD83D, u'z'};
+    row("utf-16le, half a pair", QByteArray("\xFF\xFE\x3D\xD8z\0", 6), QStringConverter::Utf16LE,
+        true, {halfPair, 2});
+    row("utf-16le, odd length", QByteArray("\xFF\xFEz\0z", 5), latin1, false,
+        u"\u00ff\u00fez\0z"sv);
+    row("utf-32le", QByteArray("\xFF\xFE\0\0\xE9\0\0\0\n\0\0\0b\0\0\0", 16),
+        QStringConverter::Utf32LE, true, u"\u00e9|b");
+    row("utf-32be", QByteArray("\0\0\xFE\xFF\0\0\0\xE9", 8), QStringConverter::Utf32BE, true,
+        u"\u00e9");
+    row("no utf-32, so utf-16", QByteArray("\xFF\xFE\0\0z\0", 6), QStringConverter::Utf16LE, true,
+        u"\0z"sv);
+    row("invalid byte", "a\xC3\xA9\nb\xE9\n", latin1, false, u"a\u00c3\u00a9|b\u00e9");
+    row("cut short", "a\nb\xE2\x82", latin1, false, u"a|b\u00e2\u0082");
+    row("overlong", "\xC0\x80", latin1, false, u"\u00c0\u0080");
+    row("encoded surrogate", "\xED\xA0\x80", latin1, false, u"\u00ed\u00a0\u0080");
+}
+
+// Every case is also read with its first bytes at the borders of the pieces that
+// files are read and lines are kept in.
+void TestTextFile::roundTrip()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, encoding);
+    QFETCH(bool, hasMark);
+    QFETCH(QStringList, lines);
+
+    const auto check = [&](const QByteArray &read, const QStringList &expected) {
+        Text text;
+        QVERIFY(readFrom(read, &text));
+        QCOMPARE(int(text.format.encoding), encoding);
+        QCOMPARE(text.format.hasByteOrderMark, hasMark);
+        QCOMPARE(linesOf(text), expected);
+        QByteArray wanted = withoutFinalEnd(read);
+        if (encoding == QStringConverter::Utf16LE && read.endsWith(QByteArray("\n\0", 2)))
+            wanted.chop(2);
+        QCOMPARE(written(&text), wanted);
+    };
+    check(bytes, lines);
+    if (hasMark || bytes.startsWith("\xFF\xFE"))
+        return;
+    for (const int border : {32 * 1024, 64 * 1024, 128 * 1024}) {
+        for (int before = border - 5; before <= border + 2; ++before) {
+            QByteArray ahead(before, 'x');
+            for (int i = 100; i < before - 200; i += 101)
+                ahead[i] = '\n';
+            QStringList expected = QString::fromLatin1(ahead).split(QLatin1Char('\n'));
+            QStringList rest = lines;
+            if (!rest.isEmpty())
+                expected.last() += rest.takeFirst();
+            check(ahead + bytes, expected + rest);
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
+}
+
+void TestTextFile::randomBytes()
+{
+    const QList<QByteArray> pieces = {
+        "\n", "\r",          "\r\n", QByteArray("\0", 1), "\xC3\xA9", "text ", "\xF0\x9F\x98\x80",
+        "\t", "\xE2\x82\xAC"};
+    for (quint32 seed = 0; seed < 60; ++seed) {
+        QRandomGenerator random(seed);
+        QByteArray bytes;
+        const int length = random.bounded(200'000);
+        const bool isBroken = seed % 4 == 0;
+        while (bytes.size() < length) {
+            const QByteArray &piece = pieces.at(random.bounded(int(pieces.size())));
+            for (int i = random.bounded(40); i >= 0 && piece != "\r"; --i)
+                bytes += piece;
+            bytes += piece;
+        }
+        if (isBroken)
+            bytes += '\xFF';
+        Text text;
+        QVERIFY(readFrom(bytes, &text));
+        QCOMPARE(int(text.format.encoding),
+                 int(isBroken ? QStringConverter::Latin1 : QStringConverter::Utf8));
+        QString plain = isBroken ? QString::fromLatin1(bytes) : QString::fromUtf8(bytes);
+        plain.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+        plain.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+        if (plain.endsWith(QLatin1Char('\n')))
+            plain.chop(1);
+        if (linesOf(text) != plain.split(QLatin1Char('\n')))
+            QFAIL(qPrintable(QStringLiteral("other lines with seed %1").arg(seed)));
+        if (written(&text) != withoutFinalEnd(bytes))
+            QFAIL(qPrintable(QStringLiteral("other bytes with seed %1").arg(seed)));
+    }
+}
+
+void TestTextFile::tenMegabyteLine()
+{
+    QByteArray bytes = QByteArray("\xC3\xA9").repeated(2'500'000) + QByteArray(5'000'000, 'x');
+    bytes += "\nshort\n" + QByteArray(100'000, 'y');
+    Text text;
+    QVERIFY(readFrom(bytes, &text));
+    QCOMPARE(text.lines.size(), 3);
+    QCOMPARE(text.lines.at(0)->textLength(), 7'500'000);
+    QVERIFY(written(&text) == bytes);
+}
+
+void TestTextFile::sequentialDevice()
+{
+    class Pipe : public QIODevice
+    {
+    public:
+        QByteArray left = "\xC3\xA9\nb\xFF";
+        bool isSequential() const override { return true; }
+        qint64 readData(char *data, qint64 size) override
+        {
+            if (left.isEmpty() || size == 0)
+                return left.isEmpty() ? -1 : 0;
+            *data = left.at(0);
+            left.remove(0, 1);
+            return 1;
+        }
+        qint64 writeData(const char *, qint64) override { return -1; }
+    } pipe;
+    QVERIFY(pipe.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    Text text;
+    QVERIFY(TextFile::read(pipe, QStringConverter::Utf8, &text.lines, &text.format, &text.error));
+    QCOMPARE(written(&text), QByteArray("\xC3\xA9\nb\xFF"));
+}
+
+void TestTextFile::readFailure()
+{
+    // The first page of a process's memory is not there to be read.
+    QFile file(QStringLiteral("/proc/self/mem"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    Text text;
+    QVERIFY(!TextFile::read(file, QStringConverter::Utf8, &text.lines, &text.format, &text.error));
+    QVERIFY(!text.error.isEmpty());
+}
+
+void TestTextFile::mixedLineEnds()
+{
+    Text text;
+    QVERIFY(readFrom("a\nb\r\nc\r\nd\re", &text));
+    QCOMPARE(text.format.lineEnd, LineEnd::CrLf);
+    text.lines.insert(1, std::make_unique<TextLine>(QStringLiteral("new")).release());
+    text.lines.at(4)->insertText(1, QStringLiteral("!"));
+    QCOMPARE(written(&text), QByteArray("a\nnew\r\nb\r\nc\r\nd!\re"));
+}
+
+void TestTextFile::unencodableCharacters_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("latin-1 takes its own letters")
+        << QByteArray("\xFF") << QString(QChar(0xE9)) << QByteArray("\xE9\xFF");
+    QTest::newRow("latin-1 becomes utf-8, what was seen stays")
+        << QByteArray("\xFF") << QString(QChar(0x20AC)) << QByteArray("\xE2\x82\xAC\xC3\xBF");
+    QTest::newRow("utf-8 marks half a pair")
+        << QByteArray("z") << QString(QChar(0xD83D)) << QByteArray("\xEF\xBF\xBDz");
+    QTest::newRow("utf-16 holds half a pair")
+        << QByteArray("\xFF\xFEz\0", 4) << QString(QChar(0xD83D))
+        << QByteArray("\xFF\xFE\x3D\xD8z\0", 6);
+}
+
+void TestTextFile::unencodableCharacters()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, typed);
+    QFETCH(QByteArray, expected);
+    Text text;
+    QVERIFY(readFrom(bytes, &text));
+    text.lines.at(0)->insertText(0, typed);
+    QCOMPARE(written(&text), expected);
+}
+
+void TestTextFile::writeFailure()
+{
+    QFile full(QStringLiteral("/dev/full"));
+    QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    Text text;
+    QVERIFY(readFrom("text", &text));
+    QVERIFY(!TextFile::write(full, text.lines, &text.format, &text.error));
+    QVERIFY(!text.error.isEmpty());
+}
+
+void TestTextFile::saveReplacesWholeFile()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("f"));
+    QVERIFY(save(path, "a much longer text\n"));
+    QCOMPARE(content(path), QByteArray("a much longer text"));
+    QVERIFY(save(path, "b"));
+    QCOMPARE(content(path), QByteArray("b"));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("f")});
+}
+
+void TestTextFile::saveFollowsLinks()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("f"));
+    const QString link = dir.filePath(QStringLiteral("link"));
+    const QString toLink = dir.filePath(QStringLiteral("link to link"));
+    QVERIFY(QFile::link(QStringLiteral("f"), link));
+    QVERIFY(QFile::link(QStringLiteral("link"), toLink));
+
+    QVERIFY2(save(toLink, "first"), "the file behind a link need not exist");
+    QCOMPARE(content(path), QByteArray("first"));
+    QVERIFY(save(toLink, "second"));
+    QCOMPARE(content(path), QByteArray("second"));
+    QVERIFY(QFileInfo(link).isSymLink() && QFileInfo(toLink).isSymLink());
+
+    const QString other = dir.filePath(QStringLiteral("other name"));
+    QCOMPARE(::link(qPrintable(path), qPrintable(other)), 0);
+    QVERIFY(save(path, "third, and longer"));
+    QCOMPARE(content(other), QByteArray("third, and longer"));
+    QVERIFY(save(other, "4"));
+    QCOMPARE(content(path), QByteArray("4"));
+
+    QVERIFY(QFile::link(QStringLiteral("round"), dir.filePath(QStringLiteral("round"))));
+    QString error;
+    QVERIFY(!save(dir.filePath(QStringLiteral("round")), "z", &error));
+    QVERIFY(!error.isEmpty());
+}
+
+void TestTextFile::saveKeepsRights()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("f"));
+    setContent(path, "a");
+    const mode_t mode = 0751;
+    QCOMPARE(::chmod(qPrintable(path), mode), 0);
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot)
+        QCOMPARE(::chown(qPrintable(path), stranger, stranger), 0);
+    QVERIFY(save(path, "b"));
+    struct stat now;
+    QCOMPARE(::stat(qPrintable(path), &now), 0);
+    QCOMPARE(now.st_mode & 07777, mode);
+    if (isRoot)
+        QCOMPARE(now.st_uid, stranger);
+}
+
+void TestTextFile::saveWithoutFolderRights()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("f"));
+    setContent(path, "a longer old text");
+    QCOMPARE(::chmod(qPrintable(path), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(dir.path()), 0555), 0);
+    QString error;
+    {
+        const WithoutRights rights;
+        QVERIFY(rights.ok);
+        QVERIFY2(save(path, "b", &error), qPrintable(error));
+        QCOMPARE(content(path), QByteArray("b"));
+        QVERIFY(save(path, "longer again"));
+        QCOMPARE(content(path), QByteArray("longer again"));
+        const FullDisk full;
+        QVERIFY(!save(path, QByteArray(5000, 'x'), &error));
+    }
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(content(path), QByteArray("longer again"));
+    QCOMPARE(::chmod(qPrintable(dir.path()), 0755), 0);
+}
+
+void TestTextFile::saveFailureKeepsOldFile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("no room") << QStringLiteral("f") << QByteArray(5000, 'x');
+    QTest::newRow("no room for a file of two names")
+        << QStringLiteral("two") << QByteArray(5000, 'x');
+    QTest::newRow("no right to write") << QStringLiteral("read-only") << QByteArray("x");
+    QTest::newRow("a folder") << QStringLiteral("folder") << QByteArray("x");
+    QTest::newRow("in no folder") << QStringLiteral("missing/f") << QByteArray("x");
+    QTest::newRow("no regular file") << QStringLiteral("pipe") << QByteArray("x");
+}
+
+void TestTextFile::saveFailureKeepsOldFile()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, bytes);
+    const QTemporaryDir dir;
+    const QByteArray old(900, 'o');
+    for (const char *file : {"f", "two", "read-only"})
+        setContent(dir.filePath(QLatin1String(file)), old);
+    QCOMPARE(::chmod(qPrintable(dir.path()), 0777), 0);
+    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("f"))), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("two"))), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("read-only"))), 0444), 0);
+    QCOMPARE(::link(qPrintable(dir.filePath(QStringLiteral("two"))),
+                    qPrintable(dir.filePath(QStringLiteral("second name")))),
+             0);
+    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+    QCOMPARE(::mkfifo(qPrintable(dir.filePath(QStringLiteral("pipe"))), 0666), 0);
+    const QStringList entries = QDir(dir.path()).entryList(QDir::AllEntries | QDir::System);
+
+    QString error;
+    {
+        const WithoutRights rights;
+        QVERIFY(rights.ok);
+        const FullDisk full;
+        QVERIFY(!save(dir.filePath(name), bytes, &error));
+    }
+    QVERIFY(!error.isEmpty());
+    for (const char *file : {"f", "two", "read-only"})
+        QCOMPARE(content(dir.filePath(QLatin1String(file))), old);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System), entries);
+}
+
+QTEST_GUILESS_MAIN(TestTextFile)
+#include "tst_textfile.moc"
