@@ -1,4 +1,5 @@
 #include "app/editors/editors.h"
+#include "app/search/searchmanager.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/utils.h"
@@ -41,6 +42,7 @@ int run()
     // Each registers itself with the shell; the order of the groups, not this
     // one, decides what stands where.
     Editors::self();
+    SearchManager::self();
     shell.rebuildUI();
     shell.show();
     splash->finish(&shell);

@@ -2,6 +2,7 @@
 
 #include "app/actions.h"
 #include "app/editors/editors.h"
+#include "app/editors/editorstab.h"
 #include "app/filetype.h"
 #include "app/settings.h"
 #include "app/widgets/splitter.h"
@@ -138,6 +139,7 @@ struct Shell::Private
     QGridLayout *centralLayout = nullptr;
     WidgetStack *workspace = nullptr;
     QToolBar *stackButtons = nullptr;
+    EditorsTab *editorsTab = nullptr;
     QLabel *statusMessage = nullptr;
     QLabel *statusCursorIns = nullptr;
     QLabel *statusCursorLine = nullptr;
@@ -155,6 +157,8 @@ Shell::Shell(QWidget *parent, const QString &name)
     setObjectName(name);
     menuBar()->setNativeMenuBar(false);
     Settings::setAppName(QStringLiteral("Vesk"));
+    // The tab bar in the workspace makes the editors, which answer after this.
+    connect(this, &Shell::uiRebuilded, this, &Shell::postPrepare);
     initActionGroups();
     initStatusBar();
     initWorkspace();
@@ -165,7 +169,6 @@ Shell::Shell(QWidget *parent, const QString &name)
                                     (Qt::CTRL | Qt::Key_Q).toCombined(), this, SLOT(exit())));
     // actionGroup() never notes Help, so that it comes behind all these.
     d->menuGroups.append(QStringLiteral("Help"));
-    connect(this, &Shell::uiRebuilded, this, &Shell::postPrepare);
     d->restoreGeometry(this);
 
     auto *const timer = new QTimer(this);
@@ -412,6 +415,10 @@ void Shell::Private::initCentre(QWidget *workspaceWidget)
     stackButtons->setObjectName(QStringLiteral("stackButtons"));
     stackButtons->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::MinimumExpanding);
     grid->addWidget(stackButtons, 1, 0);
+    editorsTab = new EditorsTab(centralWidget);
+    editorsTab->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::MinimumExpanding);
+    editorsTab->setTabPosition(EditorsTab::Bottom);
+    grid->addWidget(editorsTab, 1, 1);
     grid->setRowStretch(0, 1000);
     grid->setRowStretch(1, 0);
 }

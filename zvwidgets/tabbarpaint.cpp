@@ -9,7 +9,8 @@ void TabBar::Private::paintButtons(QPainter &painter) const
 {
     paintButton(painter, Back, canScrollBack, backPressed);
     paintButton(painter, Forward, canScrollForward, forwardPressed);
-    paintButton(painter, Close, true, closePressed);
+    if (has(WideButtons))
+        paintButton(painter, Close, true, closePressed);
 }
 
 void TabBar::Private::paintButton(QPainter &painter, Button button, bool isLive, bool isHeld) const
