@@ -89,6 +89,10 @@ void TextEditor::setTextCodec(QStringConverter::Encoding encoding)
 bool TextEditor::open(const QString &path)
 {
     d->error.clear();
+    if (path.isEmpty()) {
+        d->error = tr("There is no file name.");
+        return false;
+    }
     const QString formerPath = d->path;
     // First, so that the text is scanned once, with the highlight of its name.
     setFilePath(path);
@@ -105,7 +109,7 @@ bool TextEditor::save()
     if (!d->doc->isModified())
         return true;
     if (d->path.isEmpty()) {
-        d->error = tr("The text has no file name.");
+        d->error = tr("There is no file name.");
         return false;
     }
     return d->doc->saveFile(d->path, &d->error);
