@@ -1,0 +1,298 @@
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/editormargins.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textfolding.h"
+#include "zvwidgets/zveditor/textline.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QMouseEvent>
+#include <QTest>
+
+#include <memory>
+
+using namespace zvwidgets;
+
+class TestEditorMargins : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void lineSelection_data();
+    void lineSelection();
+    void selectionBecomesAFold_data();
+    void selectionBecomesAFold();
+    void clicksOnAFold();
+    void numberAtFirstRowOnly();
+    void iconOnEveryRow();
+    void dottedLineIsEven();
+    void foldDrawing();
+    void rowsAfterAFoldAreAllPainted();
+    void fontChangeRefitsTheMargins();
+
+private:
+    static QPoint at(int row, int x = 6);
+    void click(QWidget *margin, int row, Qt::MouseButton button = Qt::LeftButton);
+    /// What the margin shows at screen ratio 1.
+    static QImage image(QWidget *margin);
+    int inkedPixels(const QImage &image, int row) const;
+    static int rowHeight;
+
+    std::unique_ptr<TextEditorManager> manager;
+    std::unique_ptr<TextEditor> editor;
+    TextDocument *doc = nullptr;
+    TextView *view = nullptr;
+};
+
+int TestEditorMargins::rowHeight = 0;
+
+void TestEditorMargins::init()
+{
+    manager = std::make_unique<TextEditorManager>();
+    doc = new TextDocument(manager.get());
+    editor = std::make_unique<TextEditor>(doc);
+    manager->addEditor(editor.get(), doc);
+    view = editor->view();
+    editor->resize(600, 400);
+    editor->setText(QStringLiteral("zero\none\ntwo\nthree\nfour\nfive\nsix\nseven"));
+    view->setCursorPosition(0, 0, false);
+    editor->show();
+    QVERIFY(QTest::qWaitForWindowActive(editor.get()));
+    rowHeight = view->lineHeight();
+}
+
+void TestEditorMargins::cleanup()
+{
+    editor.reset();
+    manager.reset();
+}
+
+QPoint TestEditorMargins::at(int row, int x)
+{
+    return {x, row * rowHeight + rowHeight / 2};
+}
+
+void TestEditorMargins::click(QWidget *margin, int row, Qt::MouseButton button)
+{
+    QTest::mouseClick(margin, button, Qt::NoModifier, at(row));
+}
+
+QImage TestEditorMargins::image(QWidget *margin)
+{
+    QImage result(margin->size(), QImage::Format_RGB32);
+    result.fill(Qt::magenta);
+    margin->render(&result);
+    return result;
+}
+
+/// Pixels of a row of text that aren't background, the dotted line left out.
+int TestEditorMargins::inkedPixels(const QImage &image, int row) const
+{
+    const QRgb background = manager->normalBackgroundColor.rgb();
+    int count = 0;
+    for (int y = row * rowHeight; y < (row + 1) * rowHeight; ++y) {
+        for (int x = 0; x < image.width() - 1; ++x)
+            count += image.pixel(x, y) != background;
+    }
+    return count;
+}
+
+void TestEditorMargins::lineSelection_data()
+{
+    QTest::addColumn<QList<int>>("rows");
+    QTest::addColumn<QString>("selected");
+
+    QTest::newRow("a click takes the line break too") << QList<int>{1} << QStringLiteral("one\n");
+    QTest::newRow("the last line has none") << QList<int>{7} << QStringLiteral("seven");
+    QTest::newRow("dragging down") << QList<int>{1, 2, 3} << QStringLiteral("one\ntwo\nthree\n");
+    QTest::newRow("dragging up keeps the first line")
+        << QList<int>{3, 2, 1} << QStringLiteral("one\ntwo\nthree\n");
+    QTest::newRow("down, then up across the start")
+        << QList<int>{3, 4, 1} << QStringLiteral("one\ntwo\nthree\n");
+    QTest::newRow("up, then down across the start")
+        << QList<int>{3, 1, 4} << QStringLiteral("three\nfour\n");
+    QTest::newRow("up, then back to the start") << QList<int>{3, 1, 3} << QStringLiteral("three\n");
+    QTest::newRow("up from the last line") << QList<int>{7, 6} << QStringLiteral("six\nseven");
+    QTest::newRow("below the text") << QList<int>{6, 12} << QStringLiteral("six\nseven");
+}
+
+void TestEditorMargins::lineSelection()
+{
+    QFETCH(const QList<int>, rows);
+    QFETCH(const QString, selected);
+
+    QWidget *margin = view->selectionMargin();
+    QTest::mousePress(margin, Qt::LeftButton, Qt::NoModifier, at(rows.first()));
+    for (const int row : rows.mid(1)) {
+        QMouseEvent move(QEvent::MouseMove, at(row), margin->mapToGlobal(at(row)), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(margin, &move);
+    }
+    QTest::mouseRelease(margin, Qt::LeftButton, Qt::NoModifier, at(rows.last()));
+    QCOMPARE(editor->getSelectedText(), selected);
+}
+
+void TestEditorMargins::selectionBecomesAFold_data()
+{
+    QTest::addColumn<int>("lastLine");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<bool>("made");
+
+    QTest::newRow("three lines, first") << 3 << 1 << true;
+    QTest::newRow("three lines, last") << 3 << 3 << true;
+    QTest::newRow("beside them") << 3 << 4 << false;
+    QTest::newRow("two lines") << 2 << 1 << false;
+}
+
+void TestEditorMargins::selectionBecomesAFold()
+{
+    QFETCH(const int, lastLine);
+    QFETCH(const int, row);
+    QFETCH(const bool, made);
+
+    view->setCursorPosition(1, 2, false);
+    view->setCursorPosition(lastLine, 1, true);
+    click(view->foldingMargin(), row, Qt::RightButton);
+    QCOMPARE(doc->lineOf(1)->isFoldingStart, made);
+    QCOMPARE(doc->lineOf(1)->isFolded, made);
+    QCOMPARE(doc->lineOf(lastLine)->isFoldVisible, !made);
+    QCOMPARE(view->hasSelection(), !made);
+}
+
+void TestEditorMargins::clicksOnAFold()
+{
+    QVERIFY(doc->folding()->createFold(2, 4));
+    click(view->foldingMargin(), 2);
+    QVERIFY(doc->lineOf(3)->isFoldVisible);
+    click(view->foldingMargin(), 3);
+    QVERIFY(!doc->lineOf(3)->isFoldVisible);
+    click(view->foldingMargin(), 3);
+    QVERIFY(doc->lineOf(2)->isFoldingStart);
+    click(view->foldingMargin(), 2, Qt::RightButton);
+    QVERIFY(!doc->lineOf(2)->isFoldingStart);
+    QVERIFY(doc->lineOf(3)->isFoldVisible);
+}
+
+void TestEditorMargins::numberAtFirstRowOnly()
+{
+    editor->setWrap(true);
+    editor->setText(QStringLiteral("word ").repeated(40) + QStringLiteral("\nlast"));
+    view->setCursorPosition(0, 0, false);
+    QCoreApplication::processEvents();
+    const QImage margin = image(view->lineNumberMargin());
+    QVERIFY(view->lineNumber(rowHeight) == 0);
+    QVERIFY(inkedPixels(margin, 0) > 0);
+    QCOMPARE(inkedPixels(margin, 1), 0);
+    const int lastRow = view->docPosToScreen(0, 1).y() / rowHeight;
+    QVERIFY(inkedPixels(margin, lastRow) > 0);
+    QCOMPARE(inkedPixels(margin, lastRow + 1), 0);
+}
+
+void TestEditorMargins::iconOnEveryRow()
+{
+    QPixmap icon(6, 6);
+    icon.fill(Qt::red);
+    editor->setWrap(true);
+    editor->setText(QStringLiteral("word ").repeated(40) + QStringLiteral("\nlast"));
+    view->setCursorPosition(0, 0, false);
+    editor->setLineIcon(0, &icon);
+    const auto shows = [this](int row) {
+        return image(view->indicatorMargin()).pixelColor(8, row * rowHeight + rowHeight / 2) ==
+               QColor(Qt::red);
+    };
+    const int lastRow = view->docPosToScreen(0, 1).y() / rowHeight;
+    QVERIFY(lastRow > 1);
+    QVERIFY(shows(0) && shows(1) && !shows(lastRow) && !shows(lastRow + 1));
+    editor->clearLineIcon(0);
+    editor->setLineIcon(1, &icon);
+    QVERIFY(!shows(0) && shows(lastRow) && shows(lastRow + 1));
+    editor->clearLineIcon(1);
+    QVERIFY(!shows(lastRow));
+}
+
+void TestEditorMargins::dottedLineIsEven()
+{
+    editor->setText(QStringLiteral("x\n").repeated(100));
+    for (const int top : {0, 1, 2}) {
+        view->vslide(top);
+        for (QWidget *margin : {static_cast<QWidget *>(view->lineNumberMargin()),
+                                static_cast<QWidget *>(view->foldingMargin())}) {
+            const QImage shown = image(margin);
+            const int x = shown.width() - 1;
+            for (int y = 0; y < shown.height(); ++y) {
+                const bool dot = shown.pixelColor(x, y) == QColor(0, 128, 128);
+                QCOMPARE(dot, (view->contentsY() + y) % 2 == 0);
+            }
+        }
+    }
+}
+
+void TestEditorMargins::foldDrawing()
+{
+    QVERIFY(doc->folding()->createFold(2, 4));
+    view->setCursorPosition(0, 0, false);
+    const int middle = rowHeight / 2;
+    const auto pixel = [this](int x, int row, int y) {
+        return image(view->foldingMargin()).pixelColor(x, row * rowHeight + y);
+    };
+    const QColor plain(240, 240, 240);
+    QCOMPARE(pixel(6, 2, middle - 2), QColor(0, 128, 128));
+    QCOMPARE(pixel(5, 2, middle - 2), QColor(Qt::white));
+    QCOMPARE(pixel(3, 2, rowHeight - 1), QColor(Qt::black));
+    QCOMPARE(pixel(9, 2, rowHeight - 1), QColor(Qt::black));
+    QCOMPARE(pixel(3, 3, middle), plain);
+
+    doc->folding()->toggleFold(2);
+    QCOMPARE(pixel(6, 2, middle - 2), QColor(Qt::white));
+    QCOMPARE(pixel(6, 2, middle), QColor(0, 128, 128));
+    QCOMPARE(pixel(3, 3, middle), QColor(Qt::black));
+    QCOMPARE(pixel(9, 3, rowHeight - 1), plain);
+    QCOMPARE(pixel(9, 4, rowHeight - 1), QColor(Qt::black));
+    QCOMPARE(pixel(3, 5, middle), plain);
+
+    view->setCursorPosition(0, 1, false);
+    view->setCursorPosition(2, 1, true);
+    QCOMPARE(pixel(6, 1, middle - 2), QColor(64, 64, 64));
+    QCOMPARE(pixel(3, 0, middle), QColor(Qt::white));
+    QCOMPARE(pixel(6, 0, 0), QColor(64, 64, 64));
+    QCOMPARE(pixel(6, 2, rowHeight - 1), QColor(64, 64, 64));
+}
+
+/// Rows, not line numbers, tell where a margin has to be painted.
+void TestEditorMargins::rowsAfterAFoldAreAllPainted()
+{
+    editor->setText(QStringLiteral("x\n").repeated(200));
+    QVERIFY(doc->folding()->createFold(1, 100));
+    view->setCursorPosition(0, 0, false);
+    const QList<QWidget *> margins{view->indicatorMargin(), view->lineNumberMargin(),
+                                   view->foldingMargin(), view->selectionMargin()};
+    for (QWidget *margin : margins) {
+        const QRect part(0, 3 * rowHeight + 2, margin->width(), 2 * rowHeight);
+        QImage shown(part.size(), QImage::Format_RGB32);
+        shown.fill(Qt::magenta);
+        margin->render(&shown, QPoint(), part);
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x)
+                QVERIFY(shown.pixelColor(x, y) != QColor(Qt::magenta));
+        }
+    }
+}
+
+void TestEditorMargins::fontChangeRefitsTheMargins()
+{
+    const int before = view->lineNumberMargin()->width();
+    QFont font = manager->font();
+    font.setPointSize(font.pointSize() + 10);
+    manager->setFont(font);
+    QTRY_VERIFY(view->lineNumberMargin()->width() > before);
+    rowHeight = view->lineHeight();
+    const QImage margin = image(view->lineNumberMargin());
+    QVERIFY(inkedPixels(margin, 7) > 0);
+}
+
+QTEST_MAIN(TestEditorMargins)
+#include "tst_editormargins.moc"
