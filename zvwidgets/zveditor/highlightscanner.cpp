@@ -1,0 +1,524 @@
+#include "zvwidgets/zveditor/highlightscanner.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <map>
+
+namespace zvwidgets {
+
+namespace {
+
+/// What rules that are not linear by themselves may spend on a line, in characters:
+/// enough for any line written by hand, little enough not to be noticed.
+constexpr qint64 baseWork = 16 * 1024 * 1024;
+constexpr qint64 workPerUnit = 16;
+constexpr int nowhere = std::numeric_limits<int>::max();
+constexpr int asciiCount = CharSet::asciiCount;
+/// Stands for all units from 128 on where rules are chosen by the next character.
+constexpr int wideUnit = asciiCount;
+constexpr int trackedRules = 32;
+
+} // namespace
+
+/// An expression and what is known of it on the line at hand.
+struct HighlightScanner::Pattern
+{
+    TextPattern regexp;
+    const PatternAutomaton *automaton = nullptr; ///< null: matched by regexp
+    const PatternAutomaton *filter = nullptr;    ///< as TextPattern::filter()
+    const CharSet *run = nullptr;
+    std::array<bool, asciiCount> inRun{};
+    bool anchored = false; ///< matches at the present position or not at all
+
+    quint64 lineStamp = 0;
+    int runBegin = 0; ///< the last run found
+    int runEnd = 0;
+
+    quint64 textStamp = 0;
+    int searchFrom = 0; ///< from here on the first match is at searchFound
+    int searchFound = 0;
+    int searchEnd = 0;
+    PatternMemo memo;
+};
+
+struct HighlightScanner::Rule
+{
+    enum class Kind : quint8
+    {
+        Match,
+        Run,  ///< a match is a run of units of one set
+        Unit, ///< a match is a single unit
+        Keyword,
+        Until,
+        Rest ///< a scan for the end of the line
+    };
+    Kind kind = Kind::Match;
+    bool inc = false;
+    bool full = false;
+    qint8 attr = 0;
+    qint16 ctx = -1;
+    qint16 empty = -1;
+    int pattern = 0;
+    int words = -1;   ///< Keyword: index of the table
+    int tracked = -1; ///< Until: bit in the presence masks
+    quint64 list = 0; ///< Keyword: bit of its list
+};
+
+struct HighlightScanner::Context
+{
+    /// A word table and its answer for the last candidate asked for.
+    struct Words
+    {
+        int pattern = 0;
+        KeywordTable table;
+        quint64 lineStamp = 0;
+        int at = 0;
+        int length = 0;
+        quint64 lists = 0;
+    };
+
+    int firstRule(char16_t unit) const { return nextRule(unit, 0); }
+    /// The first rule from \a from on that has to be asked in front of \a unit.
+    int nextRule(char16_t unit, int from) const
+    {
+        const int cls = unitClass[unit < asciiCount ? unit : wideUnit];
+        return next[size_t(cls) * size_t(count + 1) + size_t(from)];
+    }
+
+    int count = 0;
+    std::vector<Rule> rules;
+    std::array<quint8, asciiCount + 1> unitClass{};
+    std::vector<int> next; ///< by class, then rule; `count` for none
+    mutable std::vector<Words> words;
+    bool shrinkMatters = false; ///< a failure can turn into a match in a shorter text
+    bool shrinkCosts = false;   ///< asking again may cost what the text is long
+
+    /// Bit n: a match of the rule tracked under n can begin with the unit.
+    std::array<quint32, asciiCount> starts{};
+    int tracked = 0;
+    mutable quint64 presenceStamp = 0;
+    mutable quint32 present = 0;
+};
+
+HighlightScanner::HighlightScanner(const Contexts &source)
+{
+    for (const auto &context : source)
+        contexts.push_back(makeContext(*context));
+}
+
+HighlightScanner::~HighlightScanner() = default;
+
+int HighlightScanner::addPattern(const TextPattern &regexp)
+{
+    const auto found =
+        std::find_if(patterns.begin(), patterns.end(), [&regexp](const auto &pattern) {
+            return pattern->regexp.pattern() == regexp.pattern() &&
+                   pattern->regexp.options() == regexp.options();
+        });
+    if (found != patterns.end())
+        return int(found - patterns.begin());
+    auto pattern = std::make_unique<Pattern>();
+    pattern->regexp = regexp;
+    pattern->automaton = regexp.automaton();
+    pattern->filter = regexp.filter();
+    pattern->anchored = pattern->filter && pattern->filter->beginOnly();
+    if (pattern->anchored && pattern->automaton)
+        pattern->run = pattern->automaton->run();
+    if (pattern->run) {
+        // "\w+" and "[\w_]+" are the same run and share what is known of it.
+        const auto same =
+            std::find_if(patterns.begin(), patterns.end(), [run = pattern->run](const auto &other) {
+                return other->run && *other->run == *run;
+            });
+        if (same != patterns.end())
+            return int(same - patterns.begin());
+        for (int unit = 0; unit < asciiCount; ++unit)
+            pattern->inRun[unit] = pattern->run->contains(char16_t(unit));
+    }
+    patterns.push_back(std::move(pattern));
+    return int(patterns.size()) - 1;
+}
+
+std::unique_ptr<HighlightScanner::Context>
+HighlightScanner::makeContext(const HighlightContext &source)
+{
+    auto context = std::make_unique<Context>();
+    for (const HighlightItem *item : source)
+        context->rules.push_back(makeRule(*item, context.get()));
+    context->count = int(context->rules.size());
+    for (const Rule &rule : context->rules)
+        noteShrinking(rule, context.get());
+    makeDispatch(context.get());
+    makePresence(context.get());
+    return context;
+}
+
+HighlightScanner::Rule HighlightScanner::makeRule(const HighlightItem &item, Context *context)
+{
+    Rule rule;
+    rule.attr = qint8(item.attr);
+    rule.ctx = qint16(item.ctx);
+    rule.empty = qint16(item.empty);
+    rule.pattern = addPattern(item.regexp);
+    const Pattern &pattern = *patterns[rule.pattern];
+    if (const auto *keyword = dynamic_cast<const HighlightKeyword *>(&item)) {
+        rule.kind = Rule::Kind::Keyword;
+        addWords(*keyword, &rule, context);
+    } else if (const auto *until = dynamic_cast<const HighlightUntilItem *>(&item)) {
+        const bool isEnd = item.regexp.isValid() && item.regexp.pattern() == QLatin1String("$");
+        rule.kind = isEnd ? Rule::Kind::Rest : Rule::Kind::Until;
+        rule.inc = until->inc;
+        rule.full = until->full;
+    } else if (pattern.run) {
+        rule.kind = Rule::Kind::Run;
+    } else if (pattern.anchored && pattern.automaton && pattern.automaton->fixedLength() == 1 &&
+               !pattern.automaton->endSensitive()) {
+        rule.kind = Rule::Kind::Unit;
+    }
+    return rule;
+}
+
+void HighlightScanner::addWords(const HighlightKeyword &item, Rule *rule, Context *context)
+{
+    auto &words = context->words;
+    auto found = std::find_if(words.begin(), words.end(), [&](const Context::Words &group) {
+        return group.pattern == rule->pattern &&
+               group.table.lowersCandidate() != item.caseSensitive &&
+               group.table.listCount() < KeywordTable::maximumLists;
+    });
+    if (found == words.end()) {
+        words.push_back({rule->pattern, KeywordTable(!item.caseSensitive), 0, 0, 0, 0});
+        found = words.end() - 1;
+    }
+    rule->words = int(found - words.begin());
+    rule->list = quint64(1) << found->table.addList(item.dict);
+}
+
+/// False only if \a rule is sure to fail, with no consequence, in front of \a unit.
+bool HighlightScanner::canAct(const Rule &rule, int unit) const
+{
+    const Pattern &pattern = *patterns[rule.pattern];
+    if (rule.empty >= 0 || rule.kind == Rule::Kind::Until || rule.kind == Rule::Kind::Rest)
+        return true;
+    if (!pattern.anchored)
+        return pattern.regexp.isValid();
+    return unit == wideUnit ? pattern.filter->canTakeWide()
+                            : pattern.filter->canTake(char16_t(unit));
+}
+
+void HighlightScanner::makeDispatch(Context *context) const
+{
+    std::map<std::vector<bool>, quint8> classes;
+    for (int unit = 0; unit <= wideUnit; ++unit) {
+        std::vector<bool> acting;
+        for (const Rule &rule : context->rules)
+            acting.push_back(canAct(rule, unit));
+        const auto [place, isNew] = classes.emplace(acting, quint8(classes.size()));
+        context->unitClass[unit] = place->second;
+        if (!isNew)
+            continue;
+        const size_t base = context->next.size();
+        context->next.resize(base + size_t(context->count) + 1, context->count);
+        for (int i = context->count - 1; i >= 0; --i)
+            context->next[base + size_t(i)] = acting[i] ? i : context->next[base + size_t(i) + 1];
+    }
+}
+
+/// Scans that need a certain character somewhere in the line are told by one pass
+/// over it that they need not begin, if there are several of them.
+void HighlightScanner::makePresence(Context *context) const
+{
+    for (Rule &rule : context->rules) {
+        const PatternAutomaton *automaton = patterns[rule.pattern]->automaton;
+        if (rule.kind != Rule::Kind::Until || context->tracked == trackedRules || !automaton ||
+            automaton->beginSensitive() || !automaton->needsAscii())
+            continue;
+        rule.tracked = context->tracked;
+        for (int unit = 0; unit < asciiCount; ++unit) {
+            if (automaton->canOccur(char16_t(unit)))
+                context->starts[unit] |= quint32(1) << context->tracked;
+        }
+        ++context->tracked;
+    }
+    if (context->tracked < 2) {
+        for (Rule &rule : context->rules)
+            rule.tracked = -1;
+    }
+}
+
+void HighlightScanner::noteShrinking(const Rule &rule, Context *context) const
+{
+    const Pattern &pattern = *patterns[rule.pattern];
+    const PatternAutomaton *automaton = pattern.automaton;
+    if (rule.kind == Rule::Kind::Keyword) {
+        context->shrinkMatters = true;
+        context->shrinkCosts = context->shrinkCosts || !pattern.run;
+        return;
+    }
+    const bool until = rule.kind == Rule::Kind::Until;
+    const bool stays = automaton && !automaton->endSensitive() && (until || pattern.anchored) &&
+                       (!until || rule.inc || (!rule.full && automaton->fixedLength() >= 0));
+    if (stays || rule.kind == Rule::Kind::Rest || !pattern.regexp.isValid())
+        return;
+    context->shrinkMatters = true;
+    context->shrinkCosts = true;
+}
+
+const HighlightScanner::Context *HighlightScanner::contextAt(int ctx) const
+{
+    return ctx >= 0 && size_t(ctx) < contexts.size() ? contexts[size_t(ctx)].get() : nullptr;
+}
+
+void HighlightScanner::begin(QStringView text)
+{
+    units = text.utf16();
+    end = int(text.size());
+    ++lineStamp;
+    ++textStamp;
+    work = baseWork + workPerUnit * end;
+}
+
+int HighlightScanner::follow(int ctx, QStringView text)
+{
+    begin(text);
+    int at = 0;
+    size_t handOvers = 0;
+    const Context *context = contextAt(ctx);
+    int i = context && at < end ? context->firstRule(units[at]) : 0;
+    bool advanced = false;
+    while (context && at < end) {
+        if (i == context->count) {
+            // A list in which nothing matches would be walked for ever.
+            if (!advanced)
+                return ctx;
+            advanced = false;
+            i = context->firstRule(units[at]);
+            continue;
+        }
+        const Rule &rule = context->rules[i];
+        const int length = take(*context, rule, at);
+        if (length > 0) {
+            at += length;
+            advanced = true;
+            handOvers = 0;
+        } else if (rule.empty >= 0 && ++handOvers > contexts.size()) {
+            // The contexts only hand over to each other.
+            return ctx;
+        }
+        const int target = length > 0 ? rule.ctx : rule.empty;
+        if (target >= 0) {
+            ctx = target;
+            context = contextAt(ctx);
+            advanced = false;
+        }
+        if (context && at < end)
+            i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
+    }
+    return ctx;
+}
+
+void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes)
+{
+    begin(text);
+    int at = 0;
+    size_t handOvers = 0;
+    const Context *context = contextAt(ctx);
+    int i = context && at < end ? context->firstRule(units[at]) : 0;
+    bool matched = false;
+    while (context && at < end) {
+        if (i == context->count) {
+            // The text the rules see stays where it is and loses its last character,
+            // while the character without a rule keeps attribute 0.
+            if (!matched) {
+                if (!shrink(*context, at))
+                    return;
+                ++attributes;
+                handOvers = 0;
+            }
+            matched = false;
+            if (at < end)
+                i = context->firstRule(units[at]);
+            continue;
+        }
+        const Rule &rule = context->rules[i];
+        const int length = take(*context, rule, at);
+        if (length > 0) {
+            if (rule.attr != 0)
+                std::memset(attributes + at, rule.attr, size_t(length));
+            at += length;
+            matched = true;
+            handOvers = 0;
+        } else if (rule.empty >= 0 && ++handOvers > contexts.size()) {
+            return;
+        }
+        const int target = length > 0 ? rule.ctx : rule.empty;
+        if (target >= 0) {
+            context = contextAt(target);
+            matched = false;
+        }
+        if (context && at < end)
+            i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
+    }
+}
+
+/// Takes the last character from the text the rules see; false if nothing in it
+/// can match any more.
+bool HighlightScanner::shrink(const Context &context, int at)
+{
+    if (!context.shrinkMatters || work <= 0)
+        return false;
+    --end;
+    if (context.shrinkCosts) {
+        ++textStamp;
+        work -= end - at;
+    }
+    return true;
+}
+
+/// Number of units \a rule takes at \a at; not above 0 if it fails.
+int HighlightScanner::take(const Context &context, const Rule &rule, int at)
+{
+    Pattern &pattern = *patterns[rule.pattern];
+    switch (rule.kind) {
+    case Rule::Kind::Unit:
+        return pattern.automaton->canTake(units[at]) ? 1 : 0;
+    case Rule::Kind::Run:
+        return runLength(pattern, at);
+    case Rule::Kind::Match:
+        return matchLength(pattern, at);
+    case Rule::Kind::Keyword:
+        return takeKeyword(context, rule, at);
+    case Rule::Kind::Until:
+        return takeUntil(context, rule, at);
+    case Rule::Kind::Rest:
+        break;
+    }
+    return end - at;
+}
+
+int HighlightScanner::runLength(Pattern &pattern, int at)
+{
+    if (pattern.lineStamp == lineStamp && pattern.runBegin <= at && at < pattern.runEnd)
+        return std::min(pattern.runEnd, end) - at;
+    int i = at;
+    while (i < end) {
+        const char16_t unit = units[i];
+        if (unit < asciiCount ? !pattern.inRun[unit] : !pattern.run->contains(unit))
+            break;
+        ++i;
+    }
+    pattern.lineStamp = lineStamp;
+    pattern.runBegin = at;
+    pattern.runEnd = i;
+    return i - at;
+}
+
+/// Forgets what was noted on another text.
+void HighlightScanner::refresh(Pattern &pattern) const
+{
+    if (pattern.textStamp == textStamp)
+        return;
+    pattern.textStamp = textStamp;
+    pattern.searchFrom = nowhere;
+    pattern.memo.clear();
+}
+
+int HighlightScanner::matchLength(Pattern &pattern, int at)
+{
+    if (pattern.run)
+        return runLength(pattern, at);
+    refresh(pattern);
+    int foundEnd = 0;
+    if (pattern.anchored) {
+        foundEnd = pattern.filter->matchEnd({units, at, end}, at, &pattern.memo);
+        if (pattern.automaton || foundEnd <= at)
+            return foundEnd - at;
+        return pattern.regexp.match(QStringView(units + at, end - at), 0, &work);
+    }
+    const int found = search(pattern, at, &foundEnd);
+    return found < 0 ? -1 : foundEnd - found;
+}
+
+/// The first match from \a at on, -1 if there is none.
+int HighlightScanner::search(Pattern &pattern, int at, int *foundEnd)
+{
+    if (pattern.filter) {
+        const int candidate = searchTable(pattern, *pattern.filter, at, foundEnd);
+        if (candidate < 0 || pattern.automaton)
+            return candidate;
+    }
+    int length = 0;
+    const int found = pattern.regexp.search(QStringView(units + at, end - at), 0, &length, &work);
+    *foundEnd = at + found + length;
+    return found < 0 ? -1 : at + found;
+}
+
+int HighlightScanner::searchTable(Pattern &pattern, const PatternAutomaton &automaton, int at,
+                                  int *foundEnd)
+{
+    const PatternAutomaton::Subject subject{units, at, end};
+    int from = at;
+    if (automaton.beginSensitive()) {
+        // Here the text begins; what is found further on does not depend on that.
+        *foundEnd = automaton.matchEnd(subject, at, &pattern.memo);
+        if (*foundEnd >= 0)
+            return at;
+        ++from;
+    }
+    if (pattern.searchFrom > from || from > pattern.searchFound) {
+        pattern.searchFrom = from;
+        const int found = automaton.search(subject, from, &pattern.searchEnd, &pattern.memo);
+        pattern.searchFound = found < 0 ? nowhere : found;
+    }
+    *foundEnd = pattern.searchEnd;
+    return pattern.searchFound == nowhere ? -1 : pattern.searchFound;
+}
+
+/// True if a character that a match needs is nowhere in the line.
+bool HighlightScanner::isAbsent(const Context &context, const Rule &rule, int at)
+{
+    if (rule.tracked < 0)
+        return false;
+    if (context.presenceStamp != lineStamp) {
+        quint32 seen = 0;
+        for (int i = at; i < end; ++i) {
+            if (units[i] < asciiCount)
+                seen |= context.starts[units[i]];
+        }
+        context.presenceStamp = lineStamp;
+        context.present = seen;
+    }
+    return !(context.present >> rule.tracked & 1);
+}
+
+int HighlightScanner::takeUntil(const Context &context, const Rule &rule, int at)
+{
+    Pattern &pattern = *patterns[rule.pattern];
+    int foundEnd = 0;
+    int found = -1;
+    if (!isAbsent(context, rule, at)) {
+        refresh(pattern);
+        found = search(pattern, at, &foundEnd);
+    }
+    if (found < 0)
+        return rule.full ? end - at : -1;
+    return (rule.inc ? foundEnd : found) - at;
+}
+
+int HighlightScanner::takeKeyword(const Context &context, const Rule &rule, int at)
+{
+    const int length = matchLength(*patterns[rule.pattern], at);
+    if (length <= 0)
+        return -1;
+    Context::Words &words = context.words[rule.words];
+    if (words.lineStamp != lineStamp || words.at != at || words.length != length) {
+        words.lineStamp = lineStamp;
+        words.at = at;
+        words.length = length;
+        words.lists = words.table.find(units + at, length);
+    }
+    return words.lists & rule.list ? length : -1;
+}
+
+} // namespace zvwidgets

@@ -45,18 +45,27 @@ public:
     /// Column of the first match that begins at or after \a from, -1 if there is
     /// none; \a length (may be null) receives its length. "^" is column 0 of
     /// \a text, also with a later \a from. An expression that does not come to
-    /// an end within the work limit counts as not found.
-    [[nodiscard]] int search(QStringView text, int from = 0, int *length = nullptr) const;
+    /// an end within a fixed limit counts as not found.
+    ///
+    /// \a work (may be null) is what several calls may spend together, in
+    /// characters; it is lowered by what this one could have cost, and with
+    /// nothing left nothing is found. An expression with an automaton() is
+    /// linear by itself and spends nothing.
+    [[nodiscard]] int search(QStringView text, int from = 0, int *length = nullptr,
+                             qint64 *work = nullptr) const;
     /// Length of the match that begins at \a column, -1 if none does.
-    [[nodiscard]] int match(QStringView text, int column = 0) const;
+    [[nodiscard]] int match(QStringView text, int column = 0, qint64 *work = nullptr) const;
 
     /// The table the expression was compiled to; null if it is not valid or
     /// needs what a finite automaton cannot do.
     const PatternAutomaton *automaton() const;
+    /// automaton(), or where there is none a table that matches wherever the
+    /// expression does and possibly elsewhere; null if there is none either.
+    const PatternAutomaton *filter() const;
 
 private:
     struct Private;
-    std::shared_ptr<const Private> d;
+    std::shared_ptr<Private> d;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(TextPattern::Options)
