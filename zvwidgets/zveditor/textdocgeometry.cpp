@@ -35,10 +35,8 @@ public:
     Ruler(TextEditorManager *textManager, const TextView *view)
         : manager(textManager), highlight(view ? view->hl : nullptr)
     {
-        for (int i = 0; i < fontCount; ++i) {
-            const int wide = manager->width(i, QChar(u'W'));
-            cells[size_t(i)] = wide == manager->width(i, QChar(u'i')) ? wide : -1;
-        }
+        for (int i = 0; i < fontCount; ++i)
+            cells[size_t(i)] = manager->fontData(i).width;
         const bool isFixed = std::all_of(cells.begin(), cells.end(),
                                          [this](int width) { return width == cells[0]; });
         common = isFixed ? cells[0] : -1;

@@ -1,0 +1,604 @@
+#include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textfolding.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QBuffer>
+#include <QFontDatabase>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextStream>
+
+#include <algorithm>
+
+using namespace zvwidgets;
+
+namespace {
+
+QString text(const char *bytes)
+{
+    return QString::fromUtf8(bytes);
+}
+
+void load(TextDocument &doc, QString content)
+{
+    QTextStream stream(&content);
+    doc.load(stream);
+}
+
+QString saved(TextDocument &doc)
+{
+    QString content;
+    QTextStream stream(&content);
+    return doc.save(stream) ? content : text("refused");
+}
+
+/// An editor on a document of its own.
+struct Editor
+{
+    Editor() : editor(manager.createEditor(nullptr, nullptr)), doc(*editor->document()) {}
+
+    TextView &view() { return *editor->view(); }
+
+    TextEditorManager manager;
+    const std::unique_ptr<TextEditor> editor;
+    TextDocument &doc;
+};
+
+/// The measures of a line as they are meant, one character at a time.
+struct Measures
+{
+    TextDocument &doc;
+    TextView &view;
+    int line;
+
+    const TextLine &textLine() const { return *doc.lineOf(line); }
+
+    int after(int x, int column) const
+    {
+        const QChar character = textLine().at(column);
+        if (character == QLatin1Char('\t'))
+            return (x / view.tabsWidth() + 1) * view.tabsWidth();
+        const int number = textLine().attribute(unsigned(column));
+        return x + doc.manager()->width(view.hl->attribute(number)->fontType, character);
+    }
+
+    int textWidth(int length) const
+    {
+        int x = 0;
+        for (int column = 0; column < length; ++column)
+            x = column < textLine().textLength() ? after(x, column)
+                                                 : x + doc.manager()->width(0, QChar(u' '));
+        return x;
+    }
+
+    int textLength(int width) const
+    {
+        int x = 0;
+        int column = 0;
+        for (; x < width && column < textLine().textLength(); ++column)
+            x = after(x, column);
+        column += x < width ? 1 : 0;
+        return column == 0 ? 0 : column - 1;
+    }
+
+    int nextWrapPos(int width, int from) const
+    {
+        width = std::max(width, 30);
+        int x = 0;
+        int lastSpace = -1;
+        int column = from;
+        for (; x < width && column < textLine().textLength(); ++column) {
+            if (textLine().at(column).isSpace())
+                lastSpace = column;
+            x = after(x, column);
+        }
+        const bool atWord = doc.getWrapMode() == wrapWord;
+        if (atWord && lastSpace > from && column < textLine().textLength())
+            return lastSpace;
+        return x > width && column > from + 1 ? column - 1 : column;
+    }
+};
+
+int naiveLongest(const TextDocument &doc)
+{
+    int longest = 0;
+    for (int line = 0; line <= doc.lastLine(); ++line)
+        longest = std::max(longest, doc.lineWidth(doc.lineOf(line)));
+    return longest;
+}
+
+} // namespace
+
+class TestTextDoc : public QObject
+{
+    Q_OBJECT
+private slots:
+    void loadAndSave_data();
+    void loadAndSave();
+    void loadStartsAnew();
+    void failedLoadKeepsText();
+    void failedSaveStaysModified();
+    void readOnlyIsNotSaved();
+    void longestLine();
+    void longestLineAfterStrippedBlanks();
+    void contextsFollowEdits();
+    void longCommentInMacro();
+    void macroTellsViewsOnce();
+    void measures_data();
+    void measures();
+    void rowsAlwaysEnd();
+    void wordIn_data();
+    void wordIn();
+    void html();
+    void spacesInTab_data();
+    void spacesInTab();
+    void joinLines_data();
+    void joinLines();
+    void foldTakesNewLine();
+    void lineMarks();
+    void lineSharesNoMemoryOnceEdited();
+};
+
+void TestTextDoc::loadAndSave_data()
+{
+    QTest::addColumn<QString>("content");
+    QTest::addColumn<int>("lines");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("empty") << QString() << 1 << QString();
+    QTest::newRow("one line end") << text("\n") << 1 << text("");
+    QTest::newRow("final line end goes") << text("a\nb\n") << 2 << text("a\nb");
+    QTest::newRow("final empty line stays") << text("a\n\n") << 2 << text("a\n");
+    QTest::newRow("every line end ends a line") << text("a\r\nb\rc\nd") << 4 << text("a\nb\nc\nd");
+    QTest::newRow("tabs and blanks stay") << text("\ta  \n  ") << 2 << text("\ta  \n  ");
+}
+
+void TestTextDoc::loadAndSave()
+{
+    QFETCH(QString, content);
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    load(doc, content);
+    QTEST(doc.lastLine() + 1, "lines");
+    QTEST(saved(doc), "expected");
+    QTEST(doc.text(), "expected");
+}
+
+void TestTextDoc::loadStartsAnew()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    doc.insert(text("one\ntwo"), 0, 0);
+    QVERIFY(doc.isModified());
+    doc.setReadOnly(true);
+    QByteArray bytes("\xEF\xBB\xBFx\r\ny");
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QVERIFY(doc.load(buffer));
+    QCOMPARE(doc.text(), text("x\ny"));
+    QVERIFY(!doc.isModified() && !doc.isReadOnly() && !doc.undoStack()->canUndo());
+    QVERIFY(doc.fileFormat().hasByteOrderMark);
+    doc.clear();
+    QCOMPARE(doc.text(), QString());
+    QVERIFY2(!doc.fileFormat().hasByteOrderMark, "a new text is not written like the last one");
+}
+
+void TestTextDoc::failedLoadKeepsText()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    doc.insert(text("kept"), 0, 0);
+    const QTemporaryDir dir;
+    for (const QString &path :
+         {dir.path(), dir.filePath(text("missing")), text("/proc/self/mem"), text("/dev/zero")}) {
+        QString error;
+        QVERIFY(!doc.loadFile(path, QStringConverter::Utf8, &error));
+        QVERIFY(!error.isEmpty());
+    }
+    QCOMPARE(doc.text(), text("kept"));
+    QVERIFY(doc.isModified() && doc.undoStack()->canUndo());
+}
+
+void TestTextDoc::failedSaveStaysModified()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    doc.insert(text("text"), 0, 0);
+    QString error;
+    QVERIFY(!doc.saveFile(text("/proc/none/f"), &error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(doc.isModified());
+    const QTemporaryDir dir;
+    QVERIFY(doc.saveFile(dir.filePath(text("f")), &error));
+    QVERIFY(!doc.isModified());
+
+    QFile full(text("/dev/full"));
+    QVERIFY(full.open(QIODevice::WriteOnly));
+    doc.setModified(true);
+    QTextStream stream(&full);
+    QVERIFY(!doc.save(stream));
+    QVERIFY(doc.isModified());
+}
+
+void TestTextDoc::readOnlyIsNotSaved()
+{
+    const QTemporaryDir dir;
+    const QString path = dir.filePath(text("f"));
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    doc.setReadOnly(true);
+    QCOMPARE(saved(doc), text("refused"));
+    QVERIFY(!doc.saveFile(path));
+    QVERIFY(!QFile::exists(path));
+}
+
+void TestTextDoc::longestLine()
+{
+    QRandomGenerator random(1);
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    QStringList lines;
+    for (int i = 0; i < 5000; ++i)
+        lines.append(QString(random.bounded(60), u'x'));
+    load(doc, lines.join(u'\n'));
+    for (int i = 0; i < 2000; ++i) {
+        const int line = random.bounded(doc.lastLine());
+        const int column = random.bounded(80);
+        switch (random.bounded(9)) {
+        case 0:
+        case 1:
+            doc.cmdInsert(line, column, QString(random.bounded(30), u'y'));
+            break;
+        case 2:
+        case 3:
+            doc.cmdRemove(line, column / 4, random.bounded(40));
+            break;
+        case 4:
+            doc.cmdInsertLineBreak(line, column);
+            break;
+        case 5:
+            doc.cmdRemoveLineBreak(line);
+            break;
+        case 6:
+            doc.removeText(line, column, std::min(line + random.bounded(30), doc.lastLine()), 3);
+            break;
+        case 7:
+            doc.insert(QString(random.bounded(20), u'\n'), line, 0);
+            break;
+        default:
+            doc.undoStack()->undo();
+        }
+        if (doc.maxLength != naiveLongest(doc))
+            QFAIL(qPrintable(text("after step %1: %2 instead of %3")
+                                 .arg(QString::number(i), QString::number(doc.maxLength),
+                                      QString::number(naiveLongest(doc)))));
+    }
+}
+
+// Stripping blanks goes past the document, which hears of nothing.
+void TestTextDoc::longestLineAfterStrippedBlanks()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    QStringList lines(5000, text("x"));
+    lines[0] = QString(20, u'x');
+    lines[2500] = text("xx          ");
+    lines[4000] = text("xxxxx");
+    load(doc, lines.join(u'\n'));
+    QVERIFY(doc.lineOf(2500)->removeSpaces());
+    doc.cmdRemove(0, 1, 50);
+    QCOMPARE(doc.maxLength, naiveLongest(doc));
+}
+
+void TestTextDoc::contextsFollowEdits()
+{
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.view().setHighlight(text("C++"));
+    load(doc, text("a\nb\nc\n/* d\ne */ f\ng"));
+    const auto contexts = [&doc] {
+        QString all;
+        for (int line = 0; line <= doc.lastLine(); ++line)
+            all += QLatin1Char(doc.lineOf(line)->context() ? 'x' : '.');
+        return all;
+    };
+    QCOMPARE(contexts(), text("...x.."));
+    doc.cmdInsert(0, 1, text("/*"));
+    QCOMPARE(contexts(), text("xxxx.."));
+    for (int line = 1; line <= 4; ++line)
+        QVERIFY(doc.lineOf(line)->highlightContext() != 0);
+    doc.removeLine(0);
+    QCOMPARE(contexts(), text("..x.."));
+    doc.undoStack()->undo();
+    QCOMPARE(contexts(), text("xxxx.."));
+    doc.cmdInsertLineBreak(1, 0);
+    QCOMPARE(contexts(), text("xxxxx.."));
+    doc.removeText(1, 0, 5, 3);
+    doc.undoStack()->undo();
+    QCOMPARE(contexts(), text("xxxxx.."));
+    doc.undoStack()->undo(2);
+    doc.undoStack()->undo();
+    QCOMPARE(contexts(), text("...x.."));
+}
+
+// Each comment opened and closed again would otherwise run through all lines
+// below.
+void TestTextDoc::longCommentInMacro()
+{
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.view().setHighlight(text("C++"));
+    load(doc, QString(200'000, u'\n'));
+    QStringList lines;
+    for (int i = 0; i < 2000; ++i)
+        lines << text("/* a") << text("b */");
+    QElapsedTimer timer;
+    timer.start();
+    doc.insert(lines.join(u'\n'), 0, 0);
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(doc.lineOf(0)->context() != 0);
+    QCOMPARE(doc.lineOf(1)->context(), 0);
+    QCOMPARE(doc.lineOf(4000)->context(), 0);
+    doc.undoStack()->undo();
+    QVERIFY2(timer.elapsed() < 10'000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(doc.lineOf(0)->context(), 0);
+}
+
+void TestTextDoc::macroTellsViewsOnce()
+{
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    int undoChanges = 0;
+    connect(fixture.editor.get(), &TextEditor::changed, this,
+            [&](int id) { undoChanges += id == TextEditor::UndoRedo; });
+    doc.insert(text("a\nb\nc"), 0, 0);
+    QCOMPARE(undoChanges, 1);
+    QCOMPARE(fixture.editor->line(), 2);
+    QCOMPARE(fixture.editor->column(), 1);
+    doc.undoStack()->undo();
+    QCOMPARE(undoChanges, 2);
+    QCOMPARE(fixture.editor->line(), 0);
+    QVERIFY2(doc.isModified(), "modified follows commands, not the history");
+}
+
+void TestTextDoc::measures_data()
+{
+    QTest::addColumn<QString>("family");
+    QTest::addColumn<int>("mode");
+    for (const wrapMode mode : {wrapLine, wrapWord}) {
+        QTest::addRow("fixed pitch, %d", mode)
+            << QFontDatabase::systemFont(QFontDatabase::FixedFont).family() << int(mode);
+        QTest::addRow("proportional, %d", mode) << text("DejaVu Sans") << int(mode);
+    }
+}
+
+void TestTextDoc::measures()
+{
+    QFETCH(QString, family);
+    QFETCH(int, mode);
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.manager.setFont(QFont(family, 10));
+    fixture.view().setHighlight(text("C++"));
+    doc.setWrapMode(wrapMode(mode));
+    const QStringList pieces = {text("if "),  text("\t"),         text("\"text\""), text("   "),
+                                text("iiii"), text("WWWWWWWWWW"), text("/* c */")};
+    QRandomGenerator random(2);
+    for (int round = 0; round < 60; ++round) {
+        QString line;
+        for (int i = random.bounded(25); i > 0; --i)
+            line += pieces.at(random.bounded(int(pieces.size())));
+        load(doc, line);
+        const int length = doc.textLength(0);
+        const Measures expected{doc, fixture.view(), 0};
+        fixture.view().hl->highlight(doc.lineOf(0));
+        for (int column = 0; column <= length + 3; ++column)
+            QCOMPARE(doc.textWidth(0, column), expected.textWidth(column));
+        const int whole = doc.textWidth(0, length);
+        for (int width = 0; width < whole + 20; width += 1 + width % 7)
+            QCOMPARE(doc.textLength(0, width), expected.textLength(width));
+        for (int from = 0; from < length; ++from) {
+            for (const int width : {10, 30, 31, 100, 150})
+                QCOMPARE(doc.nextWrapPos(0, width, from), expected.nextWrapPos(width, from));
+        }
+    }
+}
+
+void TestTextDoc::rowsAlwaysEnd()
+{
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.manager.setFont(QFont(text("DejaVu Sans"), 60));
+    fixture.manager.setTabWidth(16);
+    load(doc, text("WW\t\tW W\t"));
+    for (const wrapMode mode : {wrapLine, wrapWord}) {
+        doc.setWrapMode(mode);
+        int rows = 0;
+        for (int column = 0; column < doc.textLength(0); ++rows) {
+            const int next = doc.nextWrapPos(0, 30, column);
+            QVERIFY(next > column);
+            column = next;
+        }
+        QCOMPARE(rows, 8);
+    }
+}
+
+void TestTextDoc::wordIn_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    // "ab_1 $x+=- ä9  "
+    QTest::newRow("start of a word") << 0 << text("ab_1") << 0 << 4;
+    QTest::newRow("end of a word") << 3 << text("ab_1") << 0 << 4;
+    QTest::newRow("blank") << 4 << QString() << 4 << 4;
+    QTest::newRow("dollar counts as a letter") << 5 << text("$x") << 5 << 7;
+    QTest::newRow("other characters") << 8 << text("+=-") << 7 << 10;
+    QTest::newRow("letters of other scripts") << 12
+                                              << text("\xC3\xA4"
+                                                      "9")
+                                              << 11 << 13;
+    QTest::newRow("at the end") << 15 << QString() << 15 << 15;
+    QTest::newRow("past the end") << 40 << QString() << 40 << 40;
+    QTest::newRow("before the start") << -1 << QString() << -1 << -1;
+}
+
+void TestTextDoc::wordIn()
+{
+    QFETCH(int, column);
+    QFETCH(QString, word);
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    load(doc, text("ab_1 $x+=- \xC3\xA4"
+                   "9  "));
+    int start = 0;
+    int end = 0;
+    const QString found = doc.wordIn(QPoint(column, 0), &start, &end);
+    QCOMPARE(found, word);
+    QCOMPARE(found.isNull(), word.isNull());
+    QTEST(start, "start");
+    QTEST(end, "end");
+}
+
+void TestTextDoc::html()
+{
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.manager.setTabWidth(4);
+    load(doc, text("a\tb<c>&\n"));
+    const QString colour = fixture.view().hl->attribute(0)->color.name();
+    QCOMPARE(doc.html(0), text("<font color=\"%1\">a   b&lt;c>&</font>").arg(colour));
+    load(doc, text("\n"));
+    QCOMPARE(doc.html(0), QString());
+    fixture.view().setHighlight(text("C++"));
+    load(doc, text("if(x)"));
+    const QString rich = doc.html(0);
+    QVERIFY2(rich.contains(text("<b>if</b></font>")), qPrintable(rich));
+}
+
+void TestTextDoc::spacesInTab_data()
+{
+    QTest::addColumn<int>("wanted");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("too few") << 0 << 1;
+    QTest::newRow("too many") << 99 << 16;
+    QTest::newRow("fine") << 3 << 3;
+}
+
+void TestTextDoc::spacesInTab()
+{
+    QFETCH(int, wanted);
+    QFETCH(int, expected);
+    Editor fixture;
+    load(fixture.doc, text("\tx\n1234567890123456"));
+    fixture.doc.setSpacesInTab(wanted);
+    QCOMPARE(fixture.doc.spacesInTab(), expected);
+    QCOMPARE(fixture.view().tabsWidth(), expected * fixture.view().spaceWidth());
+    QCOMPARE(fixture.doc.maxLength, naiveLongest(fixture.doc));
+}
+
+void TestTextDoc::joinLines_data()
+{
+    QTest::addColumn<QString>("content");
+    QTest::addColumn<QString>("joined");
+    QTest::newRow("blanks at both ends go") << text("foo\n   bar  ") << text("foobar");
+    QTest::newRow("to an empty line all goes") << text("\n   bar  ") << text("   bar  ");
+    QTest::newRow("so to a blank line") << text("  \n bar ") << text("   bar ");
+    QTest::newRow("a blank line goes") << text("foo\n \t ") << text("foo");
+    QTest::newRow("an empty line goes") << text("foo \n") << text("foo ");
+}
+
+void TestTextDoc::joinLines()
+{
+    QFETCH(QString, content);
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    load(doc, content + text("\nlast"));
+    doc.cmdRemoveLineBreak(0);
+    QFETCH(QString, joined);
+    QCOMPARE(doc.text(), joined + text("\nlast"));
+    doc.undoStack()->undo();
+    QCOMPARE(doc.text(), content + text("\nlast"));
+}
+
+void TestTextDoc::foldTakesNewLine()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    load(doc, text("0\n1\n2\n3\n4\n5"));
+    QVERIFY(doc.folding()->createFold(1, 3));
+    QVERIFY(!doc.lineOf(2)->isFoldVisible);
+    doc.makeLine(3);
+    QCOMPARE(doc.lineOf(3)->foldingLevel, 1);
+    QVERIFY2(doc.lineOf(2)->isFoldVisible, "a new line is not left in a closed fold");
+    doc.makeLine(1);
+    QCOMPARE(doc.lineOf(1)->foldingLevel, 0);
+    QVERIFY(doc.lineOf(2)->isFoldingStart);
+    doc.removeLine(2);
+    for (int line = 0; line <= doc.lastLine(); ++line) {
+        QCOMPARE(doc.lineOf(line)->foldingLevel, 0);
+        QVERIFY(!doc.lineOf(line)->isFoldingStart);
+    }
+}
+
+void TestTextDoc::lineMarks()
+{
+    TextLine line(text("abc"));
+    QString classId;
+    QString itemId;
+    QVERIFY(!line.firstMargin(classId, itemId));
+    line.setMargin(text("c"), text("1"));
+    line.setMargin(text("d"), text("2"));
+    line.setMargin(text("c"), text("1"));
+    line.delMargin(text("c"), text("2"));
+    line.delMargin(text("c"), text("1"));
+    QVERIFY(line.firstMargin(classId, itemId));
+    QCOMPARE(classId + itemId, text("d2"));
+    QCOMPARE(line.marginsForClass(text("c")), QStringList{text("1")});
+    line.delMargin(text("d"), text("2"));
+    line.delMargin(text("c"), text("1"));
+    QVERIFY(!line.firstMargin(classId, itemId));
+
+    line.setAttributes(-3, 1, 50);
+    QCOMPARE(line.attribute(0), 0);
+    QCOMPARE(line.attribute(2), -3);
+    QCOMPARE(line.attribute(3), 0);
+    line.set(text("  "));
+    QCOMPARE(line.attribute(1), -3);
+    line.resetHighlight(200);
+    QCOMPARE(line.attribute(1), 0);
+    QCOMPARE(line.highlightContext(), 200);
+    QCOMPARE(line.firstChar(), -1);
+    QVERIFY(line.removeSpaces());
+    QVERIFY(!line.removeSpaces());
+}
+
+// Loaded lines are parts of one block; a change of one must not be seen in
+// another, nor take the size of the block with it.
+void TestTextDoc::lineSharesNoMemoryOnceEdited()
+{
+    TextEditorManager manager;
+    TextDocument doc(&manager);
+    QByteArray bytes("first\nsecond\n\nthird");
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QVERIFY(doc.load(buffer));
+    doc.cmdInsert(0, 7, text("longer than before"));
+    doc.cmdRemove(1, 1, 2);
+    doc.cmdInsert(2, 2, text("x"));
+    doc.cmdRemove(3, 2, 50);
+    QCOMPARE(doc.text(), text("first  longer than before\nsond\n  x\nth"));
+    for (int line = 0; line <= doc.lastLine(); ++line)
+        QVERIFY(doc.lineOf(line)->capacity() < 100);
+    doc.undoStack()->undo(4);
+    QCOMPARE(doc.text(), text("first  \nsecond\n  \nthird"));
+}
+
+QTEST_MAIN(TestTextDoc)
+#include "tst_textdoc.moc"
