@@ -123,7 +123,7 @@ public:
     QRect selection() const { return selected; }
     bool hasSelection() const;
     /// Shows at the next updateView().
-    void setSelection(QPoint from, QPoint to);
+    void setSelection(const QPoint &from, const QPoint &to);
     /// Does nothing but tell that there was a change while the selection is
     /// locked.
     void clearSelection();
@@ -136,6 +136,9 @@ public:
     /// What a move of the cursor does to the selection; the cursor must still
     /// be where it was.
     void setCursorPositionInternal(int line, int column, bool select);
+
+    /// Number of rows that all views have painted so far.
+    static int paintCount();
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 

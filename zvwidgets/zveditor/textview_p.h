@@ -6,15 +6,18 @@
 
 #include <QPainter>
 #include <QPixmap>
+#include <QStringView>
 
 #include <array>
 #include <tuple>
+#include <vector>
 
 class QGridLayout;
 class QScrollBar;
 
 namespace zvwidgets {
 
+class FontGlyphs;
 struct TextAttribute;
 class TextHighlight;
 class TextLine;
@@ -27,12 +30,20 @@ struct TextRun
     const TextAttribute *attribute = nullptr;
 };
 
+/// What a row showed: which line, from which column on.
+struct ShownRow
+{
+    int line = -1;
+    int startPos = 0;
+
+    bool operator==(const ShownRow &) const = default;
+};
+
 /// What the sources of the view share.
 struct TextView::Private
 {
-    explicit Private(TextView *view) : q(view) {}
-
-    // Construction
+    explicit Private(TextView *view);
+    ~Private();
 
     void setUpWidget() const;
     void makeLayout();
@@ -43,56 +54,71 @@ struct TextView::Private
     using RowsStamp = std::tuple<unsigned, int, int, int, int, bool, wrapMode>;
 
     RowsStamp rowsStamp() const;
-    void forgetRows() { rowsValid = false; }
-    int appendRows(int line);
-    int wrapShift(int line, int width) const;
-    WrappedLinesCache::Ends wrapEnds(int line, int width, int shift) const;
+    /// For what the stamp doesn't hold: the measures of fonts and tabs.
+    void forgetRows();
+    void appendRows(int line);
+    int wrapShift(int line) const;
+    WrappedLinesCache::Ends wrapEnds(int line, int shift) const;
     int lastHiddenLineBelow(int line) const;
-    QPoint columnInRow(const VisibleLine &row, int x) const;
 
     // Update
 
     void updateHorizontalBar();
     void updateVerticalBar();
     bool clampHorizontally();
-    void updateRows(int first, int last);
+    void clampVertically();
+    void updateChangedLines(const LineRegion &changed);
     void updateBand(int y, int height) const;
+    void noteRows();
     void stripLeftLine() const;
+    void scrollToRow(int top);
+    void scrollToColumn(int x);
 
-    // Painting. The painter of a row works in the pixels of the row buffer, its
-    // origin lies where column 0 of the line would be.
+    // Painting. The origin of the painter lies where the row's text begins.
+
+    /// Columns of a row, \a end exclusive, and the place of the first.
+    struct RowPart
+    {
+        int start = 0;
+        int end = 0;
+        int x = 0;
+    };
+    enum class RunEnd
+    {
+        Attribute,
+        AttributeOrTab,
+    };
 
     bool ensureBuffer();
     void paintLine(TextView *view, int line, int from, int to);
     void paintEmptyArea(QPainter *painter, const QRect &area) const;
-    void fillRow(const QColor &color) const;
-    void fillColumns(int x, int width, const QColor &color) const;
-    void fillToRightEdge(int x, const QColor &color) const;
-    void paintInheritedBackground(int line) const;
-    void paintBackgrounds(const TextLine &line, int from, int end) const;
-    void paintLineColor(const TextView *view, int lineNumber) const;
-    void paintSelection(const TextView *view, int line, int from) const;
-    void paintText(const TextLine &line, int from, int end) const;
-    void paintGuides(const TextLine &line, const TextRun &run, int x) const;
-    /// \a withTabs lets a run go on over a tab of the same attribute.
-    TextRun runAt(const TextLine &line, int start, int end, bool withTabs) const;
-    int runWidth(const TextLine &line, const TextRun &run, int from, int to) const;
-    void drawRun(const TextLine &line, const TextRun &run, int x) const;
-    void drawCluster(QStringView cluster, int x, int width, const QFont &font) const;
+    RowPart visiblePart(int line, int from, int end) const;
+    void fillRow(const QColor &color);
+    void fillToRightEdge(int x, const QColor &color);
+    bool highlightHasBackgrounds() const;
+    void paintInheritedBackground(int line);
+    void paintBackgrounds(const TextLine &line, const RowPart &part, int from);
+    void paintLineColor(const TextView *view, int line);
+    void paintSelection(const TextView *view, int line, int from);
+    void paintGuides(const TextLine &line, int from, int end);
+    void paintText(const TextLine &line, const RowPart &part);
+    TextRun runAt(const TextLine &line, int start, int end, RunEnd kind) const;
+    int runWidth(const TextLine &line, const TextRun &run) const;
     int nextTabStop(int x) const;
-    bool isRightOfView(int x) const;
+    void drawRun(const TextLine &line, const TextRun &run, int x);
+    int stretchEnd(const TextLine &line, int column, int end, FontGlyphs &glyphs) const;
+    void drawStretch(QStringView text, int x, int width, const QFont &font);
 
     // Selection and mouse
 
     void markSelection();
     void publishSelection() const;
-    void press(const QMouseEvent *event);
-    void showMenu(const QPoint &globalPos) const;
-    void dragOver(const QPoint &pos);
+    QPoint positionAt(const QPoint &local) const;
+    void keepPosition(const QMouseEvent *event, const QPoint &position);
+    void pressLeft(const QMouseEvent *event);
+    bool dragOver(const QMouseEvent *event, const QPoint &position);
     void scrollWithPointer(const QPoint &local) const;
     void drop();
-    QPoint positionAt(const QMouseEvent *event) const;
-    bool isOutside(int line) const;
 
     TextView *const q;
     TextEditor *editor = nullptr;
@@ -114,8 +140,6 @@ struct TextView::Private
     int col = 0;
     Qt::KeyboardModifiers bnModifiers;
     Qt::MouseButtons bnButtons;
-    int prevX = 0;
-    int prevY = 0;
 
     /// Where the cursor stood at the last ensureCursorVisible().
     int cursorLine = 0;
@@ -135,8 +159,8 @@ struct TextView::Private
     RowsStamp stamp;
     bool rowsValid = false;
     WrappedLinesCache wrappedLinesCache;
-    /// The line each row from the top showed at the last partial update.
-    std::array<int, 4096> prevUpdatedlines;
+    /// What each row from the top showed at the last update.
+    std::array<ShownRow, 4096> prevUpdatedlines;
     ScrollBarMode hScrollBarMode = Auto;
     ScrollBarMode vScrollBarMode = AlwaysOn;
     QScrollBar *hbar = nullptr;
@@ -146,6 +170,19 @@ struct TextView::Private
     /// Lines the document has changed.
     LineRegion updateRegion;
     QMenu *rmbMenu = nullptr;
+    /// The blank line painted last, and the line above its blank neighbours.
+    struct
+    {
+        int line = -1;
+        int source = 0;
+        unsigned revision = 0;
+    } inherited;
+    // Of the run being drawn; kept for their memory.
+    std::vector<quint32> glyphIndexes;
+    std::vector<QPointF> glyphPositions;
+
+    /// Rows drawn by all views.
+    static inline int paintCount = 0;
 };
 
 } // namespace zvwidgets

@@ -1,0 +1,288 @@
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/editormargins.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview_p.h"
+
+#include <QScrollBar>
+#include <QSignalBlocker>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace zvwidgets {
+
+namespace {
+
+/// Takes the cursor off the view while something moves under it.
+class CursorHidden
+{
+public:
+    explicit CursorHidden(EditorCursor *textCursor) : cursor(textCursor)
+    {
+        cursor->setEnabled(false);
+    }
+    ~CursorHidden() { cursor->setEnabled(true); }
+
+private:
+    Q_DISABLE_COPY_MOVE(CursorHidden)
+    EditorCursor *const cursor;
+};
+
+void disableBar(QScrollBar *bar, TextView::ScrollBarMode mode)
+{
+    bar->setRange(0, 0);
+    bar->setEnabled(false);
+    bar->setVisible(mode == TextView::AlwaysOn);
+}
+
+} // namespace
+
+void TextView::Private::forgetRows()
+{
+    rowsValid = false;
+    wrappedLinesCache.clear();
+}
+
+void TextView::setUpdateRegion(const LineRegion &region)
+{
+    d->updateRegion = region;
+}
+
+void TextView::updateView(bool newDocGeometry)
+{
+    if (!d->buffer)
+        return;
+    updateLinesList();
+    const CursorHidden hidden(d->cursor.get());
+    if (newDocGeometry) {
+        d->updateHorizontalBar();
+        d->updateVerticalBar();
+        d->clampVertically();
+        if (d->clampHorizontally()) {
+            updateView(true);
+            return;
+        }
+    }
+    d->update.expand(d->updateRegion);
+    if (d->update.end > d->doc->lastLine()) {
+        update();
+        repaintMargins();
+        d->noteRows();
+    } else {
+        const int first = lineNumber(d->yPos);
+        d->update.intersect(first, lineNumber(d->fontHeight * first + height() - 1));
+        if (!d->update.isEmpty())
+            d->updateChangedLines(d->update);
+    }
+    d->update.clear();
+    d->updateRegion.clear();
+}
+
+void TextView::Private::updateHorizontalBar()
+{
+    const QSignalBlocker blocker(hbar);
+    const int over = doc->documentWidth() - q->width();
+    if (doc->getWrap()) {
+        if (xPos != 0)
+            q->update();
+        xPos = 0;
+        disableBar(hbar, hScrollBarMode);
+        return;
+    }
+    if (over < 1) {
+        disableBar(hbar, hScrollBarMode);
+        return;
+    }
+    hbar->setRange(0, over);
+    hbar->setValue(xPos);
+    hbar->setSingleStep(fontHeight);
+    hbar->setPageStep(q->width());
+    hbar->setEnabled(true);
+    hbar->setVisible(hScrollBarMode != AlwaysOff);
+}
+
+void TextView::Private::updateVerticalBar()
+{
+    const QSignalBlocker blocker(vbar);
+    const int documentHeight = doc->documentHeight();
+    if (documentHeight - q->height() < 1) {
+        disableBar(vbar, vScrollBarMode);
+        return;
+    }
+    // The last line can be scrolled up to the middle of the view.
+    vbar->setRange(0, (documentHeight - q->height() / 2) / fontHeight + 1);
+    vbar->setValue(yPos / fontHeight);
+    vbar->setSingleStep(1);
+    vbar->setPageStep(q->height() / fontHeight + 1);
+    vbar->setEnabled(true);
+    vbar->setVisible(vScrollBarMode != AlwaysOff);
+}
+
+/// Lines went while the view was below them: the bar could not reach its place.
+/// Wrapped text may need a line further down than the bar goes.
+void TextView::Private::clampVertically()
+{
+    const int most = doc->getWrap() ? doc->lastLine() : vbar->maximum();
+    if (yPos / fontHeight <= most)
+        return;
+    yPos = most * fontHeight;
+    q->scrollY(0);
+}
+
+bool TextView::Private::clampHorizontally()
+{
+    if (xPos <= 0 || doc->documentWidth() - xPos >= q->width())
+        return false;
+    const int old = xPos;
+    xPos = std::max(doc->documentWidth() - q->width(), 0);
+    q->scrollX(old - xPos);
+    return true;
+}
+
+/// Asks for a repaint of the rows of \a changed, and of those below it that show
+/// something else than before.
+void TextView::Private::updateChangedLines(const LineRegion &changed)
+{
+    int key = visibleLines.firstKey();
+    int y = q->linePosition(key) - yPos;
+    for (size_t n = 0; y < q->height() && visibleLines.contains(key); ++n, ++key, y += fontHeight) {
+        const VisibleLine &visible = visibleLines.at(key);
+        const ShownRow shown{visible.line, visible.startPos};
+        const bool isKept = n < prevUpdatedlines.size();
+        if (isKept && visible.line > changed.end && prevUpdatedlines[n] == shown)
+            return;
+        if (visible.line >= changed.start)
+            updateBand(y, fontHeight);
+        if (isKept)
+            prevUpdatedlines[n] = shown;
+    }
+    if (y < q->height())
+        updateBand(y, q->height() - y);
+}
+
+void TextView::Private::updateBand(int y, int height) const
+{
+    q->update(0, y, q->width(), height);
+    indicatorMargin->update(0, y, indicatorMargin->width(), height);
+    selectionMargin->update(0, y, selectionMargin->width(), height);
+    lineNumberMargin->update(0, y, lineNumberMargin->width(), height);
+    foldingMargin->update(0, y, foldingMargin->width(), height);
+}
+
+/// To be called when all rows are about to be painted.
+void TextView::Private::noteRows()
+{
+    q->updateLinesList();
+    size_t n = 0;
+    for (int key = visibleLines.firstKey();
+         visibleLines.contains(key) && n < prevUpdatedlines.size(); ++key)
+        prevUpdatedlines[n++] = {visibleLines.at(key).line, visibleLines.at(key).startPos};
+}
+
+/// Trailing blanks go when the cursor has left their line, past the undo
+/// history, which is meant.
+void TextView::Private::stripLeftLine() const
+{
+    const bool hasLeft = cursor->line() != cursorLine && cursorLine <= doc->lastLine();
+    if (hasLeft && manager->fRemoveSpaces && !doc->isReadOnly() &&
+        doc->lineOf(cursorLine)->removeSpaces())
+        doc->tagLine(cursorLine);
+}
+
+void TextView::ensureCursorVisible()
+{
+    d->stripLeftLine();
+    d->cursorLine = d->cursor->line();
+    const CursorHidden hidden(d->cursor.get());
+    updateLinesList();
+    const int lowest = height() - 2 * d->fontHeight;
+    QPoint p = docPosToScreen(d->cursor->pos());
+    if (p.y() < d->yPos) {
+        d->scrollToRow(p.y());
+        p = docPosToScreen(d->cursor->pos());
+    } else if (p.y() - lowest > d->yPos) {
+        // The guess for wrapped text below the view may lie below the line
+        // itself, which is to be seen in any case.
+        d->scrollToRow(std::min(p.y() - lowest, linePosition(d->cursorLine)));
+        p = docPosToScreen(d->cursor->pos());
+    }
+    d->scrollToColumn(p.x());
+    updateView(true);
+}
+
+void TextView::Private::scrollToRow(int top)
+{
+    const int old = yPos;
+    yPos = std::max(top, 0) / fontHeight * fontHeight;
+    if (yPos != old)
+        q->scrollY(old - yPos);
+}
+
+void TextView::Private::scrollToColumn(int x)
+{
+    if (doc->getWrap()) {
+        xPos = 0;
+        return;
+    }
+    const int old = xPos;
+    const int left = std::max(x - spaceWidth, 0);
+    if (left < xPos)
+        xPos = left;
+    else if (x + spaceWidth > xPos + q->width())
+        xPos = x - q->width() + spaceWidth;
+    if (xPos != old)
+        q->scrollX(old - xPos);
+}
+
+void TextView::centerCursor(int line, int column)
+{
+    updateLinesList();
+    const int half = (lineNumber(d->yPos + height() - 1) - lineNumber(d->yPos)) / 2;
+    // Both edges of what is to be seen, then what is to be in the middle.
+    setCursorPosition(line - half, 0, false);
+    setCursorPosition(line + half, 0, false);
+    setCursorPosition(line, column, false);
+}
+
+void TextView::scrollX(int dx)
+{
+    if (d->doc->getWrap())
+        return;
+    const double ratio = devicePixelRatioF();
+    // Parts of pixels cannot be moved.
+    if (std::abs(dx) >= width() || ratio != std::floor(ratio))
+        update();
+    else
+        scroll(dx, 0);
+}
+
+void TextView::scrollY(int)
+{
+    int line = std::clamp(d->yPos / d->fontHeight, 0, d->doc->lastLine());
+    while (line > 0 && !d->doc->lineOf(line)->isFoldVisible)
+        --line;
+    d->yPos = line * d->fontHeight;
+    updateLinesList();
+    update();
+    repaintMargins();
+    d->noteRows();
+}
+
+void TextView::hslide(int value)
+{
+    const CursorHidden hidden(d->cursor.get());
+    const int dx = d->xPos - value;
+    d->xPos = value;
+    scrollX(dx);
+}
+
+void TextView::vslide(int value)
+{
+    const CursorHidden hidden(d->cursor.get());
+    d->yPos = value * d->fontHeight;
+    scrollY(0);
+}
+
+} // namespace zvwidgets
