@@ -7,7 +7,6 @@
 #include <QTextStream>
 
 #include <optional>
-#include <utility>
 
 namespace vesk {
 
@@ -49,8 +48,14 @@ struct Splitter::Private
         ResizeMode mode = Auto;
         /// The value of setCollapsible(), if it was called for this pane.
         std::optional<bool> collapsible;
-        /// It was shown, and has not got its size back yet.
-        bool returning = false;
+        enum class State
+        {
+            Shown,
+            Hidden,
+            Returning
+        };
+        /// Returning means that it was shown and has not got its size back yet.
+        State state = State::Shown;
     };
 
     QHash<const QObject *, Pane> panes;
@@ -216,12 +221,17 @@ void Splitter::childEvent(QChildEvent *event)
 bool Splitter::eventFilter(QObject *object, QEvent *event)
 {
     const int index = object->isWidgetType() ? indexOf(static_cast<QWidget *>(object)) : -1;
-    // Before the splitter is shown the panes have no size of their own yet.
-    if (index >= 0 && isVisible()) {
-        if (event->type() == QEvent::HideToParent)
-            d->panes[object].hiddenSize = QSplitter::sizes().at(index);
-        else if (event->type() == QEvent::ShowToParent)
-            d->panes[object].returning = true;
+    if (index >= 0 && event->type() == QEvent::HideToParent) {
+        const QWidget *const pane = widget(index);
+        Private::Pane &record = d->panes[pane];
+        record.state = Private::Pane::State::Hidden;
+        // Before the splitter is shown the pane has no size of its own yet.
+        if (isVisible())
+            record.hiddenSize = isCollapsed(pane) ? 0 : along(orientation(), pane->size());
+    } else if (index >= 0 && event->type() == QEvent::ShowToParent) {
+        Private::Pane &record = d->panes[object];
+        if (record.state == Private::Pane::State::Hidden)
+            record.state = Private::Pane::State::Returning;
     }
     return QSplitter::eventFilter(object, event);
 }
@@ -229,8 +239,10 @@ bool Splitter::eventFilter(QObject *object, QEvent *event)
 bool Splitter::event(QEvent *event)
 {
     const bool result = QSplitter::event(event);
+    if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::Show)
+        settleCollapsible();
     if (event->type() == QEvent::LayoutRequest)
-        settlePanes();
+        settleSizes();
     return result;
 }
 
@@ -247,20 +259,30 @@ int Splitter::takeWantedSize(int index)
     Private::Pane &record = d->panes[pane];
     if (pane->isHidden())
         return -1;
-    if (std::exchange(record.returning, false))
+    if (record.state == Private::Pane::State::Returning) {
+        record.state = Private::Pane::State::Shown;
         return record.hiddenSize;
+    }
     return record.mode == FollowSizeHint ? along(orientation(), pane->sizeHint()) : -1;
 }
 
-/// Applies, after the toolkit has shared out the room, what it does not know.
-void Splitter::settlePanes()
+/// Tells the toolkit which panes may collapse as their minimum sizes are now.
+void Splitter::settleCollapsible()
 {
-    QList<int> list = QSplitter::sizes();
-    const QList<int> shared = list;
     for (int i = 0; i < count(); ++i) {
         const int minimum = along(orientation(), QWidgetItem(widget(i)).minimumSize());
         const bool wish = d->panes[widget(i)].collapsible.value_or(childrenCollapsible());
         QSplitter::setCollapsible(i, minimum != 1 && wish);
+    }
+}
+
+/// Gives, after the toolkit has shared out the room, the panes that want a
+/// certain size just that.
+void Splitter::settleSizes()
+{
+    QList<int> list = sizes();
+    const QList<int> shared = list;
+    for (int i = 0; i < count(); ++i) {
         const int wanted = takeWantedSize(i);
         if (wanted < 0 || wanted == list.at(i))
             continue;

@@ -95,7 +95,8 @@ private:
 
     bool isCollapsed(const QWidget *pane) const;
     int takeWantedSize(int index);
-    void settlePanes();
+    void settleCollapsible();
+    void settleSizes();
 
     const std::unique_ptr<Private> d;
 };
