@@ -1,0 +1,346 @@
+#include "zvwidgets/zveditor/textcommands.h"
+
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QBuffer>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace zvwidgets;
+
+/// Texts are written with "|" between the lines.
+class TestTextCommands : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void eachCommand_data();
+    void eachCommand();
+    void typedCharactersAreSteps();
+    void cursorFollowsTheLastCommand_data();
+    void cursorFollowsTheLastCommand();
+    void contextsAreThoseOfAFreshScan();
+    void randomHistory_data();
+    void randomHistory();
+
+private:
+    void load(const QString &text);
+    QString text() const { return doc->text().replace(u'\n', u'|'); }
+    QtCommand *makeCommand(const QString &name, int line, int column,
+                           const QString &argument) const;
+    void randomEdit(QRandomGenerator &random);
+    QList<int> contexts() const;
+
+    std::unique_ptr<TextEditorManager> manager;
+    std::unique_ptr<TextEditor> editor;
+    TextDocument *doc = nullptr;
+};
+
+void TestTextCommands::init()
+{
+    manager = std::make_unique<TextEditorManager>();
+    editor.reset(manager->createEditor(nullptr, nullptr));
+    doc = editor->document();
+    doc->setActiveView(editor->view());
+}
+
+void TestTextCommands::cleanup()
+{
+    editor.reset();
+    manager.reset();
+}
+
+void TestTextCommands::load(const QString &text)
+{
+    QByteArray bytes = QString(text).replace(u'|', u'\n').toUtf8();
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    QVERIFY(doc->load(buffer));
+}
+
+QtCommand *TestTextCommands::makeCommand(const QString &name, int line, int column,
+                                         const QString &argument) const
+{
+    if (name == "insert"_L1)
+        return new CmdInsert(doc, line, column, argument);
+    if (name == "remove"_L1)
+        return new CmdRemove(doc, line, column, argument.toInt());
+    if (name == "make"_L1)
+        return new CmdMakeLine(doc, line);
+    return new CmdRemoveLine(doc, line);
+}
+
+void TestTextCommands::eachCommand_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("line");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QString>("undone");
+    QTest::addColumn<QString>("description");
+
+    QTest::newRow("insert") << "ab|abc|ab"
+                            << "insert" << 1 << 1 << "XY"
+                            << "ab|aXYbc|ab"
+                            << "ab|abc|ab"
+                            << "insert XY";
+    QTest::newRow("insert at the end") << "abc"
+                                       << "insert" << 0 << 3 << "X"
+                                       << "abcX"
+                                       << "abc"
+                                       << "insert X";
+    QTest::newRow("insert past the end pads, and undo leaves the blanks")
+        << "abc"
+        << "insert" << 0 << 5 << "X"
+        << "abc  X"
+        << "abc  "
+        << "insert X";
+    QTest::newRow("insert past the end of an empty line") << ""
+                                                          << "insert" << 0 << 3 << "X"
+                                                          << "   X"
+                                                          << "   "
+                                                          << "insert X";
+    QTest::newRow("insert nothing changes nothing") << "abc"
+                                                    << "insert" << 0 << 7 << ""
+                                                    << "abc"
+                                                    << "abc"
+                                                    << "insert ";
+    QTest::newRow("a description of 32 characters stays whole")
+        << ""
+        << "insert" << 0 << 0 << "1234567890123456789012345"
+        << "1234567890123456789012345"
+        << ""
+        << "insert 1234567890123456789012345";
+    QTest::newRow("a longer one is cut") << ""
+                                         << "insert" << 0 << 0 << "12345678901234567890123456"
+                                         << "12345678901234567890123456"
+                                         << ""
+                                         << "insert 1234567890123456789012345...";
+    QTest::newRow("remove") << "ab|abcdef|ab"
+                            << "remove" << 1 << 1 << "2"
+                            << "ab|adef|ab"
+                            << "ab|abcdef|ab"
+                            << "remove bc";
+    QTest::newRow("remove no more than there is") << "abcdef|ab"
+                                                  << "remove" << 0 << 4 << "99"
+                                                  << "abcd|ab"
+                                                  << "abcdef|ab"
+                                                  << "remove ef";
+    QTest::newRow("remove at the end") << "abc"
+                                       << "remove" << 0 << 3 << "1"
+                                       << "abc"
+                                       << "abc"
+                                       << "remove ";
+    QTest::newRow("remove past the end") << "abc"
+                                         << "remove" << 0 << 9 << "1"
+                                         << "abc"
+                                         << "abc"
+                                         << "remove ";
+    QTest::newRow("make a line") << "ab|cd"
+                                 << "make" << 1 << 0 << ""
+                                 << "ab||cd"
+                                 << "ab|cd"
+                                 << "";
+    QTest::newRow("make the first line") << "ab"
+                                         << "make" << 0 << 0 << ""
+                                         << "|ab"
+                                         << "ab"
+                                         << "";
+    QTest::newRow("make the last line") << "ab"
+                                        << "make" << 1 << 0 << ""
+                                        << "ab|"
+                                        << "ab"
+                                        << "";
+    QTest::newRow("remove a line") << "ab|cd|ef"
+                                   << "removeLine" << 1 << 0 << ""
+                                   << "ab|ef"
+                                   << "ab|cd|ef"
+                                   << "";
+    QTest::newRow("remove the first line") << "ab|cd"
+                                           << "removeLine" << 0 << 0 << ""
+                                           << "cd"
+                                           << "ab|cd"
+                                           << "";
+    QTest::newRow("remove the last line") << "ab|cd"
+                                          << "removeLine" << 1 << 0 << ""
+                                          << "ab"
+                                          << "ab|cd"
+                                          << "";
+}
+
+void TestTextCommands::eachCommand()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, command);
+    QFETCH(int, line);
+    QFETCH(int, column);
+    QFETCH(QString, argument);
+    QFETCH(QString, after);
+    QFETCH(QString, undone);
+    QFETCH(QString, description);
+
+    load(before);
+    QtUndoStack *const stack = doc->undoStack();
+    stack->push(makeCommand(command, line, column, argument));
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(text(), after);
+        QCOMPARE(stack->undoDescription(), description);
+        stack->undo();
+        QCOMPARE(text(), undone);
+        stack->redo();
+    }
+}
+
+void TestTextCommands::typedCharactersAreSteps()
+{
+    for (int i = 0; i < 3; ++i)
+        doc->cmdInsert(0, i, QString(u"abc"_s.at(i)));
+    QtUndoStack *const stack = doc->undoStack();
+    QCOMPARE(stack->undoList(), QStringList({u"insert a"_s, u"insert b"_s, u"insert c"_s}));
+    stack->undo();
+    QCOMPARE(text(), u"ab"_s);
+}
+
+void TestTextCommands::cursorFollowsTheLastCommand_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QPoint>("after");
+    QTest::addColumn<QPoint>("undone");
+
+    QTest::newRow("insert") << "insert"
+                            << "XY" << QPoint(4, 1) << QPoint(2, 1);
+    QTest::newRow("insert nothing") << "insert"
+                                    << "" << QPoint(2, 1) << QPoint(2, 1);
+    QTest::newRow("remove") << "remove"
+                            << "2" << QPoint(2, 1) << QPoint(4, 1);
+    QTest::newRow("make a line") << "make"
+                                 << "" << QPoint(0, 1) << QPoint(0, 1);
+    QTest::newRow("remove a line") << "removeLine"
+                                   << "" << QPoint(0, 1) << QPoint(0, 1);
+}
+
+void TestTextCommands::cursorFollowsTheLastCommand()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, argument);
+    load(u"abcdef|abcdef|abcdef"_s);
+    const EditorCursor *const cursor = editor->view()->cursor();
+    QtUndoStack *const stack = doc->undoStack();
+    stack->push(makeCommand(command, 1, 2, argument));
+    QTEST(QPoint(cursor->column(), cursor->line()), "after");
+    stack->undo();
+    QTEST(QPoint(cursor->column(), cursor->line()), "undone");
+
+    doc->macroBegin(u"macro"_s, 2, 5);
+    stack->push(makeCommand(command, 1, 2, argument));
+    doc->macroEnd(0, 3);
+    QCOMPARE(QPoint(cursor->column(), cursor->line()), QPoint(3, 0));
+    stack->undo();
+    QCOMPARE(QPoint(cursor->column(), cursor->line()), QPoint(5, 2));
+}
+
+QList<int> TestTextCommands::contexts() const
+{
+    QList<int> result;
+    for (int i = 0; i <= doc->lastLine(); ++i)
+        result.append(doc->lineOf(i)->context());
+    return result;
+}
+
+void TestTextCommands::contextsAreThoseOfAFreshScan()
+{
+    editor->view()->setHighlightByFileName(u"file.cpp"_s);
+    load(u"int a;|/* begin|more|*/|int b;"_s);
+    const QList<int> loaded = contexts();
+    QVERIFY(loaded.at(2) != loaded.at(4));
+
+    doc->removeLine(1);
+    QCOMPARE(contexts().at(1), loaded.at(0));
+    doc->undoStack()->undo();
+    QCOMPARE(contexts(), loaded);
+    doc->cmdRemove(3, 0, 2);
+    QCOMPARE(contexts().at(4), loaded.at(2));
+    doc->undoStack()->undo();
+    QCOMPARE(contexts(), loaded);
+}
+
+void TestTextCommands::randomEdit(QRandomGenerator &random)
+{
+    static const QStringList pieces{u"word"_s, u"/*"_s, u"*/"_s, u"\""_s, u" "_s, u"  // x"_s};
+    const int line = random.bounded(doc->lastLine() + 1);
+    const int column = random.bounded(doc->textLength(line) + 1);
+    switch (random.bounded(6)) {
+    case 0:
+    case 1:
+        doc->cmdInsert(line, column, pieces.at(random.bounded(int(pieces.size()))));
+        break;
+    case 2:
+        doc->cmdRemove(line, column, random.bounded(10));
+        break;
+    case 3:
+        doc->cmdInsertLineBreak(line, column);
+        break;
+    case 4:
+        if (line < doc->lastLine())
+            doc->cmdRemoveLineBreak(line);
+        break;
+    case 5:
+        doc->macroBegin(u"several"_s, line, column);
+        for (int i = 0; i < 3; ++i)
+            randomEdit(random);
+        doc->macroEnd(0, 0);
+        break;
+    }
+}
+
+void TestTextCommands::randomHistory_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 10; ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+void TestTextCommands::randomHistory()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    editor->view()->setHighlightByFileName(u"file.cpp"_s);
+    load(u"one two|/* three|four */ five||  six"_s);
+    QtUndoStack *const stack = doc->undoStack();
+    QStringList texts{text()};
+    QList<QList<int>> scans{contexts()};
+    while (texts.size() <= 200) {
+        const qsizetype steps = stack->undoList().size();
+        randomEdit(random);
+        if (stack->undoList().size() == steps)
+            continue;
+        texts.append(text());
+        scans.append(contexts());
+        doc->updateLines();
+        QCOMPARE(contexts(), scans.last());
+    }
+    for (qsizetype i = texts.size() - 2; i >= 0; --i) {
+        stack->undo();
+        QCOMPARE(text(), texts.at(i));
+        QCOMPARE(contexts(), scans.at(i));
+    }
+    for (qsizetype i = 1; i < texts.size(); ++i) {
+        stack->redo();
+        QCOMPARE(text(), texts.at(i));
+        QCOMPARE(contexts(), scans.at(i));
+    }
+}
+
+QTEST_MAIN(TestTextCommands)
+#include "tst_textcommands.moc"
