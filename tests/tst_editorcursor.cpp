@@ -8,6 +8,7 @@
 
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QFont>
 #include <QInputMethodEvent>
 #include <QTest>
 #include <QTimer>
@@ -87,6 +88,7 @@ private:
 void TestEditorCursor::init()
 {
     manager = std::make_unique<TextEditorManager>();
+    manager->setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
     manager->setTabWidth(4);
     manager->fSaveTab = true;
     doc = new TextDocument(manager.get());

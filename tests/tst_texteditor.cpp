@@ -11,6 +11,7 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QFont>
 #include <QListWidget>
 #include <QPointer>
 #include <QPrinter>
@@ -109,6 +110,7 @@ std::unique_ptr<TextEditor> TestTextEditor::makeEditor(TextDocument *document)
 void TestTextEditor::init()
 {
     manager = std::make_unique<TextEditorManager>();
+    manager->setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
     manager->setTabWidth(4);
     manager->fSaveTab = true;
     doc = new TextDocument(manager.get());
