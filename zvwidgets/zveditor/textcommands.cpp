@@ -137,7 +137,7 @@ void CmdRemoveLine::undo()
 {
     doc->m_insertLine(line);
     doc->lineOf(line)->set(oldText);
-    // The line was scanned while it was still empty.
+    // Inserting only counted on an empty line.
     doc->updateLine(line);
     doc->setMacroCursorPosition(line, 0);
 }
