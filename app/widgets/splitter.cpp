@@ -221,15 +221,16 @@ void Splitter::childEvent(QChildEvent *event)
 bool Splitter::eventFilter(QObject *object, QEvent *event)
 {
     const int index = object->isWidgetType() ? indexOf(static_cast<QWidget *>(object)) : -1;
-    if (index >= 0 && event->type() == QEvent::HideToParent) {
-        const QWidget *const pane = widget(index);
+    // A handle has the index of its pane.
+    const QWidget *const pane = widget(index);
+    if (pane && pane == object && event->type() == QEvent::HideToParent) {
         Private::Pane &record = d->panes[pane];
         record.state = Private::Pane::State::Hidden;
         // Before the splitter is shown the pane has no size of its own yet.
         if (isVisible())
             record.hiddenSize = isCollapsed(pane) ? 0 : along(orientation(), pane->size());
-    } else if (index >= 0 && event->type() == QEvent::ShowToParent) {
-        Private::Pane &record = d->panes[object];
+    } else if (pane && pane == object && event->type() == QEvent::ShowToParent) {
+        Private::Pane &record = d->panes[pane];
         if (record.state == Private::Pane::State::Hidden)
             record.state = Private::Pane::State::Returning;
     }
