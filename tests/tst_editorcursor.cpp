@@ -1,3 +1,4 @@
+#include "tests/showactive.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
@@ -97,8 +98,7 @@ void TestEditorCursor::init()
     view = editor->view();
     cursor = view->cursor();
     editor->resize(500, 300);
-    editor->show();
-    QVERIFY(QTest::qWaitForWindowActive(editor.get()));
+    QVERIFY(showActive(editor.get()));
     view->setFocus();
     QTRY_VERIFY(view->hasFocus());
 }

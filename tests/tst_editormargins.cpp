@@ -1,3 +1,4 @@
+#include "tests/showactive.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/editormargins.h"
 #include "zvwidgets/zveditor/textdoc.h"
@@ -60,8 +61,7 @@ void TestEditorMargins::init()
     editor->resize(600, 400);
     editor->setText(QStringLiteral("zero\none\ntwo\nthree\nfour\nfive\nsix\nseven"));
     view->setCursorPosition(0, 0, false);
-    editor->show();
-    QVERIFY(QTest::qWaitForWindowActive(editor.get()));
+    QVERIFY(showActive(editor.get()));
     rowHeight = view->lineHeight();
 }
 

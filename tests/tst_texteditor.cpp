@@ -1,4 +1,5 @@
 #include "qtundo/src/qtundo.h"
+#include "tests/showactive.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
@@ -116,8 +117,7 @@ void TestTextEditor::init()
     doc = new TextDocument(manager.get());
     editor = makeEditor(doc);
     view = editor->view();
-    editor->show();
-    QVERIFY(QTest::qWaitForWindowActive(editor.get()));
+    QVERIFY(showActive(editor.get()));
     view->setFocus();
     QTRY_VERIFY(view->hasFocus());
 }
@@ -698,7 +698,7 @@ void TestTextEditor::twoEditorsOnOneDocument()
 {
     const std::unique_ptr<TextEditor> other = makeEditor(doc);
     other->show();
-    QVERIFY(QTest::qWaitForWindowActive(other.get()));
+    QVERIFY(QTest::qWaitForWindowExposed(other.get()));
     editor->setText(QStringLiteral("one\ntwo\nthree\nfour\nfive\nsix"));
     QCOMPARE(other->text(), editor->text());
 
