@@ -115,7 +115,7 @@ struct Shell::Private
     void buildMenus(Shell *shell);
     void buildToolBars(Shell *shell);
     void restoreGeometry(Shell *shell) const;
-    void saveGeometry(const Shell *shell) const;
+    void saveGeometry(Shell *shell) const;
     ActionGroup *newGroup(Shell *shell, const QString &path, const QString &title);
 
     QHash<QString, ActionGroup *> groups;
@@ -443,7 +443,7 @@ void Shell::Private::restoreGeometry(Shell *shell) const
     bottomDockWidget->setVisible(Settings::readBool(key(bottomDockShownKey), true));
 }
 
-void Shell::Private::saveGeometry(const Shell *shell) const
+void Shell::Private::saveGeometry(Shell *shell) const
 {
     // x() and y() count the frame, as move() does: geometry() would let the
     // window creep over the screen from run to run.
@@ -451,8 +451,11 @@ void Shell::Private::saveGeometry(const Shell *shell) const
     Settings::write(QStringLiteral("/geometry/y"), shell->y());
     Settings::write(QStringLiteral("/geometry/w"), shell->width());
     Settings::write(QStringLiteral("/geometry/h"), shell->height());
-    Settings::write(key(leftDockShownKey), !leftDockWidget->isHidden());
-    Settings::write(key(bottomDockShownKey), !bottomDockWidget->isHidden());
+    // A dock that is hidden for want of panels tells nothing of the user's wish.
+    if (shell->actionGroup(QStringLiteral("docks/left"))->count() > 0)
+        Settings::write(key(leftDockShownKey), !leftDockWidget->isHidden());
+    if (shell->actionGroup(QStringLiteral("docks/bottom"))->count() > 0)
+        Settings::write(key(bottomDockShownKey), !bottomDockWidget->isHidden());
     storeSizes(vSplitterKey, vSplitter->sizes());
     storeSizes(hSplitterKey, hSplitter->sizes());
     Settings::write(key(leftDockPanelKey), leftDock->id(leftDock->visibleWidget()));
