@@ -1,4 +1,5 @@
 #include "app/editors/editors.h"
+#include "app/messages/messageoutput.h"
 #include "app/search/searchmanager.h"
 #include "app/settings.h"
 #include "app/shell.h"
@@ -42,6 +43,7 @@ int run()
     // Each registers itself with the shell; the order of the groups, not this
     // one, decides what stands where.
     Editors::self();
+    MessageOutput::self();
     SearchManager::self();
     shell.rebuildUI();
     shell.show();

@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "app/shell.h"
 
+#include <QPainter>
 #include <QToolButton>
 #include <QtTest>
 
@@ -196,7 +197,7 @@ void TestMessageOutput::hostileRowsAreDrawn()
     output->insertItem(u"#color{"_s.repeated(200000));
     output->insertItem(u"#color{nonsense}#bgcolor{}"_s.repeated(20000));
     output->insertItem(QString(10 * 1024 * 1024, u'x'));
-    output->insertItem(u"a\nb\tc\r\u2028\x01"_s + QChar(0) + QChar(0xd800) + u"\x7f");
+    output->insertItem(u"a\nb\tc\r\u2028\x01"_s + QChar(0) + QChar(0xd800) + u"\x7f"_s);
     QCOMPARE(output->count(), 4);
     output->viewport()->repaint();
     QCOMPARE(static_cast<MessageItem *>(output->item(2))->text().size(), 10 * 1024 * 1024);

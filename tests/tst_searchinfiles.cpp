@@ -6,6 +6,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -185,7 +186,7 @@ void TestSearchInFiles::hitsAreThoseOfReadingByLine()
                 for (const bool wholeWord : {false, true}) {
                     const SearchQuery query{wanted, regExp, caseSensitive, wholeWord};
                     // What makes QRegularExpression and ours differ has no place here.
-                    if (regExp && wanted == u"\\w+\u00e9"_s)
+                    if (regExp && (wanted == u"\\w+\u00e9"_s || text.contains(u'\u212a')))
                         continue;
                     const QList<Found> expected =
                         wanted == u"("_s && regExp ? QList<Found>() : naiveSearch(query, text);

@@ -209,7 +209,7 @@ bool FileSearch::searchFile(int fd)
             }
         }
         const qsizetype whole = atEnd ? size : wholeLines(data, size);
-        if (whole == 0) {
+        if (whole == 0 && !atEnd) {
             // No line ends in here yet: a larger step each time keeps the
             // looking for it linear.
             kept = size;

@@ -4,10 +4,12 @@
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
 #include "app/message.h"
+#include "app/messages/messageoutput.h"
 #include "app/search/finddialog.h"
 #include "app/search/gotolinedialog.h"
 #include "app/search/replaceaskdialog.h"
 #include "app/search/replacedialog.h"
+#include "app/search/searchinfiles.h"
 #include "app/shell.h"
 #include "app/utils.h"
 
@@ -40,7 +42,9 @@ const ActionRow actionRows[] = {
     {"Search/Find", "&Find", Qt::CTRL | Qt::Key_F, SLOT(findText()), "16x16_Find",
      "menu/Search/Find"},
     {"Search/FindNext", "Find &Next", Qt::Key_F3, SLOT(findNext()), "16x16_FindNext",
-     "menu/Search/Find", true},
+     "menu/Search/Find"},
+    {"Search/FindInFiles", "&Search in files", Qt::CTRL | Qt::ALT | Qt::Key_F, SLOT(findInFiles()),
+     "16x16_FindInFiles", "menu/Search/Find", true},
     {"Search/Replace", "&Replace", Qt::CTRL | Qt::Key_R, SLOT(replace()), "16x16_Replace",
      "menu/Search/Replace", true},
     {"Search/goToLine", "&Go to Line", Qt::CTRL | Qt::Key_G, SLOT(goToLine()), nullptr,
@@ -48,6 +52,8 @@ const ActionRow actionRows[] = {
     {"Search/toolbar/Find", "Find", noKey, SLOT(findText()), "22x22_Find", "toolbar/Search"},
     {"Search/toolbar/FindNext", "Find Next", noKey, SLOT(findNext()), "22x22_FindNext",
      "toolbar/Search"},
+    {"Search/toolbar/FindInFiles", "Search in files", noKey, SLOT(findInFiles()),
+     "22x22_FindInFiles", "toolbar/Search"},
 };
 
 /// What to look for, so that a search can be repeated from the cursor.
@@ -87,19 +93,6 @@ void insertOnTop(QComboBox *combo, const QString &text)
     combo->setEditText(text);
 }
 
-/// Moves the cursor one character on; false at the end of the text.
-bool stepForward(Editor *editor)
-{
-    const int line = editor->cursorLine();
-    const int column = editor->cursorColumn();
-    if (column < editor->line(line).size()) {
-        editor->setCursorPosition(line, column + 1);
-        return true;
-    }
-    editor->setCursorPosition(line + 1, 0);
-    return editor->cursorLine() > line;
-}
-
 } // namespace
 
 struct SearchManager::Private
@@ -109,6 +102,7 @@ struct SearchManager::Private
     FindDialog *findDialog = nullptr;
     GotoLineDialog *gotoDialog = nullptr;
     ReplaceDialog *replaceDialog = nullptr;
+    SearchInFiles *searchInFiles = nullptr;
 };
 
 SearchManager *SearchManager::Private::self = nullptr;
@@ -204,16 +198,14 @@ void SearchManager::replace()
     ReplaceAskDialog ask(Shell::self());
     ask.labelText->setText(wanted.text + QStringLiteral(" ?"));
     while (found) {
-        // A pattern can match nothing at all, and then would match again at once.
-        const bool isEmptyMatch = editor->selection().isEmpty();
         const int answer = all ? int(ReplaceAskDialog::All) : ask.exec();
         if (answer == ReplaceAskDialog::Cancel)
             return;
         all = answer == ReplaceAskDialog::All;
         if (answer != ReplaceAskDialog::No)
             editor->replaceFound(replacement);
-        if (isEmptyMatch && !stepForward(editor))
-            return;
+        // This ends also for a pattern that matches nothing at all: the editor does
+        // not find an empty match at the cursor again.
         found = wanted.findIn(editor, true);
     }
 }
@@ -226,6 +218,17 @@ void SearchManager::goToLine()
     if (d->gotoDialog->exec() == QDialog::Accepted)
         Editors::self()->current()->setCursorPosition(
             d->gotoDialog->comboLine->currentText().toInt(), 0);
+}
+
+void SearchManager::findInFiles()
+{
+    if (!d->searchInFiles) {
+        d->searchInFiles = new SearchInFiles(Shell::self());
+        connect(d->searchInFiles, &SearchInFiles::newEntry, MessageOutput::self(),
+                qOverload<const QString &, int, const QString &>(&MessageOutput::insertItem));
+    }
+    d->searchInFiles->show();
+    MessageOutput::self()->clear();
 }
 
 } // namespace vesk

@@ -25,6 +25,9 @@ public slots:
     void findNext();
     void replace();
     void goToLine();
+    /// Shows the dialog of the search in a folder tree and empties the message
+    /// list for its report.
+    void findInFiles();
 
 private:
     SearchManager();
