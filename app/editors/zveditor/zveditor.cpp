@@ -362,8 +362,9 @@ bool ZVEditor::getWrap() const
 void ZVEditor::selectAll()
 {
     zvwidgets::TextView *const view = d->editor->view();
+    const int last = d->document->lastLine();
     view->setCursorPosition(0, 0, false);
-    view->setCursorPosition(d->document->lastLine() + 1, 0, true);
+    view->setCursorPosition(last, d->document->textLength(last), true);
 }
 
 void ZVEditor::indent()
