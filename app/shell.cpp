@@ -114,6 +114,8 @@ struct Shell::Private
     void initCentre(QWidget *workspaceWidget);
     void buildMenus(Shell *shell);
     void buildToolBars(Shell *shell);
+    void raiseFirstPanel(Shell *shell, WidgetStack *stack,
+                         void (Shell::*raisedSignal)(QObject *)) const;
     void restoreGeometry(Shell *shell) const;
     void saveGeometry(Shell *shell) const;
     ActionGroup *newGroup(Shell *shell, const QString &path, const QString &title);
@@ -289,9 +291,10 @@ void Shell::initStatusBar()
     d->statusCursorIns = new QLabel(tr(" INS "), statusBar());
     d->statusCursorLine = new QLabel(tr(" Line: WWWW "), statusBar());
     d->statusCursorCol = new QLabel(tr(" Col:      "), statusBar());
-    // A file name may be as long as it likes without making the window wider.
+    // A file name may be long or hold a line end without moving the window's edges.
     d->statusMessage->setTextFormat(Qt::PlainText);
     d->statusMessage->setMinimumWidth(1);
+    d->statusMessage->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     // Wide enough for the longest numbers, so that the cells don't jitter.
     d->statusCursorLine->adjustSize();
     const int width = d->statusCursorLine->width();
@@ -545,6 +548,26 @@ void Shell::postPrepare()
         d->bottomDock->raiseWidget(bottomId);
         emit bottomDockRaised(d->bottomDock->widget(bottomId));
     }
+    if (!d->leftDock->visibleWidget())
+        d->raiseFirstPanel(this, d->leftDock, &Shell::leftDockRaised);
+    if (!d->bottomDock->visibleWidget())
+        d->raiseFirstPanel(this, d->bottomDock, &Shell::bottomDockRaised);
+}
+
+/// At the first start no panel is stored, and a dock with one panel has not even
+/// a strip to choose it from. The focus stays where it is: the user never asked
+/// for the panel.
+void Shell::Private::raiseFirstPanel(Shell *shell, WidgetStack *stack,
+                                     void (Shell::*raisedSignal)(QObject *)) const
+{
+    QWidget *const panel = stack->widget(0);
+    if (!panel)
+        return;
+    const QPointer<QWidget> focus = shell->focusWidget();
+    stack->raiseWidget(panel);
+    emit(shell->*raisedSignal)(panel);
+    if (focus)
+        focus->setFocus();
 }
 
 void Shell::timeout()
