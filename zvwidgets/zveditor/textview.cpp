@@ -67,7 +67,8 @@ bool precedesShortcuts(const QKeyEvent *event)
 
 } // namespace
 
-TextView::Private::Private(TextView *view) : q(view) {}
+TextView::Private::Private(TextView *view) : q(view)
+{}
 
 TextView::Private::~Private() = default;
 

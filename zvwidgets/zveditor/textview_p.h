@@ -72,6 +72,7 @@ struct TextView::Private
     void noteRows();
     void stripLeftLine() const;
     void scrollToRow(int top);
+    void scrollDownToCursor();
     void scrollToColumn(int x);
 
     // Painting. The origin of the painter lies where the row's text begins.
@@ -161,6 +162,7 @@ struct TextView::Private
     WrappedLinesCache wrappedLinesCache;
     /// What each row from the top showed at the last update.
     std::array<ShownRow, 4096> prevUpdatedlines;
+    size_t notedRows = 0; ///< entries of prevUpdatedlines in use
     ScrollBarMode hScrollBarMode = Auto;
     ScrollBarMode vScrollBarMode = AlwaysOn;
     QScrollBar *hbar = nullptr;

@@ -147,17 +147,18 @@ void TextView::Private::updateChangedLines(const LineRegion &changed)
 {
     int key = visibleLines.firstKey();
     int y = q->linePosition(key) - yPos;
-    for (size_t n = 0; y < q->height() && visibleLines.contains(key); ++n, ++key, y += fontHeight) {
+    size_t n = 0;
+    for (; y < q->height() && visibleLines.contains(key); ++n, ++key, y += fontHeight) {
         const VisibleLine &visible = visibleLines.at(key);
         const ShownRow shown{visible.line, visible.startPos};
-        const bool isKept = n < prevUpdatedlines.size();
-        if (isKept && visible.line > changed.end && prevUpdatedlines[n] == shown)
+        if (n < notedRows && visible.line > changed.end && prevUpdatedlines[n] == shown)
             return;
         if (visible.line >= changed.start)
             updateBand(y, fontHeight);
-        if (isKept)
+        if (n < prevUpdatedlines.size())
             prevUpdatedlines[n] = shown;
     }
+    notedRows = std::min(n, prevUpdatedlines.size());
     if (y < q->height())
         updateBand(y, q->height() - y);
 }
@@ -175,10 +176,10 @@ void TextView::Private::updateBand(int y, int height) const
 void TextView::Private::noteRows()
 {
     q->updateLinesList();
-    size_t n = 0;
+    notedRows = 0;
     for (int key = visibleLines.firstKey();
-         visibleLines.contains(key) && n < prevUpdatedlines.size(); ++key)
-        prevUpdatedlines[n++] = {visibleLines.at(key).line, visibleLines.at(key).startPos};
+         visibleLines.contains(key) && notedRows < prevUpdatedlines.size(); ++key)
+        prevUpdatedlines[notedRows++] = {visibleLines.at(key).line, visibleLines.at(key).startPos};
 }
 
 /// Trailing blanks go when the cursor has left their line, past the undo
@@ -197,19 +198,26 @@ void TextView::ensureCursorVisible()
     d->cursorLine = d->cursor->line();
     const CursorHidden hidden(d->cursor.get());
     updateLinesList();
-    const int lowest = height() - 2 * d->fontHeight;
-    QPoint p = docPosToScreen(d->cursor->pos());
-    if (p.y() < d->yPos) {
-        d->scrollToRow(p.y());
-        p = docPosToScreen(d->cursor->pos());
-    } else if (p.y() - lowest > d->yPos) {
-        // The guess for wrapped text below the view may lie below the line
-        // itself, which is to be seen in any case.
-        d->scrollToRow(std::min(p.y() - lowest, linePosition(d->cursorLine)));
-        p = docPosToScreen(d->cursor->pos());
-    }
-    d->scrollToColumn(p.x());
+    if (docPosToScreen(d->cursor->pos()).y() < d->yPos)
+        d->scrollToRow(docPosToScreen(d->cursor->pos()).y());
+    else
+        d->scrollDownToCursor();
+    d->scrollToColumn(docPosToScreen(d->cursor->pos()).x());
     updateView(true);
+}
+
+/// Where wrapped text below the view ends up is a guess, so one step may fall
+/// short; but the line itself has to stay in view.
+void TextView::Private::scrollDownToCursor()
+{
+    const int lowest = q->height() - 2 * fontHeight;
+    int old = -1;
+    int wanted = q->docPosToScreen(cursor->pos()).y() - lowest;
+    while (wanted > yPos && yPos > old) {
+        old = yPos;
+        scrollToRow(std::min(wanted, q->linePosition(cursorLine)));
+        wanted = q->docPosToScreen(cursor->pos()).y() - lowest;
+    }
 }
 
 void TextView::Private::scrollToRow(int top)

@@ -1,0 +1,225 @@
+#include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QFontMetrics>
+#include <QPrinter>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace zvwidgets;
+
+class TestTextManager : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void measuresAddUp_data();
+    void measuresAddUp();
+    void missingFontIsFixed();
+    void settingsReachAllEditors();
+    void tabWidthIsClampedByDocuments_data();
+    void tabWidthIsClampedByDocuments();
+    void fontReachesAllViews();
+    void marginsFollowTheirFlags();
+    void registersDropWhatDies();
+    void highlightsAreBuiltAnew();
+    void completionListsAreAppended();
+    void localResourcesFallBack();
+    void printWidthLeavesTheMargins();
+};
+
+void TestTextManager::measuresAddUp_data()
+{
+    QTest::addColumn<QString>("family");
+    QTest::newRow("fixed") << QStringLiteral("DejaVu Sans Mono");
+    QTest::newRow("proportional") << QStringLiteral("DejaVu Sans");
+}
+
+// Columns are measured one by one while text is drawn in runs.
+void TestTextManager::measuresAddUp()
+{
+    QFETCH(QString, family);
+    TextEditorManager manager;
+    manager.setFont(QFont(family, 11));
+    const QString text = QStringLiteral("AVAWA. Ty, (fj) -> \u00e9\u0416\u03a9 `quoted` ~!%");
+    for (int i = 0; i < 4; ++i) {
+        int sum = 0;
+        for (const QChar c : text)
+            sum += manager.width(i, c);
+        QCOMPARE(sum, QFontMetrics(manager.font(i)).horizontalAdvance(text));
+        QCOMPARE(manager.width(i, text), sum);
+    }
+}
+
+void TestTextManager::missingFontIsFixed()
+{
+    TextEditorManager manager;
+    manager.setFont(QFont(QStringLiteral("No Such Family At All"), 10));
+    for (int i = 0; i < 4; ++i)
+        QCOMPARE(manager.width(i, QChar(u'i')), manager.width(0, QChar(u'W')));
+}
+
+void TestTextManager::settingsReachAllEditors()
+{
+    TextEditorManager manager;
+    const std::unique_ptr<TextEditor> first(manager.createEditor(nullptr, nullptr));
+    auto *const doc = new TextDocument(&manager);
+    const std::unique_ptr<TextEditor> second(new TextEditor(doc));
+    manager.addEditor(second.get(), doc);
+
+    manager.setLineWrap(true);
+    QVERIFY(first->getWrap());
+    QVERIFY(second->getWrap());
+    const std::unique_ptr<TextEditor> third(manager.createEditor(nullptr, nullptr));
+    QVERIFY(third->getWrap());
+
+    const QSignalSpy overwrite(&manager, &TextEditorManager::overwriteModeChanged);
+    manager.setOverwriteMode(true);
+    QCOMPARE(overwrite.count(), 1);
+    QVERIFY(manager.overwriteMode());
+}
+
+void TestTextManager::tabWidthIsClampedByDocuments_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("held");
+    QTest::newRow("too small") << 0 << 1;
+    QTest::newRow("usual") << 4 << 4;
+    QTest::newRow("too large") << 99 << 16;
+}
+
+void TestTextManager::tabWidthIsClampedByDocuments()
+{
+    QFETCH(int, width);
+    QFETCH(int, held);
+    TextEditorManager manager;
+    const std::unique_ptr<TextEditor> editor(manager.createEditor(nullptr, nullptr));
+    manager.setTabWidth(width);
+    QCOMPARE(manager.tabWidth(), width);
+    QCOMPARE(editor->document()->spacesInTab(), held);
+    QCOMPARE(editor->view()->tabsWidth(), held * editor->view()->spaceWidth());
+}
+
+void TestTextManager::fontReachesAllViews()
+{
+    TextEditorManager manager;
+    manager.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
+    const std::unique_ptr<TextEditor> first(manager.createEditor(nullptr, nullptr));
+    const std::unique_ptr<TextEditor> second(manager.createEditor(nullptr, first->document()));
+    first->setText(QStringLiteral("\tsome text"));
+    const int width = first->document()->textWidth(0, 10);
+    const int longest = first->document()->documentWidth();
+    manager.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 20));
+    for (const TextEditor *editor : {first.get(), second.get()}) {
+        QCOMPARE(editor->view()->spaceWidth(), manager.width(0, QChar(u' ')));
+        QVERIFY(editor->view()->lineHeight() >= QFontMetrics(manager.font(3)).height());
+    }
+    QVERIFY(first->document()->textWidth(0, 10) > width);
+    QVERIFY(first->document()->documentWidth() > longest);
+}
+
+void TestTextManager::marginsFollowTheirFlags()
+{
+    TextEditorManager manager;
+    const std::unique_ptr<TextEditor> editor(manager.createEditor(nullptr, nullptr));
+    const auto shown = [&editor](const char *className) {
+        for (const QWidget *widget : editor->findChildren<QWidget *>()) {
+            if (widget->inherits(className))
+                return !widget->isHidden();
+        }
+        return false;
+    };
+    QVERIFY(shown("zvwidgets::LineNumberMargin"));
+    manager.setLineNumberMarginVisible(false);
+    manager.setFoldingMarginVisible(false);
+    QVERIFY(!shown("zvwidgets::LineNumberMargin"));
+    QVERIFY(!shown("zvwidgets::FoldingMargin"));
+    QVERIFY(shown("zvwidgets::IndicatorMargin"));
+    QVERIFY(shown("zvwidgets::SelectionMargin"));
+    manager.setIndicatorMarginVisible(false);
+    manager.setSelectionMarginVisible(false);
+    manager.setLineNumberMarginVisible(true);
+    QVERIFY(!shown("zvwidgets::IndicatorMargin"));
+    QVERIFY(!shown("zvwidgets::SelectionMargin"));
+    QVERIFY(shown("zvwidgets::LineNumberMargin"));
+}
+
+void TestTextManager::registersDropWhatDies()
+{
+    TextEditorManager manager;
+    std::unique_ptr<TextEditor> first(manager.createEditor(nullptr, nullptr));
+    const std::unique_ptr<TextEditor> second(manager.createEditor(nullptr, first->document()));
+    first.reset();
+    manager.setTabWidth(3);
+    QCOMPARE(second->document()->spacesInTab(), 3);
+    QCOMPARE(second->document()->activeView(), second->view());
+    {
+        const std::unique_ptr<TextEditor> gone(manager.createEditor(nullptr, nullptr));
+    }
+    manager.setTabWidth(5);
+    manager.setLineWrap(true);
+    manager.updateMarginsState();
+    manager.updateHighlight();
+    QCOMPARE(second->document()->spacesInTab(), 5);
+}
+
+void TestTextManager::highlightsAreBuiltAnew()
+{
+    TextEditorManager manager;
+    const QStringList names = manager.highlightsNames();
+    QVERIFY(names.contains(QStringLiteral("C++")));
+    QVERIFY(std::is_sorted(names.begin(), names.end()));
+    const std::unique_ptr<TextEditor> editor(manager.createEditor(nullptr, nullptr));
+    editor->setHighlight(QStringLiteral("C++"));
+    editor->setText(QStringLiteral("int a;"));
+    editor->view()->hl->attribute(1)->color = QColor(1, 2, 3);
+    manager.updateHighlight();
+    QCOMPARE(editor->highlight(), QStringLiteral("C++"));
+    QVERIFY(editor->view()->hl->attribute(1)->color != QColor(1, 2, 3));
+    QCOMPARE(editor->view()->highlight(), editor->view()->hl);
+}
+
+void TestTextManager::completionListsAreAppended()
+{
+    TextEditorManager manager;
+    manager.addCompletionList({QStringLiteral("one"), QStringLiteral("two")}, 3);
+    manager.addCompletionList({QStringLiteral("two")}, 3);
+    manager.addCompletionList({QStringLiteral("other")}, 1);
+    const QMap<int, QStringList> words = manager.addedCompleteWords();
+    QCOMPARE(words.value(3).join(u' '), QStringLiteral("one two two"));
+    QCOMPARE(words.value(1).join(u' '), QStringLiteral("other"));
+}
+
+void TestTextManager::localResourcesFallBack()
+{
+    TextEditorManager manager;
+    manager.setResourcesDir(QStringLiteral("/res"));
+    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/res/local/"));
+    manager.setLocalResourcesDir(QStringLiteral("/mine"));
+    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/mine"));
+    manager.setLocalResourcesDir(QString());
+    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/res/local/"));
+}
+
+void TestTextManager::printWidthLeavesTheMargins()
+{
+    TextEditorManager manager;
+    const int dpi = manager.printer()->logicalDpiX();
+    manager.setMargins(QRect(0, 10, 0, 10));
+    const int whole = manager.printWidth();
+    QVERIFY(whole > 0);
+    // One inch at each side.
+    manager.setMargins(QRect(72, 10, 72, 10));
+    QCOMPARE(manager.printWidth(), whole - 2 * dpi);
+    QCOMPARE(manager.margins, QRect(72, 10, 72, 10));
+}
+
+QTEST_MAIN(TestTextManager)
+#include "tst_textmanager.moc"
