@@ -126,7 +126,7 @@ private slots:
     void failedSaveStaysModified();
     void readOnlyIsNotSaved();
     void longestLine();
-    void longestLineAfterStrippedBlanks();
+    void longestLineFarFromEdits();
     void contextsFollowEdits();
     void longCommentInMacro();
     void macroTellsViewsOnce();
@@ -280,8 +280,9 @@ void TestTextDoc::longestLine()
     }
 }
 
-// Stripping blanks goes past the document, which hears of nothing.
-void TestTextDoc::longestLineAfterStrippedBlanks()
+// What is known of blocks of lines outlives edits elsewhere. Stripping blanks goes
+// past the document, which hears of nothing.
+void TestTextDoc::longestLineFarFromEdits()
 {
     TextEditorManager manager;
     TextDocument doc(&manager);
@@ -291,6 +292,9 @@ void TestTextDoc::longestLineAfterStrippedBlanks()
     lines[4000] = text("xxxxx");
     load(doc, lines.join(u'\n'));
     QVERIFY(doc.lineOf(2500)->removeSpaces());
+    doc.cmdRemove(0, 18, 50);
+    QCOMPARE(doc.maxLength, naiveLongest(doc));
+    doc.cmdInsert(4500, 0, text("grown"));
     doc.cmdRemove(0, 1, 50);
     QCOMPARE(doc.maxLength, naiveLongest(doc));
 }
