@@ -11,7 +11,6 @@
 #include <QPaintEvent>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace zvwidgets {

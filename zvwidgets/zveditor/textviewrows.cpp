@@ -14,6 +14,9 @@ constexpr int wrapMargin = 8;
 /// much is left for text, and by smallShift otherwise.
 constexpr int leastRowWidth = 100;
 constexpr int smallShift = 16;
+/// No view is as high as that; rows of a text of megabytes that lie further down
+/// cannot come to be seen.
+constexpr size_t mostRows = 4096;
 
 } // namespace
 
@@ -81,8 +84,9 @@ WrappedLinesCache::Ends TextView::Private::wrapEnds(int line, int shift) const
     WrappedLinesCache::Ends ends;
     const int length = doc->textLength(line);
     const int width = q->width() - wrapMargin;
+    const size_t limit = length > WrappedLinesCache::longestText ? mostRows : size_t(length);
     int end = doc->nextWrapPos(line, width, 0);
-    for (int start = 0; start < length;) {
+    for (int start = 0; start < length && ends.size() < limit;) {
         // Whatever the width, every row takes something, or there were no end.
         start = std::max(end, start + 1);
         ends.push_back(start);
