@@ -46,7 +46,7 @@ int TabBar::insertTab(const QIcon &icon, const QString &label, int index, int id
     d->tabs.insert(isInside ? d->tabs.begin() + index : d->tabs.end(), std::move(added));
     if (d->firstVisibleTab < 0)
         d->firstVisibleTab = wanted;
-    d->updateBreaks();
+    update();
     return wanted;
 }
 
@@ -76,14 +76,14 @@ void TabBar::removeTab(int id)
         d->currentTab = d->announcedTab = -1;
         setCurrentTab(neighbour);
     }
-    d->updateBreaks();
+    update();
 }
 
 void TabBar::clear()
 {
     d->tabs.clear();
     d->currentTab = d->announcedTab = d->firstVisibleTab = d->pressedTab = -1;
-    d->updateBreaks();
+    update();
 }
 
 int TabBar::count() const
@@ -99,7 +99,7 @@ void TabBar::setTabTitle(int id, const QString &label)
     changed->tab.label = label;
     d->updateShortcut(*changed);
     d->updateWidth(changed->tab);
-    d->updateBreaks();
+    update();
 }
 
 void TabBar::setTabIcon(int id, const QIcon &icon)
@@ -109,7 +109,7 @@ void TabBar::setTabIcon(int id, const QIcon &icon)
         return;
     changed->tab.icon = icon;
     d->updateWidth(changed->tab);
-    d->updateBreaks();
+    update();
 }
 
 void TabBar::setTabEnabled(int id, bool enabled)
@@ -192,7 +192,7 @@ void TabBar::setTabPosition(int position)
         setSizePolicy(turned);
     }
     updateGeometry();
-    d->updateBreaks();
+    update();
 }
 
 int TabBar::tabPosition() const

@@ -50,8 +50,6 @@ struct TabBar::Private
     int announcedTab = -1;
     int firstVisibleTab = -1;
     int pressedTab = -1;
-    bool canScrollBack = false;
-    bool canScrollForward = false;
     bool backPressed = false;
     bool forwardPressed = false;
     bool closePressed = false;
@@ -84,8 +82,9 @@ struct TabBar::Private
     QTransform transform() const;
     int tabByPos(const QPoint &pos) const;
 
+    bool canScrollBack() const;
+    bool canScrollForward() const;
     void checkButtons(const QPoint &pos);
-    void updateBreaks();
     void makeTabVisible(int id);
     void useRoom();
     void scrollLeft();

@@ -80,7 +80,7 @@ void TabBar::Private::updateWidths()
 {
     for (const auto &each : tabs)
         updateWidth(each->tab);
-    updateBreaks();
+    q->update();
     q->updateGeometry();
 }
 
@@ -161,17 +161,20 @@ int TabBar::Private::tabByPos(const QPoint &pos) const
 
 void TabBar::Private::checkButtons(const QPoint &pos)
 {
-    backPressed = canScrollBack && buttonRect(Back).contains(pos);
-    forwardPressed = canScrollForward && buttonRect(Forward).contains(pos);
+    backPressed = canScrollBack() && buttonRect(Back).contains(pos);
+    forwardPressed = canScrollForward() && buttonRect(Forward).contains(pos);
     closePressed = buttonRect(Close).contains(pos);
 }
 
-void TabBar::Private::updateBreaks()
+bool TabBar::Private::canScrollBack() const
 {
-    canScrollBack = !tabs.empty() && firstVisibleTab != idAt(0);
+    return firstVisibleTab != idAt(0);
+}
+
+bool TabBar::Private::canScrollForward() const
+{
     const int last = idAt(int(tabs.size()) - 1);
-    canScrollForward = last != firstVisibleTab && rect(last).right() >= tabsEnd();
-    q->update();
+    return last != firstVisibleTab && rect(last).right() >= tabsEnd();
 }
 
 void TabBar::Private::makeTabVisible(int id)
@@ -179,11 +182,17 @@ void TabBar::Private::makeTabVisible(int id)
     const int index = indexOf(id);
     if (index < 0)
         return;
-    if (index < indexOf(firstVisibleTab))
+    int first = indexOf(firstVisibleTab);
+    if (index < first)
         firstVisibleTab = id;
-    while (firstVisibleTab != id && rect(id).right() > tabsEnd())
-        firstVisibleTab = search(indexOf(firstVisibleTab) + 1, 1, false);
-    updateBreaks();
+    int right = rect(id).right();
+    while (firstVisibleTab != id && right > tabsEnd()) {
+        const int formerStart = startPos();
+        right -= tabs[size_t(first)]->tab.width;
+        firstVisibleTab = idAt(++first);
+        right += startPos() - formerStart;
+    }
+    q->update();
 }
 
 /// Scrolls back as far as the last tab stays in view: what was scrolled out while
@@ -200,23 +209,23 @@ void TabBar::Private::useRoom()
         break;
     }
     makeTabVisible(currentTab);
-    updateBreaks();
+    q->update();
 }
 
 void TabBar::Private::scrollLeft()
 {
-    if (!canScrollForward)
+    if (!canScrollForward())
         return;
     firstVisibleTab = search(indexOf(firstVisibleTab) + 1, 1, false);
-    updateBreaks();
+    q->update();
 }
 
 void TabBar::Private::scrollRight()
 {
-    if (!canScrollBack)
+    if (!canScrollBack())
         return;
     firstVisibleTab = search(indexOf(firstVisibleTab) - 1, -1, false);
-    updateBreaks();
+    q->update();
 }
 
 void TabBar::Private::setCurrentTabInternal(int id)

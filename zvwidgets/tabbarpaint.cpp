@@ -7,8 +7,8 @@ namespace zvwidgets {
 
 void TabBar::Private::paintButtons(QPainter &painter) const
 {
-    paintButton(painter, Back, canScrollBack, backPressed);
-    paintButton(painter, Forward, canScrollForward, forwardPressed);
+    paintButton(painter, Back, canScrollBack(), backPressed);
+    paintButton(painter, Forward, canScrollForward(), forwardPressed);
     if (has(WideButtons))
         paintButton(painter, Close, true, closePressed);
 }
