@@ -1,3 +1,4 @@
+#include "activewindow.h"
 #include "app/actions.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
@@ -115,7 +116,7 @@ void TestEditors::startShell()
     Editors::self();
     shell->rebuildUI();
     shell->show();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QVERIFY(waitForActive(shell.get()));
     // The session's current file is raised a moment later.
     QSignalSpy spy(editors(), &Editors::currentChanged);
     spy.wait(20);

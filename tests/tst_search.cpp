@@ -1,3 +1,4 @@
+#include "activewindow.h"
 #include "app/actions.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
@@ -91,7 +92,7 @@ void TestSearch::initTestCase()
     SearchManager::self();
     shell->rebuildUI();
     shell->show();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QVERIFY(waitForActive(shell.get()));
 }
 
 void TestSearch::cleanupTestCase()
@@ -103,7 +104,7 @@ void TestSearch::cleanupTestCase()
 void TestSearch::init()
 {
     responder = std::make_unique<Responder>();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QVERIFY(waitForActive(shell.get()));
     Editors::self()->newEditor();
 }
 
@@ -274,7 +275,7 @@ void TestSearch::findNextGoesOn()
     setText(QStringLiteral("foo\nfoo"));
     expectFind(QStringLiteral("foo"), NoOption);
     search()->findText();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QVERIFY(waitForActive(shell.get()));
     QTest::keyClick(editor()->focusProxy(), Qt::Key_F3);
     QCOMPARE(found(), QStringLiteral("1:0:foo"));
     responder->expect(QStringLiteral("OK"));
@@ -445,7 +446,7 @@ void TestSearch::keysOfTheDialogs()
     QTest::keyClick(editor()->focusProxy(), Qt::Key_F, Qt::ControlModifier);
     QCOMPARE(found(), QStringLiteral("0:8:two"));
     responder->expect([](QWidget *widget) { QTest::keyClick(widget, Qt::Key_Escape); });
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QVERIFY(waitForActive(shell.get()));
     QTest::keyClick(editor()->focusProxy(), Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(editor()->text(), QStringLiteral("one Two two"));
 }

@@ -1,3 +1,4 @@
+#include "activewindow.h"
 #include "zvwidgets/tabbar.h"
 
 #include <QMouseEvent>
@@ -57,7 +58,7 @@ void TestTabBar::init()
     bar->setGeometry(0, 0, 400, 30);
     window->resize(500, 500);
     window->show();
-    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QVERIFY(waitForActive(window.get()));
 }
 
 void TestTabBar::cleanup()

@@ -1,3 +1,4 @@
+#include "activewindow.h"
 #include "app/editors/zveditor/zveditor.h"
 #include "app/settings.h"
 #include "app/shell.h"
@@ -106,7 +107,7 @@ void TestZVEditor::init()
     editor = std::make_unique<ZVEditor>(nullptr);
     editor->resize(600, 400);
     editor->show();
-    QVERIFY(QTest::qWaitForWindowActive(editor.get()));
+    QVERIFY(waitForActive(editor.get()));
     editor->setFocus();
 }
 
