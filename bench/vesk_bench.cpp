@@ -1,0 +1,303 @@
+/// Benchmarks of the text library and of the search in files. Each benchmark has
+/// the name of the same work in the peers' programs; scripts/bench puts them
+/// side by side.
+
+#include "widgetbench.h"
+#include "workload.h"
+
+#include "app/search/filesearch.h"
+#include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QClipboard>
+#include <QDirIterator>
+
+#include <memory>
+
+using namespace zvwidgets;
+
+namespace {
+
+TextEditorManager &manager()
+{
+    static TextEditorManager *const instance = [] {
+        auto *made = new TextEditorManager;
+        QFont font(QStringLiteral("DejaVu Sans Mono"), 10);
+        made->setFont(font);
+        made->fSaveTab = true;
+        return made;
+    }();
+    return *instance;
+}
+
+/// An editor in a window of its own, painted once.
+struct Window
+{
+    explicit Window(const std::string &file, bool wrap = false)
+    {
+        auto *document = new TextDocument(&manager());
+        document->setWrap(wrap);
+        editor = std::make_unique<TextEditor>(document, nullptr);
+        manager().addEditor(editor.get(), document);
+        editor->resize(900, 700);
+        if (!file.empty())
+            editor->open(QString::fromStdString(file));
+        else
+            editor->setHighlight(QStringLiteral("C++"));
+        bench::PaintWatch watch(editor->view());
+        editor->show();
+        editor->view()->setFocus();
+        watch.wait();
+    }
+
+    TextDocument *document() const { return editor->document(); }
+    TextView *view() const { return editor->view(); }
+
+    std::unique_ptr<TextEditor> editor;
+};
+
+QString lines(int count)
+{
+    QString text;
+    for (int i = 0; i < count; ++i)
+        text += QStringLiteral("    pasted = line(%1); // text\n").arg(i);
+    return text;
+}
+
+void load(benchmark::State &state)
+{
+    const std::string file = bench::sourceFile(int(state.range(0)));
+    for (auto _ : state) {
+        auto window = std::make_unique<Window>(file);
+        state.counters["peak_MB"] = bench::peakMemory() / 1e6;
+        state.counters["lines"] = window->document()->lastLine() + 1;
+        state.PauseTiming();
+        window.reset();
+        state.ResumeTiming();
+    }
+}
+
+void scan(benchmark::State &state)
+{
+    const Window window(bench::sourceFile(int(state.range(0))));
+    TextDocument *const document = window.document();
+    const qint64 characters = document->text().size();
+    TextHighlight *const highlight = window.view()->hl;
+    for (auto _ : state) {
+        int context = 0;
+        for (int line = 0; line <= document->lastLine(); ++line)
+            context = highlight->doHighlight(context, document->lineOf(line));
+        benchmark::DoNotOptimize(context);
+    }
+    state.counters["chars/s"] =
+        benchmark::Counter(double(characters), benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void colour(benchmark::State &state)
+{
+    const Window window(bench::sourceFile(int(state.range(0))));
+    TextDocument *const document = window.document();
+    const qint64 characters = document->text().size();
+    TextHighlight *const highlight = window.view()->hl;
+    for (auto _ : state) {
+        for (int line = 0; line <= document->lastLine(); ++line)
+            highlight->highlight(document->lineOf(line));
+    }
+    state.counters["chars/s"] =
+        benchmark::Counter(double(characters), benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void key(benchmark::State &state)
+{
+    const Window window(state.range(0) ? bench::sourceFile(int(state.range(0))) : std::string());
+    window.view()->setCursorPosition(0, 0, false);
+    bench::sample(state, window.view(), 400,
+                  [&] { bench::press(window.view(), Qt::Key_X, QStringLiteral("x")); });
+}
+
+void enter(benchmark::State &state)
+{
+    const Window window(state.range(0) ? bench::sourceFile(int(state.range(0))) : std::string());
+    window.view()->setCursorPosition(0, 0, false);
+    bench::sample(state, window.view(), 200,
+                  [&] { bench::press(window.view(), Qt::Key_Return, QStringLiteral("\r")); });
+}
+
+void paste(benchmark::State &state)
+{
+    const Window window(bench::sourceFile(int(state.range(0))));
+    QApplication::clipboard()->setText(lines(10000));
+    bench::PaintWatch watch(window.view());
+    for (auto _ : state) {
+        window.view()->setCursorPosition(0, 0, false);
+        bench::settle();
+        watch.reset();
+        QElapsedTimer timer;
+        timer.start();
+        window.editor->paste();
+        watch.wait();
+        state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+        bench::settle();
+        watch.reset();
+        timer.start();
+        window.document()->undoStack()->undo(1);
+        watch.wait();
+        state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+    }
+}
+
+void comment(benchmark::State &state)
+{
+    const Window window(bench::openFile(int(state.range(0))));
+    bench::PaintWatch watch(window.view());
+    window.view()->setCursorPosition(0, 0, false);
+    for (auto _ : state) {
+        bench::settle();
+        watch.reset();
+        QElapsedTimer timer;
+        timer.start();
+        window.document()->cmdInsert(0, 0, QStringLiteral("/*"));
+        watch.wait();
+        state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+        bench::settle();
+        watch.reset();
+        timer.start();
+        window.document()->undoStack()->undo(1);
+        watch.wait();
+        state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+    }
+}
+
+void replaceAll(benchmark::State &state)
+{
+    const std::string file = bench::needleFile(6000000, 100000);
+    for (auto _ : state) {
+        const Window window(file);
+        auto *const watch = new bench::PaintWatch(window.view());
+        bench::settle();
+        QElapsedTimer timer;
+        timer.start();
+        const int hits = window.editor->replaceAll(QStringLiteral("needle"), QStringLiteral("pin"),
+                                                   true, false, false);
+        watch->wait();
+        state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+        if (hits != 100000)
+            state.SkipWithError("wrong number of hits");
+        bench::settle();
+        watch->reset();
+        timer.start();
+        window.document()->undoStack()->undo(1);
+        watch->wait();
+        state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+    }
+}
+
+void findAtEnd(benchmark::State &state)
+{
+    const Window window(bench::sourceFile(int(state.range(0))));
+    TextDocument *const document = window.document();
+    const int last = document->lastLine();
+    document->cmdInsert(last, document->textLength(last), QStringLiteral("UNIQUE_LITERAL"));
+    const double bytes = double(document->text().size()) * 2;
+    for (auto _ : state) {
+        if (!window.editor->find(QStringLiteral("UNIQUE_LITERAL"), true, false, false, false))
+            state.SkipWithError("not found");
+    }
+    state.counters["bytes/s"] =
+        benchmark::Counter(bytes, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void longLineOpen(benchmark::State &state)
+{
+    const std::string file = bench::longLineFile(10000000);
+    for (auto _ : state) {
+        auto window = std::make_unique<Window>(file, true);
+        state.PauseTiming();
+        window.reset();
+        state.ResumeTiming();
+    }
+}
+
+void longLineKey(benchmark::State &state)
+{
+    const Window window(bench::longLineFile(10000000), true);
+    window.view()->setCursorPosition(0, 10, false);
+    bench::sample(state, window.view(), 20,
+                  [&] { bench::press(window.view(), Qt::Key_X, QStringLiteral("x")); });
+}
+
+void longLinePage(benchmark::State &state)
+{
+    const Window window(bench::longLineFile(10000000), true);
+    window.view()->setCursorPosition(0, 10, false);
+    bench::sample(state, window.view(), 20, [&] { bench::press(window.view(), Qt::Key_PageDown); });
+}
+
+/// The files below the folder in VESK_BENCH_TREE, the system's headers if unset.
+const QStringList &treeFiles()
+{
+    static const QStringList files = [] {
+        QStringList found;
+        QDirIterator walk(qEnvironmentVariable("VESK_BENCH_TREE", QStringLiteral("/usr/include")),
+                          QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext())
+            found << walk.next();
+        return found;
+    }();
+    return files;
+}
+
+void searchTree(benchmark::State &state, const vesk::SearchQuery &query)
+{
+    int hits = 0;
+    for (auto _ : state) {
+        hits = 0;
+        vesk::FileSearch search(query, [] { return true; });
+        for (const QString &file : treeFiles())
+            search.search(file, [&hits](const vesk::FileSearch::Hit &) { ++hits; });
+    }
+    state.counters["hits"] = hits;
+}
+
+void searchLiteral(benchmark::State &state)
+{
+    searchTree(state, {QStringLiteral("pthread_mutex"), false, true, false});
+}
+
+void searchExpression(benchmark::State &state)
+{
+    searchTree(state, {QStringLiteral("[a-z]+_mutex_[a-z]+"), true, true, false});
+}
+
+} // namespace
+
+BENCHMARK(load)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(scan)->Arg(1)->Arg(20)->Unit(benchmark::kMillisecond);
+BENCHMARK(colour)->Arg(1)->Arg(20)->Unit(benchmark::kMillisecond);
+BENCHMARK(key)->Arg(0)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(enter)->Arg(0)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(paste)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(comment)->Arg(20)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(replaceAll)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(findAtEnd)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(searchLiteral)->Unit(benchmark::kMillisecond);
+BENCHMARK(searchExpression)->Unit(benchmark::kMillisecond);
+BENCHMARK(longLineOpen)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(longLineKey)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(longLinePage)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
