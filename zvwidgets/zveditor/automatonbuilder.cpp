@@ -13,6 +13,7 @@ using Precision = PatternAutomaton::Precision;
 constexpr size_t maximumSteps = 2000; ///< of the non-deterministic form
 constexpr size_t maximumRows = 400;
 constexpr size_t maximumClasses = 200;
+constexpr size_t maximumSets = 64;
 constexpr size_t maximumLooks = 8;
 constexpr size_t maximumLooksOfRow = 3;
 
@@ -82,8 +83,9 @@ private:
     int compileLongLook(const PatternNode &node, int next);
     int compileAnything(int next);
     bool makeClasses();
-    quint8 classFor(const std::vector<bool> &signature);
-    std::vector<bool> signature(char16_t unit, quint8 kinds) const;
+    quint8 classFor(quint64 signature);
+    quint64 signature(char16_t unit, quint8 kinds) const;
+    bool isIn(int cls, int set) const { return signatures[size_t(cls)] >> set & 1; }
     Closure close(const State &state, int nextClass) const;
     bool holds(const Step &step, const State &state, int nextClass) const;
     std::vector<int> looksOf(const State &state) const;
@@ -103,8 +105,7 @@ private:
     bool supported = true;
     const Precision precision;
     int wordSet = -1;
-    std::map<std::vector<bool>, quint8> classes;
-    std::vector<std::vector<bool>> signatures; ///< by class, then set
+    std::vector<quint64> signatures; ///< by class; bit n: its units are in set n
     std::map<std::pair<Steps, Previous>, quint32> rows;
     std::vector<State> states;                            ///< by row
     std::map<quint32, PatternAutomaton::Branch> branches; ///< by row; numbers of rows
@@ -124,6 +125,10 @@ int AutomatonBuilder::addSet(const CharSet &set)
     const auto found = std::find(sets.begin(), sets.end(), set);
     if (found != sets.end())
         return int(found - sets.begin());
+    if (sets.size() >= maximumSets) {
+        supported = false;
+        return 0;
+    }
     sets.push_back(set);
     return int(sets.size()) - 1;
 }
@@ -246,23 +251,27 @@ int AutomatonBuilder::compileLongLook(const PatternNode &node, int next)
     return next;
 }
 
-std::vector<bool> AutomatonBuilder::signature(char16_t unit, quint8 kinds) const
+quint64 AutomatonBuilder::signature(char16_t unit, quint8 kinds) const
 {
-    std::vector<bool> bits;
-    for (const CharSet &set : sets)
-        bits.push_back(unit < CharSet::asciiCount ? set.contains(unit)
-                                                  : set.containsWide(unit, kinds));
+    quint64 bits = 0;
+    for (size_t i = 0; i < sets.size(); ++i) {
+        const bool isIn =
+            unit < CharSet::asciiCount ? sets[i].contains(unit) : sets[i].containsWide(unit, kinds);
+        bits |= quint64(isIn) << i;
+    }
     return bits;
 }
 
-quint8 AutomatonBuilder::classFor(const std::vector<bool> &signature)
+quint8 AutomatonBuilder::classFor(quint64 signature)
 {
-    const auto [place, isNew] = classes.emplace(signature, quint8(signatures.size()));
-    if (isNew && signatures.size() < maximumClasses)
-        signatures.push_back(signature);
-    else if (isNew)
+    const auto found = std::find(signatures.begin(), signatures.end(), signature);
+    if (found != signatures.end())
+        return quint8(found - signatures.begin());
+    if (signatures.size() >= maximumClasses)
         supported = false;
-    return place->second;
+    else
+        signatures.push_back(signature);
+    return quint8(signatures.size() - 1);
 }
 
 /// Units that no set tells apart share a class.
@@ -288,7 +297,7 @@ bool AutomatonBuilder::makeClasses()
 bool AutomatonBuilder::holds(const Step &step, const State &state, int nextClass) const
 {
     const bool atEnd = nextClass == result->endClass;
-    const auto nextIn = [&](int set) { return !atEnd && signatures[nextClass][set]; };
+    const auto nextIn = [&](int set) { return !atEnd && isIn(nextClass, set); };
     switch (step.kind) {
     case Kind::Begin:
         return state.previous == AtBegin;
@@ -397,13 +406,13 @@ void AutomatonBuilder::fillRow(quint32 row)
         Steps reached;
         if (cls != result->endClass) {
             for (const int take : closure.takes) {
-                if (signatures[cls][steps[take].set])
+                if (isIn(cls, steps[take].set))
                     reached.push_back(steps[take].next);
             }
         }
         std::sort(reached.begin(), reached.end());
         reached.erase(std::unique(reached.begin(), reached.end()), reached.end());
-        const bool word = result->usesWord && cls != result->endClass && signatures[cls][wordSet];
+        const bool word = result->usesWord && cls != result->endClass && isIn(cls, wordSet);
         const quint32 next = rowFor(reached, word ? AfterWord : AfterOther);
         result->table[row * result->width + quint32(cls)] =
             next | (closure.matches ? PatternAutomaton::acceptBit : 0);

@@ -31,6 +31,7 @@ QString escaped(char16_t unit)
 
 quint8 unitKinds(char16_t unit)
 {
+    // Made when the first unit from 128 on is met, which may be never.
     static const std::vector<quint8> table = [] {
         std::vector<quint8> kinds(0x10000);
         for (int i = 0; i < 0x10000; ++i)
@@ -85,7 +86,7 @@ void CharSet::addRange(char16_t first, char16_t last)
 void CharSet::addKind(UnitKind kind, bool others)
 {
     for (int unit = 0; unit < asciiCount; ++unit) {
-        if (bool(unitKinds(char16_t(unit)) & kind) != others)
+        if (bool(computeKinds(char16_t(unit)) & kind) != others)
             addUnit(char16_t(unit));
     }
     for (int kinds = 0; kinds < unitKindCombinations; ++kinds) {

@@ -19,6 +19,18 @@ constexpr int asciiCount = CharSet::asciiCount;
 constexpr int wideUnit = asciiCount;
 constexpr int trackedRules = 32;
 
+/// Most tokens are shorter than the call of a library function is worth.
+inline void fill(qint8 *to, qint8 value, int count)
+{
+    constexpr int shortCount = 8;
+    if (count > shortCount) {
+        std::memset(to, value, size_t(count));
+        return;
+    }
+    for (int i = 0; i < count; ++i)
+        to[i] = value;
+}
+
 } // namespace
 
 /// An expression and what is known of it on the line at hand.
@@ -63,6 +75,10 @@ struct HighlightScanner::Rule
     int words = -1;   ///< Keyword: index of the table
     int tracked = -1; ///< Until: bit in the presence masks
     quint64 list = 0; ///< Keyword: bit of its list
+    /// Keyword: the last of the rules from this one on that look at the same
+    /// candidate in the same table, and their lists; one look-up answers for all.
+    int blockEnd = 0;
+    quint64 blockLists = 0;
 };
 
 struct HighlightScanner::Context
@@ -76,6 +92,7 @@ struct HighlightScanner::Context
         int at = 0;
         int length = 0;
         quint64 lists = 0;
+        std::vector<int> rules; ///< by number of the list
     };
 
     int firstRule(char16_t unit) const { return nextRule(unit, 0); }
@@ -149,6 +166,7 @@ HighlightScanner::makeContext(const HighlightContext &source)
     context->count = int(context->rules.size());
     for (const Rule &rule : context->rules)
         noteShrinking(rule, context.get());
+    makeBlocks(context.get());
     makeDispatch(context.get());
     makePresence(context.get());
     return context;
@@ -188,11 +206,28 @@ void HighlightScanner::addWords(const HighlightKeyword &item, Rule *rule, Contex
                group.table.listCount() < KeywordTable::maximumLists;
     });
     if (found == words.end()) {
-        words.push_back({rule->pattern, KeywordTable(!item.caseSensitive), 0, 0, 0, 0});
+        words.push_back({rule->pattern, KeywordTable(!item.caseSensitive), 0, 0, 0, 0, {}});
         found = words.end() - 1;
     }
     rule->words = int(found - words.begin());
     rule->list = quint64(1) << found->table.addList(item.dict);
+    found->rules.push_back(int(context->rules.size()));
+}
+
+void HighlightScanner::makeBlocks(Context *context) const
+{
+    for (int i = context->count - 1; i >= 0; --i) {
+        Rule &rule = context->rules[size_t(i)];
+        rule.blockEnd = i;
+        rule.blockLists = rule.list;
+        if (rule.kind != Rule::Kind::Keyword || rule.empty >= 0 || i + 1 == context->count)
+            continue;
+        const Rule &next = context->rules[size_t(i) + 1];
+        if (next.kind == Rule::Kind::Keyword && next.words == rule.words && next.empty < 0) {
+            rule.blockEnd = next.blockEnd;
+            rule.blockLists |= next.blockLists;
+        }
+    }
 }
 
 /// False only if \a rule is sure to fail, with no consequence, in front of \a unit.
@@ -209,19 +244,21 @@ bool HighlightScanner::canAct(const Rule &rule, int unit) const
 
 void HighlightScanner::makeDispatch(Context *context) const
 {
-    std::map<std::vector<bool>, quint8> classes;
+    std::map<std::vector<quint64>, quint8> classes; ///< by the rules acting, as bits
     for (int unit = 0; unit <= wideUnit; ++unit) {
-        std::vector<bool> acting;
-        for (const Rule &rule : context->rules)
-            acting.push_back(canAct(rule, unit));
+        std::vector<quint64> acting(size_t(context->count) / 64 + 1);
+        for (int i = 0; i < context->count; ++i)
+            acting[size_t(i) / 64] |= quint64(canAct(context->rules[size_t(i)], unit)) << i % 64;
         const auto [place, isNew] = classes.emplace(acting, quint8(classes.size()));
         context->unitClass[unit] = place->second;
         if (!isNew)
             continue;
         const size_t base = context->next.size();
         context->next.resize(base + size_t(context->count) + 1, context->count);
-        for (int i = context->count - 1; i >= 0; --i)
-            context->next[base + size_t(i)] = acting[i] ? i : context->next[base + size_t(i) + 1];
+        for (int i = context->count - 1; i >= 0; --i) {
+            const bool acts = acting[size_t(i) / 64] >> i % 64 & 1;
+            context->next[base + size_t(i)] = acts ? i : context->next[base + size_t(i) + 1];
+        }
     }
 }
 
@@ -279,6 +316,47 @@ void HighlightScanner::begin(QStringView text)
     work = baseWork + workPerUnit * end;
 }
 
+inline int HighlightScanner::runLength(Pattern &pattern, int at)
+{
+    if (pattern.lineStamp == lineStamp && pattern.runBegin <= at && at < pattern.runEnd)
+        return std::min(pattern.runEnd, end) - at;
+    int i = at;
+    while (i < end) {
+        const char16_t unit = units[i];
+        if (unit < asciiCount ? !pattern.inRun[unit] : !pattern.run->contains(unit))
+            break;
+        ++i;
+    }
+    pattern.lineStamp = lineStamp;
+    pattern.runBegin = at;
+    pattern.runEnd = i;
+    return i - at;
+}
+
+/// Number of units the rule \a index takes at \a at; not above 0 if it fails. Of rules
+/// that share a look-up \a index becomes the one it decides: the first that takes
+/// something, or else the last.
+inline int HighlightScanner::take(const Context &context, int *index, int at)
+{
+    const Rule &rule = context.rules[size_t(*index)];
+    Pattern &pattern = *patterns[size_t(rule.pattern)];
+    switch (rule.kind) {
+    case Rule::Kind::Unit:
+        return pattern.automaton->canTake(units[at]) ? 1 : 0;
+    case Rule::Kind::Run:
+        return runLength(pattern, at);
+    case Rule::Kind::Match:
+        return matchLength(pattern, at);
+    case Rule::Kind::Keyword:
+        return takeKeyword(context, index, at);
+    case Rule::Kind::Until:
+        return takeUntil(context, rule, at);
+    case Rule::Kind::Rest:
+        break;
+    }
+    return end - at;
+}
+
 int HighlightScanner::follow(int ctx, QStringView text)
 {
     begin(text);
@@ -296,8 +374,8 @@ int HighlightScanner::follow(int ctx, QStringView text)
             i = context->firstRule(units[at]);
             continue;
         }
-        const Rule &rule = context->rules[i];
-        const int length = take(*context, rule, at);
+        const int length = take(*context, &i, at);
+        const Rule &rule = context->rules[size_t(i)];
         if (length > 0) {
             at += length;
             advanced = true;
@@ -341,11 +419,11 @@ void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes)
                 i = context->firstRule(units[at]);
             continue;
         }
-        const Rule &rule = context->rules[i];
-        const int length = take(*context, rule, at);
+        const int length = take(*context, &i, at);
+        const Rule &rule = context->rules[size_t(i)];
         if (length > 0) {
             if (rule.attr != 0)
-                std::memset(attributes + at, rule.attr, size_t(length));
+                fill(attributes + at, rule.attr, length);
             at += length;
             matched = true;
             handOvers = 0;
@@ -374,44 +452,6 @@ bool HighlightScanner::shrink(const Context &context, int at)
         work -= end - at;
     }
     return true;
-}
-
-/// Number of units \a rule takes at \a at; not above 0 if it fails.
-int HighlightScanner::take(const Context &context, const Rule &rule, int at)
-{
-    Pattern &pattern = *patterns[rule.pattern];
-    switch (rule.kind) {
-    case Rule::Kind::Unit:
-        return pattern.automaton->canTake(units[at]) ? 1 : 0;
-    case Rule::Kind::Run:
-        return runLength(pattern, at);
-    case Rule::Kind::Match:
-        return matchLength(pattern, at);
-    case Rule::Kind::Keyword:
-        return takeKeyword(context, rule, at);
-    case Rule::Kind::Until:
-        return takeUntil(context, rule, at);
-    case Rule::Kind::Rest:
-        break;
-    }
-    return end - at;
-}
-
-int HighlightScanner::runLength(Pattern &pattern, int at)
-{
-    if (pattern.lineStamp == lineStamp && pattern.runBegin <= at && at < pattern.runEnd)
-        return std::min(pattern.runEnd, end) - at;
-    int i = at;
-    while (i < end) {
-        const char16_t unit = units[i];
-        if (unit < asciiCount ? !pattern.inRun[unit] : !pattern.run->contains(unit))
-            break;
-        ++i;
-    }
-    pattern.lineStamp = lineStamp;
-    pattern.runBegin = at;
-    pattern.runEnd = i;
-    return i - at;
 }
 
 /// Forgets what was noted on another text.
@@ -506,19 +546,25 @@ int HighlightScanner::takeUntil(const Context &context, const Rule &rule, int at
     return (rule.inc ? foundEnd : found) - at;
 }
 
-int HighlightScanner::takeKeyword(const Context &context, const Rule &rule, int at)
+int HighlightScanner::takeKeyword(const Context &context, int *index, int at)
 {
-    const int length = matchLength(*patterns[rule.pattern], at);
+    const Rule &rule = context.rules[size_t(*index)];
+    *index = rule.blockEnd;
+    const int length = matchLength(*patterns[size_t(rule.pattern)], at);
     if (length <= 0)
         return -1;
-    Context::Words &words = context.words[rule.words];
+    Context::Words &words = context.words[size_t(rule.words)];
     if (words.lineStamp != lineStamp || words.at != at || words.length != length) {
         words.lineStamp = lineStamp;
         words.at = at;
         words.length = length;
         words.lists = words.table.find(units + at, length);
     }
-    return words.lists & rule.list ? length : -1;
+    const quint64 lists = words.lists & rule.blockLists;
+    if (!lists)
+        return -1;
+    *index = words.rules[size_t(qCountTrailingZeroBits(lists))];
+    return length;
 }
 
 } // namespace zvwidgets

@@ -42,6 +42,7 @@ private:
     std::unique_ptr<Context> makeContext(const HighlightContext &source);
     Rule makeRule(const HighlightItem &item, Context *context);
     void addWords(const HighlightKeyword &item, Rule *rule, Context *context);
+    void makeBlocks(Context *context) const;
     void makeDispatch(Context *context) const;
     void makePresence(Context *context) const;
     bool canAct(const Rule &rule, int unit) const;
@@ -49,9 +50,9 @@ private:
 
     const Context *contextAt(int ctx) const;
     void begin(QStringView text);
-    int take(const Context &context, const Rule &rule, int at);
+    int take(const Context &context, int *index, int at);
     int takeUntil(const Context &context, const Rule &rule, int at);
-    int takeKeyword(const Context &context, const Rule &rule, int at);
+    int takeKeyword(const Context &context, int *index, int at);
     int matchLength(Pattern &pattern, int at);
     int runLength(Pattern &pattern, int at);
     int search(Pattern &pattern, int at, int *foundEnd);
