@@ -1,0 +1,68 @@
+-- MSS/SQL: orders of a shop; don't read "quotes" in here
+/* A comment over
+   several lines: it's 'text', "text" and -- text
+
+   */
+CREATE TABLE orders (
+    id INTEGER NOT NULL PRIMARY KEY, -- the number
+    customer VARCHAR(40) DEFAULT 'O''Brien' NOT NULL,
+    total DECIMAL(10, 2) CHECK (total >= 0.5), /* never below */
+    placed DATE, "odd -- name" CHAR(1), "it's" INTEGER,
+    note VARCHAR(200) DEFAULT ''
+);
+
+Insert Into orders (id, customer, total) VALUES (1, 'it''s -- no comment', 1.5e3);
+INSERT INTO orders VALUES (2, 'say "hi" /* as text */', -.25, NULL, 'x', 0, '''');
+insert into orders values (3, 'a text that begins here
+and goes on -- as text
+with ''quotes'' and "more"
+
+until it ends here', 5);
+
+SELECT o.id, COUNT(*) AS lines, SUM(l.price * 1.19) total /* with tax */
+  FROM orders o LEFT OUTER JOIN order_lines l ON o.id = l.order_id -- all of them
+ WHERE o.total BETWEEN 10 AND 100 - 5
+   AND o.customer LIKE 'A%' OR o.customer IN ('B', 'C''D', '')
+   AND NOT EXISTS (SELECT 1 FROM "closed -- orders" c WHERE c.id = o.id)
+ GROUP BY o.id HAVING COUNT(*) > 1
+ ORDER BY total DESC;
+
+UPDATE orders SET note = '/* not opened', total = total-1 WHERE id = 4; -- 'nor here
+UPDATE orders SET note = 'closed */' WHERE "id" = 5;
+DELETE FROM orders WHERE placed < CURRENT_DATE - 30 OR placed IS NULL;
+COMMIT;
+
+SELECT 'one' 'two', 'three'/**/'four', 'five'--six
+  FROM orders/* a */WHERE/***/id > 0x1F;
+SELECT "never closed
+  FROM orders; -- the quote ended with its line
+SELECT "
+  FROM orders;
+
+GRANT SELECT, INSERT ON orders TO PUBLIC;
+CREATE VIEW small AS SELECT * FROM orders WHERE total < 10;
+DROP VIEW small;
+ROLLBACK;
+
+USE [shop];
+GO
+SET NOCOUNT ON; SET QUOTED_IDENTIFIER ON;
+DECLARE @total MONEY = 0x1F, @name NVARCHAR(40) = N'größer', @path VARCHAR(9) = 'C:\';
+SELECT TOP 10 [customer's name], [a "quoted" one], [with -- signs], [and ]]] AS x
+  FROM [dbo].[orders /* all */] WITH (NOLOCK, TABLOCKX);
+IF @@ERROR <> 0 RAISERROR('it''s gone', 16, 1);
+BEGIN TRY
+    EXEC sp_executesql N'SELECT ''a'' FROM [b]';
+    MERGE orders AS t USING news AS n ON t.id = n.id
+    WHEN MATCHED THEN UPDATE SET total = n.total OUTPUT $action;
+END TRY
+BEGIN CATCH
+    PRINT ERROR_MESSAGE(); THROW;
+END CATCH;
+SELECT ISNULL(note, '') + CONVERT(VARCHAR(10), GETDATE(), 120), LEN(customer) FROM orders
+ PIVOT (SUM(total) FOR id IN ([1], [2])) p;
+CREATE CLUSTERED INDEX ix ON orders (id DESC) WITH FILLFACTOR = 80;
+[never closed
+SELECT 1;
+/* never closed: 'text
+SELECT 1;
