@@ -14,7 +14,7 @@ void TextLineArray::insert(int i, TextLine *line)
     if (gapStart == gapEnd)
         grow(size() + 1);
     moveGap(i);
-    slots_[size_t(gapStart)] = line;
+    places[size_t(gapStart)] = line;
     forgetBlocks(gapStart, gapStart);
     ++gapStart;
 }
@@ -22,7 +22,7 @@ void TextLineArray::insert(int i, TextLine *line)
 void TextLineArray::remove(int i)
 {
     moveGap(i);
-    TextLine *line = slots_[size_t(gapEnd)];
+    TextLine *line = places[size_t(gapEnd)];
     forgetBlocks(gapEnd, gapEnd);
     ++gapEnd;
     if (autoDelete)
@@ -35,20 +35,20 @@ void TextLineArray::clear()
         for (int i = size() - 1; i >= 0; --i)
             std::unique_ptr<TextLine>{at(i)}.reset();
     }
-    slots_ = {};
+    places = {};
     blockWidths = {};
     gapStart = gapEnd = 0;
 }
 
 void TextLineArray::reserve(int lines)
 {
-    if (lines > int(slots_.size()))
+    if (lines > int(places.size()))
         grow(lines);
 }
 
 void TextLineArray::swap(TextLineArray &other) noexcept
 {
-    slots_.swap(other.slots_);
+    places.swap(other.places);
     blockWidths.swap(other.blockWidths);
     std::swap(gapStart, other.gapStart);
     std::swap(gapEnd, other.gapEnd);
@@ -67,29 +67,50 @@ void TextLineArray::allWidthsChanged()
 
 void TextLineArray::moveGap(int i)
 {
-    if (i == gapStart)
-        return;
-    const auto begin = slots_.begin();
-    if (i < gapStart) {
-        forgetBlocks(i, gapEnd - 1);
-        std::move_backward(begin + i, begin + gapStart, begin + gapEnd);
-        gapEnd -= gapStart - i;
-    } else {
-        const int lines = i - gapStart;
-        forgetBlocks(gapStart, gapEnd + lines - 1);
-        std::move(begin + gapEnd, begin + gapEnd + lines, begin + gapStart);
-        gapEnd += lines;
+    const int gap = gapEnd - gapStart;
+    TextLine **const lines = places.data();
+    if (gap > 0 && i < gapStart) {
+        carryWidths(i, gapStart, gap);
+        std::move_backward(lines + i, lines + gapStart, lines + gapEnd);
+    } else if (gap > 0 && i > gapStart) {
+        carryWidths(gapEnd, i + gap, -gap);
+        std::move(lines + gapEnd, lines + i + gap, lines + gapStart);
     }
     gapStart = i;
+    gapEnd = i + gap;
+}
+
+// The lines in slots \a first up to \a last are about to move by \a shift. Where
+// they come to lie a block gets the widths of the blocks they come from: too much
+// does no harm, as the widest block is always measured again.
+void TextLineArray::carryWidths(int first, int last, int shift)
+{
+    if (blockWidths.empty())
+        return;
+    const int lowest = (first + shift) / blockSize;
+    const int highest = (last - 1 + shift) / blockSize;
+    for (int n = 0; n <= highest - lowest; ++n) {
+        // No block may be changed before it has been read.
+        const int to = shift > 0 ? highest - n : lowest + n;
+        const int begin = std::max(to * blockSize - shift, first);
+        const int end = std::min((to + 1) * blockSize - shift, last);
+        int &width = blockWidths[size_t(to)];
+        for (int from = begin / blockSize; from <= (end - 1) / blockSize; ++from) {
+            const int other = blockWidths[size_t(from)];
+            width = width == unknown || other == unknown ? unknown : std::max(width, other);
+        }
+    }
 }
 
 // The gap lies behind the last line afterwards.
 void TextLineArray::grow(int minimum)
 {
     moveGap(size());
-    const size_t room = std::max<size_t>(size_t(minimum), slots_.size() + slots_.size() / 2 + 64);
-    slots_.resize(room);
+    const size_t room = std::max<size_t>(size_t(minimum), places.size() + places.size() / 2 + 64);
+    places.resize(room);
     gapEnd = int(room);
+    if (!blockWidths.empty())
+        blockWidths.resize(blockCount(), noLines);
 }
 
 void TextLineArray::forgetBlocks(int firstSlot, int lastSlot)

@@ -23,10 +23,10 @@ public:
     /// Exchanges the lines, not autoDelete.
     void swap(TextLineArray &other) noexcept;
 
-    int size() const { return int(slots_.size()) - (gapEnd - gapStart); }
+    int size() const { return int(places.size()) - (gapEnd - gapStart); }
     int count() const { return size(); }
     bool isEmpty() const { return size() == 0; }
-    TextLine *at(int i) const { return slots_[slotOf(i)]; }
+    TextLine *at(int i) const { return places[slotOf(i)]; }
     TextLine *operator[](int i) const { return at(i); }
 
     void append(TextLine *line);
@@ -54,16 +54,21 @@ public:
 
 private:
     static constexpr int blockSize = 1024;
+    // Instead of the width of a block:
     static constexpr int unknown = -1;
+    static constexpr int noLines = -2;
 
     size_t slotOf(int i) const { return size_t(i < gapStart ? i : i + (gapEnd - gapStart)); }
     void moveGap(int i);
+    void carryWidths(int first, int last, int shift);
     void grow(int minimum);
+    size_t blockCount() const { return (places.size() + blockSize - 1) / blockSize; }
     void forgetBlocks(int firstSlot, int lastSlot);
     template <typename WidthOf>
     int measureBlock(int block, const WidthOf &widthOf, TextLine **widestLine) const;
 
-    std::vector<TextLine *> slots_;
+    std::vector<TextLine *> places;
+    /// Upper bounds; empty if none is known.
     std::vector<int> blockWidths;
     int gapStart = 0;
     int gapEnd = 0;
@@ -72,19 +77,18 @@ private:
 template <typename WidthOf>
 int TextLineArray::measureBlock(int block, const WidthOf &widthOf, TextLine **widestLine) const
 {
-    const int last = qMin((block + 1) * blockSize, int(slots_.size()));
+    const int last = qMin((block + 1) * blockSize, int(places.size()));
     int width = -1;
     for (int slot = block * blockSize; slot < last; ++slot) {
         if (slot >= gapStart && slot < gapEnd)
             continue;
-        const int w = widthOf(slots_[size_t(slot)]);
+        const int w = widthOf(places[size_t(slot)]);
         if (w > width) {
             width = w;
-            *widestLine = slots_[size_t(slot)];
+            *widestLine = places[size_t(slot)];
         }
     }
-    // A block without lines counts as measured and narrower than any line.
-    return width == -1 ? -2 : width;
+    return width == -1 ? noLines : width;
 }
 
 template <typename WidthOf>
@@ -93,14 +97,14 @@ TextLine *TextLineArray::widest(const WidthOf &widthOf, int *width)
     *width = -1;
     if (isEmpty())
         return nullptr;
-    blockWidths.resize((slots_.size() + blockSize - 1) / blockSize, unknown);
+    blockWidths.resize(blockCount(), unknown);
     TextLine *line = nullptr;
     for (size_t block = 0; block < blockWidths.size(); ++block) {
         if (blockWidths[block] == unknown)
             blockWidths[block] = measureBlock(int(block), widthOf, &line);
     }
-    // A line may have become narrower without a word to us, so the winner is
-    // measured again and has to keep its place.
+    // A line may have moved to another block, or have become narrower without a
+    // word to us, so the winner is measured again and has to keep its place.
     for (;;) {
         const auto best = std::max_element(blockWidths.begin(), blockWidths.end());
         const int measured = measureBlock(int(best - blockWidths.begin()), widthOf, &line);
