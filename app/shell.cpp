@@ -147,6 +147,7 @@ struct Shell::Private
     QLabel *statusCursorLine = nullptr;
     QLabel *statusCursorCol = nullptr;
     bool hasBottomTabStretch = false;
+    bool isLeaving = false;
 };
 
 Shell *Shell::Private::self = nullptr;
@@ -605,8 +606,12 @@ void Shell::raiseBottomDock()
 
 void Shell::exit()
 {
-    if (Editors::self()->closeAll())
-        QApplication::exit(0);
+    if (d->isLeaving || !Editors::self()->closeAll())
+        return;
+    // Keys and clicks that wait already still arrive, and find no editors any more.
+    d->isLeaving = true;
+    setEnabled(false);
+    QApplication::exit(0);
 }
 
 void Shell::closeEvent(QCloseEvent *event)
