@@ -247,11 +247,20 @@ void TestEditors::whatCannotBeOpened()
         responder->expect(QStringLiteral("Ok"));
     editors()->open(path(name));
     if (hasBox)
-        QCOMPARE(responder->texts, QStringList(QStringLiteral("Can not open file\n") + path(name)));
+        QCOMPARE(responder->texts,
+                 QStringList(QStringLiteral("Can not open file\n%1\n").arg(path(name))));
     QVERIFY2(statusText().contains(path(name)), qPrintable(statusText()));
     // The editor must not be able to write over what it never showed.
     QCOMPARE(fileNames(), QStringList(QString()));
     QVERIFY(!editors()->current()->isModified());
+    // The session that is opened behind it must not hide what was said.
+    const QString file = write(QStringLiteral("session.txt"));
+    Settings::write(QStringLiteral("/editors/openedFiles"), QStringList(file));
+    Settings::write(QStringLiteral("/editors/openedCurrent"), file);
+    editors()->loadSessionFiles();
+    editors()->loadSessionCurrent();
+    QCOMPARE(editors()->current()->filename(), file);
+    QVERIFY2(statusText().contains(path(name)), qPrintable(statusText()));
 }
 
 void TestEditors::closingQuestion_data()

@@ -79,6 +79,8 @@ struct Editors::Private
     Editor *currentEditor = nullptr;
     QMenu *editorsPopup = nullptr;
     QString lastOpenSaveDir;
+    /// What the status line said of the last file that could not be opened or saved.
+    QString failure;
     QPointer<QFrame> closeButtonFrame;
 };
 
@@ -237,10 +239,12 @@ void Editors::open()
         d->lastOpenSaveDir = QStringLiteral(".");
     const QStringList names = FileDialog::openFileNames(tr("Choose files"), d->lastOpenSaveDir,
                                                         QString::fromLatin1(openFilter));
+    d->failure.clear();
     for (const QString &name : names) {
         FileTypeManager::self()->openFile(name);
         d->lastOpenSaveDir = QFileInfo(name).absolutePath();
     }
+    repeatFailure();
 }
 
 void Editors::open(const QString &path)
@@ -253,13 +257,23 @@ void Editors::open(const QString &path)
     if (d->currentEditor->hasFileName() || !d->currentEditor->text().isEmpty())
         newEditor();
     Editor *const editor = d->currentEditor;
-    if (!editor->open(file))
-        tellFailure(tr("Cannot open %1: %2"), file, editor->errorString());
+    if (editor->open(file))
+        return;
+    tellFailure(tr("Cannot open %1: %2").arg(file, editor->errorString()));
 }
 
-void Editors::tellFailure(const QString &message, const QString &file, const QString &reason)
+/// To be called behind the last of several files: each that is opened puts its own
+/// name into the status line.
+void Editors::repeatFailure()
 {
-    Shell::self()->statusMessage(QStringLiteral("default"), message.arg(file, reason));
+    if (!d->failure.isEmpty())
+        Shell::self()->statusMessage(QStringLiteral("default"), d->failure);
+}
+
+void Editors::tellFailure(const QString &failure)
+{
+    d->failure = failure;
+    Shell::self()->statusMessage(QStringLiteral("default"), failure);
 }
 
 void Editors::save()
@@ -276,6 +290,9 @@ bool Editors::saveEditor(Editor *editor)
     }
     if (!writeEditor(editor))
         return false;
+    // What failed before, maybe just this, is over.
+    if (!std::exchange(d->failure, QString()).isEmpty())
+        setCaption();
     emit fileSaved();
     return true;
 }
@@ -285,7 +302,7 @@ bool Editors::writeEditor(Editor *editor)
     editor->save();
     if (!editor->isModified())
         return true;
-    tellFailure(tr("Cannot save %1: %2"), editor->filename(), editor->errorString());
+    tellFailure(tr("Cannot save %1: %2").arg(editor->filename(), editor->errorString()));
     return false;
 }
 
@@ -338,7 +355,7 @@ bool Editors::saveCurrentAs(const QString &url)
     Editor *const editor = d->currentEditor;
     editor->saveAs(file);
     if (editor->isModified()) {
-        tellFailure(tr("Cannot save %1: %2"), file, editor->errorString());
+        tellFailure(tr("Cannot save %1: %2").arg(file, editor->errorString()));
         return false;
     }
     emit fileSaved();
@@ -348,6 +365,7 @@ bool Editors::saveCurrentAs(const QString &url)
 void Editors::saveAll()
 {
     const QList<Editor *> all = d->list;
+    d->failure.clear();
     for (Editor *const editor : all) {
         if (!editor->isModified())
             continue;
@@ -358,6 +376,7 @@ void Editors::saveAll()
         setCurrentEditor(editor);
         saveCurrentAs();
     }
+    repeatFailure();
 }
 
 void Editors::close()

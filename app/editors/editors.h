@@ -150,7 +150,8 @@ private:
     bool saveCurrentAs();
     bool saveCurrentAs(const QString &url);
     QString askSaveName();
-    void tellFailure(const QString &message, const QString &file, const QString &reason);
+    void repeatFailure();
+    void tellFailure(const QString &failure);
     void storeSession() const;
 
     struct Private;

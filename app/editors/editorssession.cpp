@@ -52,6 +52,7 @@ void Editors::loadSessionCurrent()
     const QString path = Settings::read(openedCurrentKey);
     if (QFileInfo::exists(path))
         open(path);
+    repeatFailure();
 }
 
 } // namespace vesk

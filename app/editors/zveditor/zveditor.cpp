@@ -236,7 +236,7 @@ bool ZVEditor::open(const QString &url)
     setErrorString(QString());
     if (!QFileInfo::exists(url)) {
         setErrorString(tr("No such file"));
-        Message::critical(tr("Error"), tr("Can not open file\n%1").arg(url), tr("Ok"));
+        Message::critical(tr("Error"), tr("Can not open file\n%1\n").arg(url), tr("Ok"));
         return false;
     }
     if (!load(url))
