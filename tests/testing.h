@@ -1,0 +1,176 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QFile>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QStringList>
+#include <QTest>
+#include <QTimer>
+#include <QWidget>
+#include <QWindow>
+
+#include <functional>
+#include <type_traits>
+
+/// A text of a data row: a string, or a literal in UTF-8.
+struct RowText
+{
+    RowText(const char *utf8) : text(QString::fromUtf8(utf8)) {}
+    RowText(const QString &string) : text(string) {}
+
+    QString text;
+};
+
+/// The rows of a data function. Made with the names of its columns, it adds a row at
+/// every call: its claim, then a value for each column.
+template <typename... Types>
+class Rows
+{
+    template <typename>
+    using Name = const char *;
+    template <typename T>
+    using Value = std::conditional_t<std::is_same_v<T, QString>, RowText, T>;
+
+public:
+    explicit Rows(Name<Types>... names) { (QTest::addColumn<Types>(names), ...); }
+
+    void operator()(const char *claim, const Value<Types> &...values) const
+    {
+        [[maybe_unused]] QTestData &row = QTest::newRow(claim);
+        ((row << plain(values)), ...);
+    }
+
+private:
+    template <typename T>
+    static const T &plain(const T &value)
+    {
+        return value;
+    }
+    static const QString &plain(const RowText &value) { return value.text; }
+};
+
+/// Writes the whole file and gives back its path.
+inline QString writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+/// Shows \a window and gives it the keyboard; false if it doesn't come. A window
+/// manager that is just starting may miss a request, so each is made again.
+[[nodiscard]] inline bool showActive(QWidget *window)
+{
+    for (int i = 0; i < 20; ++i) {
+        window->show();
+        window->activateWindow();
+        if (QTest::qWaitForWindowActive(window, 500))
+            return true;
+        if (!window->windowHandle()->isExposed())
+            window->hide();
+    }
+    return false;
+}
+
+/// A move with the left button held, which the toolkit's own helper doesn't send.
+inline void dragTo(QWidget *widget, const QPoint &pos, Qt::KeyboardModifiers modifiers = {})
+{
+    QMouseEvent move(QEvent::MouseMove, pos, widget->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton,
+                     modifiers);
+    QCoreApplication::sendEvent(widget, &move);
+}
+
+/// Answers modal dialogs from the event loop in the order in which they come. A
+/// dialog that nobody expected is rejected and makes unexpected() true.
+class Responder : public QObject
+{
+public:
+    using Answer = std::function<void(QWidget *)>;
+
+    Responder()
+    {
+        connect(&timer, &QTimer::timeout, this, &Responder::look);
+        timer.start(5);
+    }
+
+    void expect(const Answer &answer) { answers.append(answer); }
+    void expect(QMessageBox::StandardButton button)
+    {
+        expect([button](QWidget *dialog) {
+            if (auto *const box = qobject_cast<QMessageBox *>(dialog))
+                box->button(button)->click();
+        });
+    }
+    /// Presses the button of this object name or text.
+    void expect(const QString &button)
+    {
+        expect([button](QWidget *dialog) {
+            const QList<QAbstractButton *> buttons = dialog->findChildren<QAbstractButton *>();
+            for (QAbstractButton *const each : buttons) {
+                if (each->objectName() == button || each->text() == button) {
+                    each->click();
+                    return;
+                }
+            }
+        });
+    }
+
+    bool isDone() const { return answers.isEmpty() && !surprised; }
+    /// What the message boxes said.
+    QStringList texts;
+
+private:
+    void look()
+    {
+        QWidget *const dialog = QApplication::activeModalWidget();
+        if (!dialog)
+            return;
+        if (dialog == last) {
+            // The answer did not end it, and nothing else would.
+            if (++waited > 400)
+                giveUp(dialog);
+            return;
+        }
+        // Keys go to a dialog only when it is active. One that never becomes so is
+        // answered all the same.
+        if (!dialog->isActiveWindow() && ++waited < 200)
+            return;
+        waited = 0;
+        last = dialog;
+        // A button may take a moment, and one dialog may be shown again and again.
+        if (auto *const asking = qobject_cast<QDialog *>(dialog))
+            connect(asking, &QDialog::finished, this, [this] { last.clear(); });
+        if (const auto *const box = qobject_cast<QMessageBox *>(dialog))
+            texts.append(box->text());
+        if (answers.isEmpty()) {
+            giveUp(dialog);
+            return;
+        }
+        answers.takeFirst()(dialog);
+    }
+
+    void giveUp(QWidget *dialog)
+    {
+        surprised = true;
+        waited = 0;
+        if (auto *const asking = qobject_cast<QDialog *>(dialog))
+            asking->reject();
+    }
+
+    QTimer timer;
+    QList<Answer> answers;
+    QPointer<QWidget> last;
+    bool surprised = false;
+    int waited = 0;
+};
