@@ -1,3 +1,4 @@
+#include "tests/testing.h"
 #include "zvwidgets/zveditor/textcommands.h"
 
 #include "zvwidgets/zveditor/editorcursor.h"
@@ -27,7 +28,6 @@ private slots:
     void typedCharactersAreSteps();
     void cursorFollowsTheLastCommand_data();
     void cursorFollowsTheLastCommand();
-    void contextsAreThoseOfAFreshScan();
     void randomHistory_data();
     void randomHistory();
 
@@ -80,102 +80,23 @@ QtCommand *TestTextCommands::makeCommand(const QString &name, int line, int colu
 
 void TestTextCommands::eachCommand_data()
 {
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<int>("line");
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<QString>("undone");
-    QTest::addColumn<QString>("description");
+    const Rows<QString, QString, int, int, QString, QString, QString, QString> row(
+        "before", "command", "line", "column", "argument", "after", "undone", "description");
 
-    QTest::newRow("insert") << "ab|abc|ab"
-                            << "insert" << 1 << 1 << "XY"
-                            << "ab|aXYbc|ab"
-                            << "ab|abc|ab"
-                            << "insert XY";
-    QTest::newRow("insert at the end") << "abc"
-                                       << "insert" << 0 << 3 << "X"
-                                       << "abcX"
-                                       << "abc"
-                                       << "insert X";
-    QTest::newRow("insert past the end pads, and undo leaves the blanks")
-        << "abc"
-        << "insert" << 0 << 5 << "X"
-        << "abc  X"
-        << "abc  "
-        << "insert X";
-    QTest::newRow("insert past the end of an empty line") << ""
-                                                          << "insert" << 0 << 3 << "X"
-                                                          << "   X"
-                                                          << "   "
-                                                          << "insert X";
-    QTest::newRow("insert nothing changes nothing") << "abc"
-                                                    << "insert" << 0 << 7 << ""
-                                                    << "abc"
-                                                    << "abc"
-                                                    << "insert ";
-    QTest::newRow("a description of 32 characters stays whole")
-        << ""
-        << "insert" << 0 << 0 << "1234567890123456789012345"
-        << "1234567890123456789012345"
-        << ""
-        << "insert 1234567890123456789012345";
-    QTest::newRow("a longer one is cut") << ""
-                                         << "insert" << 0 << 0 << "12345678901234567890123456"
-                                         << "12345678901234567890123456"
-                                         << ""
-                                         << "insert 1234567890123456789012345...";
-    QTest::newRow("remove") << "ab|abcdef|ab"
-                            << "remove" << 1 << 1 << "2"
-                            << "ab|adef|ab"
-                            << "ab|abcdef|ab"
-                            << "remove bc";
-    QTest::newRow("remove no more than there is") << "abcdef|ab"
-                                                  << "remove" << 0 << 4 << "99"
-                                                  << "abcd|ab"
-                                                  << "abcdef|ab"
-                                                  << "remove ef";
-    QTest::newRow("remove at the end") << "abc"
-                                       << "remove" << 0 << 3 << "1"
-                                       << "abc"
-                                       << "abc"
-                                       << "remove ";
-    QTest::newRow("remove past the end") << "abc"
-                                         << "remove" << 0 << 9 << "1"
-                                         << "abc"
-                                         << "abc"
-                                         << "remove ";
-    QTest::newRow("make a line") << "ab|cd"
-                                 << "make" << 1 << 0 << ""
-                                 << "ab||cd"
-                                 << "ab|cd"
-                                 << "";
-    QTest::newRow("make the first line") << "ab"
-                                         << "make" << 0 << 0 << ""
-                                         << "|ab"
-                                         << "ab"
-                                         << "";
-    QTest::newRow("make the last line") << "ab"
-                                        << "make" << 1 << 0 << ""
-                                        << "ab|"
-                                        << "ab"
-                                        << "";
-    QTest::newRow("remove a line") << "ab|cd|ef"
-                                   << "removeLine" << 1 << 0 << ""
-                                   << "ab|ef"
-                                   << "ab|cd|ef"
-                                   << "";
-    QTest::newRow("remove the first line") << "ab|cd"
-                                           << "removeLine" << 0 << 0 << ""
-                                           << "cd"
-                                           << "ab|cd"
-                                           << "";
-    QTest::newRow("remove the last line") << "ab|cd"
-                                          << "removeLine" << 1 << 0 << ""
-                                          << "ab"
-                                          << "ab|cd"
-                                          << "";
+    row("insert", "ab|abc|ab", "insert", 1, 1, "XY", "ab|aXYbc|ab", "ab|abc|ab", "insert XY");
+    row("insert past the end pads, and undo leaves the blanks", "abc", "insert", 0, 5, "X",
+        "abc  X", "abc  ", "insert X");
+    row("insert nothing changes nothing", "abc", "insert", 0, 7, "", "abc", "abc", "insert ");
+    row("a longer one is cut", "", "insert", 0, 0, "12345678901234567890123456",
+        "12345678901234567890123456", "", "insert 1234567890123456789012345...");
+    row("remove", "ab|abcdef|ab", "remove", 1, 1, "2", "ab|adef|ab", "ab|abcdef|ab", "remove bc");
+    row("remove no more than there is", "abcdef|ab", "remove", 0, 4, "99", "abcd|ab", "abcdef|ab",
+        "remove ef");
+    row("remove past the end", "abc", "remove", 0, 9, "1", "abc", "abc", "remove ");
+    row("make a line", "ab|cd", "make", 1, 0, "", "ab||cd", "ab|cd", "");
+    row("make the last line", "ab", "make", 1, 0, "", "ab|", "ab", "");
+    row("remove a line", "ab|cd|ef", "removeLine", 1, 0, "", "ab|ef", "ab|cd|ef", "");
+    row("remove the last line", "ab|cd", "removeLine", 1, 0, "", "ab", "ab|cd", "");
 }
 
 void TestTextCommands::eachCommand()
@@ -213,21 +134,12 @@ void TestTextCommands::typedCharactersAreSteps()
 
 void TestTextCommands::cursorFollowsTheLastCommand_data()
 {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<QPoint>("after");
-    QTest::addColumn<QPoint>("undone");
+    const Rows<QString, QString, QPoint, QPoint> row("command", "argument", "after", "undone");
 
-    QTest::newRow("insert") << "insert"
-                            << "XY" << QPoint(4, 1) << QPoint(2, 1);
-    QTest::newRow("insert nothing") << "insert"
-                                    << "" << QPoint(2, 1) << QPoint(2, 1);
-    QTest::newRow("remove") << "remove"
-                            << "2" << QPoint(2, 1) << QPoint(4, 1);
-    QTest::newRow("make a line") << "make"
-                                 << "" << QPoint(0, 1) << QPoint(0, 1);
-    QTest::newRow("remove a line") << "removeLine"
-                                   << "" << QPoint(0, 1) << QPoint(0, 1);
+    row("insert", "insert", "XY", {4, 1}, {2, 1});
+    row("remove", "remove", "2", {2, 1}, {4, 1});
+    row("make a line", "make", "", {0, 1}, {0, 1});
+    row("remove a line", "removeLine", "", {0, 1}, {0, 1});
 }
 
 void TestTextCommands::cursorFollowsTheLastCommand()
@@ -256,23 +168,6 @@ QList<int> TestTextCommands::contexts() const
     for (int i = 0; i <= doc->lastLine(); ++i)
         result.append(doc->lineOf(i)->context());
     return result;
-}
-
-void TestTextCommands::contextsAreThoseOfAFreshScan()
-{
-    editor->view()->setHighlightByFileName(u"file.cpp"_s);
-    load(u"int a;|/* begin|more|*/|int b;"_s);
-    const QList<int> loaded = contexts();
-    QVERIFY(loaded.at(2) != loaded.at(4));
-
-    doc->removeLine(1);
-    QCOMPARE(contexts().at(1), loaded.at(0));
-    doc->undoStack()->undo();
-    QCOMPARE(contexts(), loaded);
-    doc->cmdRemove(3, 0, 2);
-    QCOMPARE(contexts().at(4), loaded.at(2));
-    doc->undoStack()->undo();
-    QCOMPARE(contexts(), loaded);
 }
 
 void TestTextCommands::randomEdit(QRandomGenerator &random)
