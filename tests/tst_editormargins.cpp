@@ -1,27 +1,20 @@
-#include "tests/showactive.h"
-#include "zvwidgets/zveditor/editorcursor.h"
+#include "tests/editortest.h"
 #include "zvwidgets/zveditor/editormargins.h"
-#include "zvwidgets/zveditor/textdoc.h"
-#include "zvwidgets/zveditor/texteditor.h"
-#include "zvwidgets/zveditor/textfolding.h"
-#include "zvwidgets/zveditor/textline.h"
-#include "zvwidgets/zveditor/textmanager.h"
-#include "zvwidgets/zveditor/textview.h"
 
-#include <QMouseEvent>
 #include <QTest>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
-class TestEditorMargins : public QObject
+class TestEditorMargins : public EditorTest
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { closeEditor(); }
 
     void lineSelection_data();
     void lineSelection();
@@ -30,7 +23,6 @@ private slots:
     void clicksOnAFold();
     void numberAtFirstRowOnly();
     void iconOnEveryRow();
-    void dottedLineIsEven();
     void foldDrawing();
     void rowsAfterAFoldAreAllPainted();
     void fontChangeRefitsTheMargins();
@@ -42,33 +34,16 @@ private:
     static QImage image(QWidget *margin);
     int inkedPixels(const QImage &image, int row) const;
     static int rowHeight;
-
-    std::unique_ptr<TextEditorManager> manager;
-    std::unique_ptr<TextEditor> editor;
-    TextDocument *doc = nullptr;
-    TextView *view = nullptr;
 };
 
 int TestEditorMargins::rowHeight = 0;
 
 void TestEditorMargins::init()
 {
-    manager = std::make_unique<TextEditorManager>();
-    doc = new TextDocument(manager.get());
-    editor = std::make_unique<TextEditor>(doc);
-    manager->addEditor(editor.get(), doc);
-    view = editor->view();
-    editor->resize(600, 400);
-    editor->setText(QStringLiteral("zero\none\ntwo\nthree\nfour\nfive\nsix\nseven"));
+    showEditor();
+    editor->setText(u"zero\none\ntwo\nthree\nfour\nfive\nsix\nseven"_s);
     view->setCursorPosition(0, 0, false);
-    QVERIFY(showActive(editor.get()));
     rowHeight = view->lineHeight();
-}
-
-void TestEditorMargins::cleanup()
-{
-    editor.reset();
-    manager.reset();
 }
 
 QPoint TestEditorMargins::at(int row, int x)
@@ -103,21 +78,15 @@ int TestEditorMargins::inkedPixels(const QImage &image, int row) const
 
 void TestEditorMargins::lineSelection_data()
 {
-    QTest::addColumn<QList<int>>("rows");
-    QTest::addColumn<QString>("selected");
+    const Rows<QList<int>, QString> row("rows", "selected");
 
-    QTest::newRow("a click takes the line break too") << QList<int>{1} << QStringLiteral("one\n");
-    QTest::newRow("the last line has none") << QList<int>{7} << QStringLiteral("seven");
-    QTest::newRow("dragging down") << QList<int>{1, 2, 3} << QStringLiteral("one\ntwo\nthree\n");
-    QTest::newRow("dragging up keeps the first line")
-        << QList<int>{3, 2, 1} << QStringLiteral("one\ntwo\nthree\n");
-    QTest::newRow("down, then up across the start")
-        << QList<int>{3, 4, 1} << QStringLiteral("one\ntwo\nthree\n");
-    QTest::newRow("up, then down across the start")
-        << QList<int>{3, 1, 4} << QStringLiteral("three\nfour\n");
-    QTest::newRow("up, then back to the start") << QList<int>{3, 1, 3} << QStringLiteral("three\n");
-    QTest::newRow("up from the last line") << QList<int>{7, 6} << QStringLiteral("six\nseven");
-    QTest::newRow("below the text") << QList<int>{6, 12} << QStringLiteral("six\nseven");
+    row("a click takes the line break too", {1}, "one\n");
+    row("the last line has none", {7}, "seven");
+    row("dragging up keeps the first line", {3, 2, 1}, "one\ntwo\nthree\n");
+    row("down, then up across the start", {3, 4, 1}, "one\ntwo\nthree\n");
+    row("up, then down across the start", {3, 1, 4}, "three\nfour\n");
+    row("up from the last line", {7, 6}, "six\nseven");
+    row("below the text", {6, 12}, "six\nseven");
 }
 
 void TestEditorMargins::lineSelection()
@@ -127,25 +96,20 @@ void TestEditorMargins::lineSelection()
 
     QWidget *margin = view->selectionMargin();
     QTest::mousePress(margin, Qt::LeftButton, Qt::NoModifier, at(rows.first()));
-    for (const int row : rows.mid(1)) {
-        QMouseEvent move(QEvent::MouseMove, at(row), margin->mapToGlobal(at(row)), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(margin, &move);
-    }
+    for (const int row : rows.mid(1))
+        dragTo(margin, at(row));
     QTest::mouseRelease(margin, Qt::LeftButton, Qt::NoModifier, at(rows.last()));
     QCOMPARE(editor->getSelectedText(), selected);
 }
 
 void TestEditorMargins::selectionBecomesAFold_data()
 {
-    QTest::addColumn<int>("lastLine");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<bool>("made");
+    const Rows<int, int, bool> row("lastLine", "row", "made");
 
-    QTest::newRow("three lines, first") << 3 << 1 << true;
-    QTest::newRow("three lines, last") << 3 << 3 << true;
-    QTest::newRow("beside them") << 3 << 4 << false;
-    QTest::newRow("two lines") << 2 << 1 << false;
+    row("three lines, first", 3, 1, true);
+    row("three lines, last", 3, 3, true);
+    row("beside them", 3, 4, false);
+    row("two lines", 2, 1, false);
 }
 
 void TestEditorMargins::selectionBecomesAFold()
@@ -180,7 +144,7 @@ void TestEditorMargins::clicksOnAFold()
 void TestEditorMargins::numberAtFirstRowOnly()
 {
     editor->setWrap(true);
-    editor->setText(QStringLiteral("word ").repeated(40) + QStringLiteral("\nlast"));
+    editor->setText(u"word "_s.repeated(40) + u"\nlast"_s);
     view->setCursorPosition(0, 0, false);
     QCoreApplication::processEvents();
     const QImage margin = image(view->lineNumberMargin());
@@ -197,7 +161,7 @@ void TestEditorMargins::iconOnEveryRow()
     QPixmap icon(6, 6);
     icon.fill(Qt::red);
     editor->setWrap(true);
-    editor->setText(QStringLiteral("word ").repeated(40) + QStringLiteral("\nlast"));
+    editor->setText(u"word "_s.repeated(40) + u"\nlast"_s);
     view->setCursorPosition(0, 0, false);
     editor->setLineIcon(0, &icon);
     const auto shows = [this](int row) {
@@ -212,23 +176,6 @@ void TestEditorMargins::iconOnEveryRow()
     QVERIFY(!shows(0) && shows(lastRow) && shows(lastRow + 1));
     editor->clearLineIcon(1);
     QVERIFY(!shows(lastRow));
-}
-
-void TestEditorMargins::dottedLineIsEven()
-{
-    editor->setText(QStringLiteral("x\n").repeated(100));
-    for (const int top : {0, 1, 2}) {
-        view->vslide(top);
-        for (QWidget *margin : {static_cast<QWidget *>(view->lineNumberMargin()),
-                                static_cast<QWidget *>(view->foldingMargin())}) {
-            const QImage shown = image(margin);
-            const int x = shown.width() - 1;
-            for (int y = 0; y < shown.height(); ++y) {
-                const bool dot = shown.pixelColor(x, y) == QColor(0, 128, 128);
-                QCOMPARE(dot, (view->contentsY() + y) % 2 == 0);
-            }
-        }
-    }
 }
 
 void TestEditorMargins::foldDrawing()
@@ -265,7 +212,7 @@ void TestEditorMargins::foldDrawing()
 /// Rows, not line numbers, tell where a margin has to be painted.
 void TestEditorMargins::rowsAfterAFoldAreAllPainted()
 {
-    editor->setText(QStringLiteral("x\n").repeated(200));
+    editor->setText(u"x\n"_s.repeated(200));
     QVERIFY(doc->folding()->createFold(1, 100));
     view->setCursorPosition(0, 0, false);
     const QList<QWidget *> margins{view->indicatorMargin(), view->lineNumberMargin(),
