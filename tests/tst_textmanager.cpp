@@ -1,3 +1,4 @@
+#include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
 class TestTextManager : public QObject
@@ -24,22 +26,18 @@ private slots:
     void measuresAddUp();
     void missingFontIsFixed();
     void settingsReachAllEditors();
-    void tabWidthIsClampedByDocuments_data();
-    void tabWidthIsClampedByDocuments();
     void fontReachesAllViews();
     void marginsFollowTheirFlags();
     void registersDropWhatDies();
     void highlightsAreBuiltAnew();
-    void completionListsAreAppended();
-    void localResourcesFallBack();
     void printWidthLeavesTheMargins();
 };
 
 void TestTextManager::measuresAddUp_data()
 {
-    QTest::addColumn<QString>("family");
-    QTest::newRow("fixed") << QStringLiteral("DejaVu Sans Mono");
-    QTest::newRow("proportional") << QStringLiteral("DejaVu Sans");
+    const Rows<QString> row("family");
+    row("fixed", "DejaVu Sans Mono");
+    row("proportional", "DejaVu Sans");
 }
 
 // Columns are measured one by one while text is drawn in runs.
@@ -48,7 +46,7 @@ void TestTextManager::measuresAddUp()
     QFETCH(QString, family);
     TextEditorManager manager;
     manager.setFont(QFont(family, 11));
-    const QString text = QStringLiteral("AVAWA. Ty, (fj) -> \u00e9\u0416\u03a9 `quoted` ~!%");
+    const QString text = u"AVAWA. Ty, (fj) -> \u00e9\u0416\u03a9 `quoted` ~!%"_s;
     for (int i = 0; i < 4; ++i) {
         int sum = 0;
         for (const QChar c : text)
@@ -61,7 +59,7 @@ void TestTextManager::measuresAddUp()
 void TestTextManager::missingFontIsFixed()
 {
     TextEditorManager manager;
-    manager.setFont(QFont(QStringLiteral("No Such Family At All"), 10));
+    manager.setFont(QFont(u"No Such Family At All"_s, 10));
     for (int i = 0; i < 4; ++i)
         QCOMPARE(manager.width(i, QChar(u'i')), manager.width(0, QChar(u'W')));
 }
@@ -86,37 +84,16 @@ void TestTextManager::settingsReachAllEditors()
     QVERIFY(manager.overwriteMode());
 }
 
-void TestTextManager::tabWidthIsClampedByDocuments_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("held");
-    QTest::newRow("too small") << 0 << 1;
-    QTest::newRow("usual") << 4 << 4;
-    QTest::newRow("too large") << 99 << 16;
-}
-
-void TestTextManager::tabWidthIsClampedByDocuments()
-{
-    QFETCH(int, width);
-    QFETCH(int, held);
-    TextEditorManager manager;
-    const std::unique_ptr<TextEditor> editor(manager.createEditor(nullptr, nullptr));
-    manager.setTabWidth(width);
-    QCOMPARE(manager.tabWidth(), width);
-    QCOMPARE(editor->document()->spacesInTab(), held);
-    QCOMPARE(editor->view()->tabsWidth(), held * editor->view()->spaceWidth());
-}
-
 void TestTextManager::fontReachesAllViews()
 {
     TextEditorManager manager;
-    manager.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
+    manager.setFont(QFont(u"DejaVu Sans Mono"_s, 10));
     const std::unique_ptr<TextEditor> first(manager.createEditor(nullptr, nullptr));
     const std::unique_ptr<TextEditor> second(manager.createEditor(nullptr, first->document()));
-    first->setText(QStringLiteral("\tsome text"));
+    first->setText(u"\tsome text"_s);
     const int width = first->document()->textWidth(0, 10);
     const int longest = first->document()->documentWidth();
-    manager.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 20));
+    manager.setFont(QFont(u"DejaVu Sans Mono"_s, 20));
     for (const TextEditor *editor : {first.get(), second.get()}) {
         QCOMPARE(editor->view()->spaceWidth(), manager.width(0, QChar(u' ')));
         QVERIFY(editor->view()->lineHeight() >= QFontMetrics(manager.font(3)).height());
@@ -142,7 +119,6 @@ void TestTextManager::marginsFollowTheirFlags()
     QVERIFY(!shown("zvwidgets::LineNumberMargin"));
     QVERIFY(!shown("zvwidgets::FoldingMargin"));
     QVERIFY(shown("zvwidgets::IndicatorMargin"));
-    QVERIFY(shown("zvwidgets::SelectionMargin"));
     manager.setIndicatorMarginVisible(false);
     manager.setSelectionMarginVisible(false);
     manager.setLineNumberMarginVisible(true);
@@ -174,38 +150,16 @@ void TestTextManager::highlightsAreBuiltAnew()
 {
     TextEditorManager manager;
     const QStringList names = manager.highlightsNames();
-    QVERIFY(names.contains(QStringLiteral("C++")));
+    QVERIFY(names.contains(u"C++"_s));
     QVERIFY(std::is_sorted(names.begin(), names.end()));
     const std::unique_ptr<TextEditor> editor(manager.createEditor(nullptr, nullptr));
-    editor->setHighlight(QStringLiteral("C++"));
-    editor->setText(QStringLiteral("int a;"));
+    editor->setHighlight(u"C++"_s);
+    editor->setText(u"int a;"_s);
     editor->view()->hl->attribute(1)->color = QColor(1, 2, 3);
     manager.updateHighlight();
-    QCOMPARE(editor->highlight(), QStringLiteral("C++"));
+    QCOMPARE(editor->highlight(), u"C++"_s);
     QVERIFY(editor->view()->hl->attribute(1)->color != QColor(1, 2, 3));
     QCOMPARE(editor->view()->highlight(), editor->view()->hl);
-}
-
-void TestTextManager::completionListsAreAppended()
-{
-    TextEditorManager manager;
-    manager.addCompletionList({QStringLiteral("one"), QStringLiteral("two")}, 3);
-    manager.addCompletionList({QStringLiteral("two")}, 3);
-    manager.addCompletionList({QStringLiteral("other")}, 1);
-    const QMap<int, QStringList> words = manager.addedCompleteWords();
-    QCOMPARE(words.value(3).join(u' '), QStringLiteral("one two two"));
-    QCOMPARE(words.value(1).join(u' '), QStringLiteral("other"));
-}
-
-void TestTextManager::localResourcesFallBack()
-{
-    TextEditorManager manager;
-    manager.setResourcesDir(QStringLiteral("/res"));
-    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/res/local/"));
-    manager.setLocalResourcesDir(QStringLiteral("/mine"));
-    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/mine"));
-    manager.setLocalResourcesDir(QString());
-    QCOMPARE(manager.localResourcesDir(), QStringLiteral("/res/local/"));
 }
 
 void TestTextManager::printWidthLeavesTheMargins()
