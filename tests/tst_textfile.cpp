@@ -1,3 +1,4 @@
+#include "tests/testing.h"
 #include "zvwidgets/zveditor/textfile.h"
 #include "zvwidgets/zveditor/textlinearray.h"
 
@@ -15,6 +16,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 using namespace std::string_view_literals;
 
@@ -64,19 +66,6 @@ QStringList linesOf(const Text &text)
     for (int i = 0; i < text.lines.size(); ++i)
         lines.append(QStringView(*text.lines.at(i)).toString());
     return lines;
-}
-
-void setContent(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-QByteArray content(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
 }
 
 bool save(const QString &path, const QByteArray &bytes, QString *error = nullptr)
@@ -274,9 +263,9 @@ void TestTextFile::randomBytes()
         if (plain.endsWith(QLatin1Char('\n')))
             plain.chop(1);
         if (linesOf(text) != plain.split(QLatin1Char('\n')))
-            QFAIL(qPrintable(QStringLiteral("other lines with seed %1").arg(seed)));
+            QFAIL(qPrintable(u"other lines with seed %1"_s.arg(seed)));
         if (written(&text) != withoutFinalEnd(bytes))
-            QFAIL(qPrintable(QStringLiteral("other bytes with seed %1").arg(seed)));
+            QFAIL(qPrintable(u"other bytes with seed %1"_s.arg(seed)));
     }
 }
 
@@ -317,7 +306,7 @@ void TestTextFile::sequentialDevice()
 void TestTextFile::readFailure()
 {
     // The first page of a process's memory is not there to be read.
-    QFile file(QStringLiteral("/proc/self/mem"));
+    QFile file(u"/proc/self/mem"_s);
     QVERIFY(file.open(QIODevice::ReadOnly));
     Text text;
     QVERIFY(!TextFile::read(file, QStringConverter::Utf8, &text.lines, &text.format, &text.error));
@@ -329,25 +318,20 @@ void TestTextFile::mixedLineEnds()
     Text text;
     QVERIFY(readFrom("a\nb\r\nc\r\nd\re", &text));
     QCOMPARE(text.format.lineEnd, LineEnd::CrLf);
-    text.lines.insert(1, std::make_unique<TextLine>(QStringLiteral("new")).release());
-    text.lines.at(4)->insertText(1, QStringLiteral("!"));
+    text.lines.insert(1, std::make_unique<TextLine>(u"new"_s).release());
+    text.lines.at(4)->insertText(1, u"!"_s);
     QCOMPARE(written(&text), QByteArray("a\nnew\r\nb\r\nc\r\nd!\re"));
 }
 
 void TestTextFile::unencodableCharacters_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::newRow("latin-1 takes its own letters")
-        << QByteArray("\xFF") << QString(QChar(0xE9)) << QByteArray("\xE9\xFF");
-    QTest::newRow("latin-1 becomes utf-8, what was seen stays")
-        << QByteArray("\xFF") << QString(QChar(0x20AC)) << QByteArray("\xE2\x82\xAC\xC3\xBF");
-    QTest::newRow("utf-8 marks half a pair")
-        << QByteArray("z") << QString(QChar(0xD83D)) << QByteArray("\xEF\xBF\xBDz");
-    QTest::newRow("utf-16 holds half a pair")
-        << QByteArray("\xFF\xFEz\0", 4) << QString(QChar(0xD83D))
-        << QByteArray("\xFF\xFE\x3D\xD8z\0", 6);
+    const Rows<QByteArray, QString, QByteArray> row("bytes", "typed", "expected");
+    row("latin-1 takes its own letters", "\xFF", QString(QChar(0xE9)), "\xE9\xFF");
+    row("latin-1 becomes utf-8, what was seen stays", "\xFF", QString(QChar(0x20AC)),
+        "\xE2\x82\xAC\xC3\xBF");
+    row("utf-8 marks half a pair", "z", QString(QChar(0xD83D)), "\xEF\xBF\xBDz");
+    row("utf-16 holds half a pair", QByteArray("\xFF\xFEz\0", 4), QString(QChar(0xD83D)),
+        QByteArray("\xFF\xFE\x3D\xD8z\0", 6));
 }
 
 void TestTextFile::unencodableCharacters()
@@ -363,7 +347,7 @@ void TestTextFile::unencodableCharacters()
 
 void TestTextFile::writeFailure()
 {
-    QFile full(QStringLiteral("/dev/full"));
+    QFile full(u"/dev/full"_s);
     QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     Text text;
     QVERIFY(readFrom("text", &text));
@@ -374,48 +358,47 @@ void TestTextFile::writeFailure()
 void TestTextFile::saveReplacesWholeFile()
 {
     const QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("f"));
+    const QString path = dir.filePath(u"f"_s);
     QVERIFY(save(path, "a much longer text\n"));
-    QCOMPARE(content(path), QByteArray("a much longer text"));
+    QCOMPARE(readFile(path), QByteArray("a much longer text"));
     QVERIFY(save(path, "b"));
-    QCOMPARE(content(path), QByteArray("b"));
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
-             QStringList{QStringLiteral("f")});
+    QCOMPARE(readFile(path), QByteArray("b"));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"f"_s});
 }
 
 void TestTextFile::saveFollowsLinks()
 {
     const QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("f"));
-    const QString link = dir.filePath(QStringLiteral("link"));
-    const QString toLink = dir.filePath(QStringLiteral("link to link"));
-    QVERIFY(QFile::link(QStringLiteral("f"), link));
-    QVERIFY(QFile::link(QStringLiteral("link"), toLink));
+    const QString path = dir.filePath(u"f"_s);
+    const QString link = dir.filePath(u"link"_s);
+    const QString toLink = dir.filePath(u"link to link"_s);
+    QVERIFY(QFile::link(u"f"_s, link));
+    QVERIFY(QFile::link(u"link"_s, toLink));
 
     QVERIFY2(save(toLink, "first"), "the file behind a link need not exist");
-    QCOMPARE(content(path), QByteArray("first"));
+    QCOMPARE(readFile(path), QByteArray("first"));
     QVERIFY(save(toLink, "second"));
-    QCOMPARE(content(path), QByteArray("second"));
+    QCOMPARE(readFile(path), QByteArray("second"));
     QVERIFY(QFileInfo(link).isSymLink() && QFileInfo(toLink).isSymLink());
 
-    const QString other = dir.filePath(QStringLiteral("other name"));
+    const QString other = dir.filePath(u"other name"_s);
     QCOMPARE(::link(qPrintable(path), qPrintable(other)), 0);
     QVERIFY(save(path, "third, and longer"));
-    QCOMPARE(content(other), QByteArray("third, and longer"));
+    QCOMPARE(readFile(other), QByteArray("third, and longer"));
     QVERIFY(save(other, "4"));
-    QCOMPARE(content(path), QByteArray("4"));
+    QCOMPARE(readFile(path), QByteArray("4"));
 
-    QVERIFY(QFile::link(QStringLiteral("round"), dir.filePath(QStringLiteral("round"))));
+    QVERIFY(QFile::link(u"round"_s, dir.filePath(u"round"_s)));
     QString error;
-    QVERIFY(!save(dir.filePath(QStringLiteral("round")), "z", &error));
+    QVERIFY(!save(dir.filePath(u"round"_s), "z", &error));
     QVERIFY(!error.isEmpty());
 }
 
 void TestTextFile::saveKeepsRights()
 {
     const QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("f"));
-    setContent(path, "a");
+    const QString path = dir.filePath(u"f"_s);
+    writeFile(path, "a");
     const mode_t mode = 0751;
     QCOMPARE(::chmod(qPrintable(path), mode), 0);
     const bool isRoot = ::geteuid() == 0;
@@ -432,8 +415,8 @@ void TestTextFile::saveKeepsRights()
 void TestTextFile::saveWithoutFolderRights()
 {
     const QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("f"));
-    setContent(path, "a longer old text");
+    const QString path = dir.filePath(u"f"_s);
+    writeFile(path, "a longer old text");
     QCOMPARE(::chmod(qPrintable(path), 0666), 0);
     QCOMPARE(::chmod(qPrintable(dir.path()), 0555), 0);
     QString error;
@@ -441,28 +424,26 @@ void TestTextFile::saveWithoutFolderRights()
         const WithoutRights rights;
         QVERIFY(rights.ok);
         QVERIFY2(save(path, "b", &error), qPrintable(error));
-        QCOMPARE(content(path), QByteArray("b"));
+        QCOMPARE(readFile(path), QByteArray("b"));
         QVERIFY(save(path, "longer again"));
-        QCOMPARE(content(path), QByteArray("longer again"));
+        QCOMPARE(readFile(path), QByteArray("longer again"));
         const FullDisk full;
         QVERIFY(!save(path, QByteArray(5000, 'x'), &error));
     }
     QVERIFY(!error.isEmpty());
-    QCOMPARE(content(path), QByteArray("longer again"));
+    QCOMPARE(readFile(path), QByteArray("longer again"));
     QCOMPARE(::chmod(qPrintable(dir.path()), 0755), 0);
 }
 
 void TestTextFile::saveFailureKeepsOldFile_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("no room") << QStringLiteral("f") << QByteArray(5000, 'x');
-    QTest::newRow("no room for a file of two names")
-        << QStringLiteral("two") << QByteArray(5000, 'x');
-    QTest::newRow("no right to write") << QStringLiteral("read-only") << QByteArray("x");
-    QTest::newRow("a folder") << QStringLiteral("folder") << QByteArray("x");
-    QTest::newRow("in no folder") << QStringLiteral("missing/f") << QByteArray("x");
-    QTest::newRow("no regular file") << QStringLiteral("pipe") << QByteArray("x");
+    const Rows<QString, QByteArray> row("name", "bytes");
+    row("no room", "f", QByteArray(5000, 'x'));
+    row("no room for a file of two names", "two", QByteArray(5000, 'x'));
+    row("no right to write", "read-only", "x");
+    row("a folder", "folder", "x");
+    row("in no folder", "missing/f", "x");
+    row("no regular file", "pipe", "x");
 }
 
 void TestTextFile::saveFailureKeepsOldFile()
@@ -472,16 +453,15 @@ void TestTextFile::saveFailureKeepsOldFile()
     const QTemporaryDir dir;
     const QByteArray old(900, 'o');
     for (const char *file : {"f", "two", "read-only"})
-        setContent(dir.filePath(QLatin1String(file)), old);
+        writeFile(dir.filePath(QLatin1String(file)), old);
     QCOMPARE(::chmod(qPrintable(dir.path()), 0777), 0);
-    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("f"))), 0666), 0);
-    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("two"))), 0666), 0);
-    QCOMPARE(::chmod(qPrintable(dir.filePath(QStringLiteral("read-only"))), 0444), 0);
-    QCOMPARE(::link(qPrintable(dir.filePath(QStringLiteral("two"))),
-                    qPrintable(dir.filePath(QStringLiteral("second name")))),
+    QCOMPARE(::chmod(qPrintable(dir.filePath(u"f"_s)), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(dir.filePath(u"two"_s)), 0666), 0);
+    QCOMPARE(::chmod(qPrintable(dir.filePath(u"read-only"_s)), 0444), 0);
+    QCOMPARE(::link(qPrintable(dir.filePath(u"two"_s)), qPrintable(dir.filePath(u"second name"_s))),
              0);
-    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
-    QCOMPARE(::mkfifo(qPrintable(dir.filePath(QStringLiteral("pipe"))), 0666), 0);
+    QVERIFY(QDir(dir.path()).mkdir(u"folder"_s));
+    QCOMPARE(::mkfifo(qPrintable(dir.filePath(u"pipe"_s)), 0666), 0);
     const QStringList entries = QDir(dir.path()).entryList(QDir::AllEntries | QDir::System);
 
     QString error;
@@ -493,7 +473,7 @@ void TestTextFile::saveFailureKeepsOldFile()
     }
     QVERIFY(!error.isEmpty());
     for (const char *file : {"f", "two", "read-only"})
-        QCOMPARE(content(dir.filePath(QLatin1String(file))), old);
+        QCOMPARE(readFile(dir.filePath(QLatin1String(file))), old);
     QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System), entries);
 }
 
