@@ -1,12 +1,12 @@
-#include "activewindow.h"
+#include "tests/testing.h"
 #include "zvwidgets/tabbar.h"
 
-#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using zvwidgets::TabBar;
 
 Q_DECLARE_METATYPE(TabBar::TabPosition)
@@ -17,11 +17,10 @@ class TestTabBar : public QObject
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { window.reset(); }
 
     void widths_data();
     void widths();
-    void currentTabStandsOut();
     void clickTellsOnRelease_data();
     void clickTellsOnRelease();
     void rightClickSelects();
@@ -32,7 +31,6 @@ private slots:
     void heldButtonRepeats();
     void closeButtonClosesTheCurrentTab();
     void hiddenTabComesIntoView();
-    void roomIsUsed();
     void dragSwaps();
     void wideTabDoesNotFlip();
     void noDragIfForbidden();
@@ -45,7 +43,7 @@ private:
     QPoint button(int number) const;
     void addTabs(int count);
     void click(const QPoint &pos) { QTest::mouseClick(bar, Qt::LeftButton, {}, pos); }
-    void drag(const QPoint &pos);
+    void drag(const QPoint &pos) { dragTo(bar, pos); }
 
     std::unique_ptr<QWidget> window;
     TabBar *bar = nullptr;
@@ -57,13 +55,7 @@ void TestTabBar::init()
     bar = new TabBar(window.get());
     bar->setGeometry(0, 0, 400, 30);
     window->resize(500, 500);
-    window->show();
-    QVERIFY(waitForActive(window.get()));
-}
-
-void TestTabBar::cleanup()
-{
-    window.reset();
+    QVERIFY(showActive(window.get()));
 }
 
 QPoint TestTabBar::button(int number) const
@@ -75,28 +67,18 @@ QPoint TestTabBar::button(int number) const
 void TestTabBar::addTabs(int count)
 {
     for (int i = 0; i < count; ++i)
-        bar->addTab(QStringLiteral("number %1").arg(i));
+        bar->addTab(u"number %1"_s.arg(i));
     bar->setCurrentTab(bar->firstTab(false));
-}
-
-void TestTabBar::drag(const QPoint &pos)
-{
-    QMouseEvent move(QEvent::MouseMove, pos, bar->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton,
-                     Qt::NoModifier);
-    QCoreApplication::sendEvent(bar, &move);
 }
 
 void TestTabBar::widths_data()
 {
-    QTest::addColumn<int>("style");
-    QTest::addColumn<bool>("hasIcon");
-    QTest::addColumn<int>("currentMore"); // than the label, in pixels
-    QTest::addColumn<int>("otherMore");
-    QTest::newRow("plain") << 0 << false << 12 << 20;
-    QTest::newRow("icons") << 1 << true << 31 << 39;
-    QTest::newRow("icons are not shown") << 0 << true << 12 << 20;
-    QTest::newRow("narrow others") << 8 << false << 12 << 12;
-    QTest::newRow("wide current") << 16 << false << 20 << 20;
+    // than the label, in pixels
+    const Rows<int, bool, int, int> row("style", "hasIcon", "currentMore", "otherMore");
+    row("plain", 0, false, 12, 20);
+    row("icons", 1, true, 31, 39);
+    row("icons are not shown", 0, true, 12, 20);
+    row("wide current", 16, false, 20, 20);
 }
 
 void TestTabBar::widths()
@@ -106,36 +88,23 @@ void TestTabBar::widths()
     QPixmap pixmap(16, 16);
     pixmap.fill(Qt::red);
     const QIcon icon = hasIcon ? QIcon(pixmap) : QIcon();
-    const int a = bar->addTab(icon, QStringLiteral("&Same && label"));
-    const int b = bar->addTab(icon, QStringLiteral("&Same && label"));
+    const int a = bar->addTab(icon, u"&Same && label"_s);
+    const int b = bar->addTab(icon, u"&Same && label"_s);
     bar->setCurrentTab(a);
     bar->setViewStyle(style);
-    const int label = bar->fontMetrics().horizontalAdvance(QStringLiteral("Same & label"));
+    const int label = bar->fontMetrics().horizontalAdvance(u"Same & label"_s);
     // The current tab lies over 2 pixels on both sides.
     QTEST(bar->tabRect(a).width() - 4 - label, "currentMore");
     QTEST(bar->tabRect(b).width() - label, "otherMore");
 }
 
-void TestTabBar::currentTabStandsOut()
-{
-    addTabs(2);
-    bar->setViewStyle(TabBar::BoldCurrent);
-    const QRect first = bar->tabRect(0);
-    bar->setCurrentTab(1);
-    QCOMPARE_GT(first.width(), bar->tabRect(0).width() + 4 - 8);
-    QCOMPARE(bar->tabRect(0).left(), 2);
-    QCOMPARE(bar->tabRect(1).left(), bar->tabRect(0).right() + 1 - 2);
-    bar->setViewStyle(TabBar::NarrowOthers);
-    QCOMPARE(bar->tabRect(0).left(), 7);
-}
-
 void TestTabBar::clickTellsOnRelease_data()
 {
-    QTest::addColumn<TabBar::TabPosition>("position");
-    QTest::newRow("top") << TabBar::Top;
-    QTest::newRow("bottom") << TabBar::Bottom;
-    QTest::newRow("left") << TabBar::Left;
-    QTest::newRow("right") << TabBar::Right;
+    const Rows<TabBar::TabPosition> row("position");
+    row("top", TabBar::Top);
+    row("bottom", TabBar::Bottom);
+    row("left", TabBar::Left);
+    row("right", TabBar::Right);
 }
 
 void TestTabBar::clickTellsOnRelease()
@@ -200,13 +169,13 @@ void TestTabBar::keysWalkAlong()
 
 void TestTabBar::markedLetterSelects()
 {
-    bar->addTab(QStringLiteral("one"));
-    bar->addTab(QStringLiteral("t&wo"));
+    bar->addTab(u"one"_s);
+    bar->addTab(u"t&wo"_s);
     bar->setCurrentTab(0);
     QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
     QCOMPARE(bar->currentTab(), 1);
-    bar->setTabTitle(1, QStringLiteral("two"));
-    bar->setTabTitle(0, QStringLiteral("&one"));
+    bar->setTabTitle(1, u"two"_s);
+    bar->setTabTitle(0, u"&one"_s);
     QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
     QCOMPARE(bar->currentTab(), 1);
     QTest::keyClick(window.get(), Qt::Key_O, Qt::AltModifier);
@@ -273,16 +242,6 @@ void TestTabBar::hiddenTabComesIntoView()
     QVERIFY(bar->tabRect(0).isNull());
 }
 
-void TestTabBar::roomIsUsed()
-{
-    bar->resize(150, 30);
-    addTabs(3);
-    bar->setCurrentTab(2);
-    QVERIFY(bar->tabRect(0).isNull());
-    bar->resize(490, 30);
-    QVERIFY(!bar->tabRect(0).isNull());
-}
-
 void TestTabBar::dragSwaps()
 {
     addTabs(3);
@@ -301,8 +260,8 @@ void TestTabBar::dragSwaps()
 
 void TestTabBar::wideTabDoesNotFlip()
 {
-    bar->addTab(QStringLiteral("a tab of a very long name"));
-    bar->addTab(QStringLiteral("i"));
+    bar->addTab(u"a tab of a very long name"_s);
+    bar->addTab(u"i"_s);
     QSignalSpy spy(bar, &TabBar::changeTabsOrder);
     QTest::mousePress(bar, Qt::LeftButton, {}, middle(1));
     // At the left end of the wide tab the narrow one would not come to rest there.
@@ -333,14 +292,14 @@ void TestTabBar::dragOut()
     addTabs(2);
     QStringList told;
     connect(bar, &TabBar::startTabDrag, this, [&](int id) { told << QString::number(id); });
-    connect(bar, &TabBar::continueTabDrag, this, [&] { told << QStringLiteral("on"); });
-    connect(bar, &TabBar::cancelTabDrag, this, [&] { told << QStringLiteral("back"); });
-    connect(bar, &TabBar::finishTabDrag, this, [&] { told << QStringLiteral("drop"); });
+    connect(bar, &TabBar::continueTabDrag, this, [&] { told << u"on"_s; });
+    connect(bar, &TabBar::cancelTabDrag, this, [&] { told << u"back"_s; });
+    connect(bar, &TabBar::finishTabDrag, this, [&] { told << u"drop"_s; });
     QTest::mousePress(bar, Qt::LeftButton, {}, middle(1));
     for (const QPoint &pos : {QPoint(10, 200), QPoint(10, 210), middle(1), QPoint(10, 200)})
         drag(pos);
     QTest::mouseRelease(bar, Qt::LeftButton, {}, QPoint(10, 200));
-    QCOMPARE(told.join(u' '), QStringLiteral("1 on back 1 drop"));
+    QCOMPARE(told.join(u' '), u"1 on back 1 drop"_s);
 }
 
 void TestTabBar::removingKeepsACurrentTab()
@@ -356,9 +315,9 @@ void TestTabBar::removingKeepsACurrentTab()
     QCOMPARE(bar->count(), 0);
     QTest::mouseClick(bar, Qt::LeftButton, {}, QPoint(10, 15));
     // Ids are not used again.
-    QCOMPARE(bar->addTab(QStringLiteral("x")), 3);
-    QCOMPARE(bar->addTab(QStringLiteral("y"), 3), 4);
-    QCOMPARE(bar->addTab(QStringLiteral("z"), 40), 40);
+    QCOMPARE(bar->addTab(u"x"_s), 3);
+    QCOMPARE(bar->addTab(u"y"_s, 3), 4);
+    QCOMPARE(bar->addTab(u"z"_s, 40), 40);
 }
 
 QTEST_MAIN(TestTabBar)

@@ -1,12 +1,11 @@
-#include "app/widgets/clicklabel.h"
 #include "app/widgets/colorcombo.h"
 #include "app/widgets/splitter.h"
 #include "app/widgetstack.h"
+#include "tests/testing.h"
 
 #include <QApplication>
 #include <QColorDialog>
 #include <QLineEdit>
-#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextStream>
@@ -15,6 +14,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
 namespace {
@@ -60,28 +60,6 @@ public:
     QList<QWidget *> panes;
 };
 
-bool hasDots(int thickness, Qt::Orientation orientation)
-{
-    Splitter splitter(orientation);
-    splitter.setHandleWidth(thickness);
-    auto *const first = new QWidget(&splitter);
-    auto *const second = new QWidget(&splitter);
-    first->setFixedSize(60, 60);
-    second->setFixedSize(60, 60);
-    splitter.show();
-    if (!QTest::qWaitForWindowExposed(&splitter))
-        qFatal("no window");
-    const QImage image = splitter.handle(1)->grab().toImage();
-    const QColor background = splitter.palette().color(QPalette::Window);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (image.pixelColor(x, y) != background)
-                return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 /// Splitter, page stack, colour combo and label.
@@ -89,17 +67,13 @@ class WidgetsTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void handleShowsDotsFrom5Pixels();
-    void shortListLeavesTheRest();
     void hiddenPaneKeepsItsSize();
     void paneHiddenBeforeTheFirstShow();
     void collapsedPaneIsZero();
-    void paneOfOnePixelDoesNotCollapse();
     void dragMovesTheHandleAtTheEnd();
     void writesPanes();
     void readsPanes_data();
     void readsPanes();
-    void stackShowsNothingByItself();
     void stackSwitchesPages();
     void stackListenerMayRaiseToo();
     void stackForgetsADeletedPage();
@@ -108,27 +82,7 @@ private slots:
     void comboSelectsByColor();
     void comboActivates_data();
     void comboActivates();
-    void labelTellsPresses();
 };
-
-void WidgetsTest::handleShowsDotsFrom5Pixels()
-{
-    for (const Qt::Orientation orientation : {Qt::Horizontal, Qt::Vertical}) {
-        QVERIFY(!hasDots(4, orientation));
-        QVERIFY(hasDots(5, orientation));
-    }
-}
-
-void WidgetsTest::shortListLeavesTheRest()
-{
-    Panes panes(3, {100, 200, 300});
-    QVERIFY(panes.show());
-    QCOMPARE(panes.splitter.sizes(), (QList<int>{100, 200, 300}));
-    panes.splitter.setSizes({100});
-    QCOMPARE(panes.splitter.sizes(), (QList<int>{100, 200, 300}));
-    panes.splitter.setSizes({});
-    QCOMPARE(panes.splitter.sizes(), (QList<int>{100, 200, 300}));
-}
 
 void WidgetsTest::hiddenPaneKeepsItsSize()
 {
@@ -168,16 +122,6 @@ void WidgetsTest::collapsedPaneIsZero()
     QCOMPARE(panes.splitter.sizes().constFirst(), 40);
 }
 
-void WidgetsTest::paneOfOnePixelDoesNotCollapse()
-{
-    Panes panes(2, {150, 450});
-    panes.panes.first()->setMinimumWidth(1);
-    QVERIFY(panes.show());
-    QCoreApplication::sendPostedEvents();
-    panes.splitter.moveSplitter(0, 1);
-    QCOMPARE(panes.splitter.sizes(), (QList<int>{1, 599}));
-}
-
 void WidgetsTest::dragMovesTheHandleAtTheEnd()
 {
     Panes panes(2, {150, 450});
@@ -195,30 +139,23 @@ void WidgetsTest::writesPanes()
     Panes panes(3, {100, 200, 300});
     panes.panes.first()->setMinimumWidth(40);
     QVERIFY(panes.show());
-    QCOMPARE(panes.text(), QStringLiteral("[100,200,300]\n"));
+    QCOMPARE(panes.text(), u"[100,200,300]\n"_s);
     panes.panes.last()->hide();
     QTRY_COMPARE(panes.panes.at(1)->geometry().right(), panes.splitter.width() - 1);
     panes.splitter.moveSplitter(0, 1);
-    QVERIFY2(panes.text().startsWith(QStringLiteral("[0,")), qPrintable(panes.text()));
-    QVERIFY2(panes.text().endsWith(QStringLiteral(",H300]\n")), qPrintable(panes.text()));
+    QVERIFY2(panes.text().startsWith(u"[0,"_s), qPrintable(panes.text()));
+    QVERIFY2(panes.text().endsWith(u",H300]\n"_s), qPrintable(panes.text()));
 }
 
 void WidgetsTest::readsPanes_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("result");
-    QTest::newRow("sizes") << QStringLiteral("[200,100,300]") << QStringLiteral("[200,100,300]\n");
-    QTest::newRow("blanks before")
-        << QStringLiteral(" \n [200,100,300]\nmore") << QStringLiteral("[200,100,300]\n");
-    QTest::newRow("collapses") << QStringLiteral("[0,300,300]") << QStringLiteral("[0,300,300]\n");
-    QTest::newRow("fewer than panes")
-        << QStringLiteral("[100]") << QStringLiteral("[100,200,300]\n");
-    QTest::newRow("more than panes")
-        << QStringLiteral("[200,100,300,H500,900]") << QStringLiteral("[200,100,300]\n");
-    QTest::newRow("stops at junk")
-        << QStringLiteral("[100,x,0]") << QStringLiteral("[100,200,300]\n");
-    QTest::newRow("no list") << QStringLiteral("200,100,300") << QStringLiteral("[100,200,300]\n");
-    QTest::newRow("nothing") << QString() << QStringLiteral("[100,200,300]\n");
+    const Rows<QString, QString> row("line", "result");
+    row("sizes", "[200,100,300]", "[200,100,300]\n");
+    row("blanks before", " \n [200,100,300]\nmore", "[200,100,300]\n");
+    row("fewer than panes", "[100]", "[100,200,300]\n");
+    row("more than panes", "[200,100,300,H500,900]", "[200,100,300]\n");
+    row("stops at junk", "[100,x,0]", "[100,200,300]\n");
+    row("nothing", QString(), "[100,200,300]\n");
 }
 
 void WidgetsTest::readsPanes()
@@ -233,25 +170,11 @@ void WidgetsTest::readsPanes()
 
     Panes two(2, {100, 500});
     QVERIFY(two.show());
-    two.read(QStringLiteral("[h0,100]"));
+    two.read(u"[h0,100]"_s);
     QVERIFY(two.panes.first()->isHidden());
     QVERIFY(!two.panes.last()->isHidden());
-    two.read(QStringLiteral("[99999999999,1]"));
+    two.read(u"[99999999999,1]"_s);
     QVERIFY(!two.panes.first()->isHidden());
-}
-
-void WidgetsTest::stackShowsNothingByItself()
-{
-    WidgetStack stack;
-    auto *const first = new QWidget;
-    auto *const second = new QWidget;
-    QCOMPARE(stack.addWidget(first), 0);
-    QCOMPARE(stack.addWidget(second, -1), 1);
-    stack.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&stack));
-    QCOMPARE(stack.visibleWidget(), nullptr);
-    QCOMPARE(stack.id(nullptr), -1);
-    QVERIFY(first->isHidden() && second->isHidden());
 }
 
 void WidgetsTest::stackSwitchesPages()
@@ -339,8 +262,7 @@ void WidgetsTest::stackMovesTheFocus()
     stack->addWidget(first);
     stack->addWidget(second);
     stack->raiseWidget(first);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(showActive(&window));
     first->setFocus();
     stack->raiseWidget(second);
     QCOMPARE(window.focusWidget(), second);
@@ -351,22 +273,12 @@ void WidgetsTest::stackMovesTheFocus()
 
 void WidgetsTest::comboSelectsByColor_data()
 {
-    QTest::addColumn<QString>("given");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("name");
-    const auto row = [](const char *given, const char *shown, const char *name) {
-        QTest::newRow(*given ? given : "empty")
-            << QString::fromLatin1(given) << QString::fromLatin1(shown)
-            << QString::fromLatin1(name);
-    };
-    row("", "none", "");
-    row("nonsense", "none", "");
-    row("red", "red", "red");
-    row("#ff0000", "red", "red");
-    row("darkYellow", "darkYellow", "darkYellow");
-    row("#808000", "darkYellow", "darkYellow");
-    row("#123456", "custom", "#123456");
-    row("orange", "custom", "#ffa500");
+    const Rows<QString, QString, QString> row("given", "shown", "name");
+    row("nothing", "", "none", "");
+    row("nonsense", "nonsense", "none", "");
+    row("value of a standard colour", "#808000", "darkYellow", "darkYellow");
+    row("any other value", "#123456", "custom", "#123456");
+    row("any other name", "orange", "custom", "#ffa500");
 }
 
 void WidgetsTest::comboSelectsByColor()
@@ -375,8 +287,7 @@ void WidgetsTest::comboSelectsByColor()
     QFETCH(QString, shown);
     QFETCH(QString, name);
     ColorCombo combo;
-    QCOMPARE(combo.count(), 19);
-    combo.setColorName(QStringLiteral("blue"));
+    combo.setColorName(u"blue"_s);
     combo.setColorName(given);
     QCOMPARE(combo.currentText(), shown);
     QCOMPARE(combo.colorName(), name);
@@ -389,14 +300,11 @@ void WidgetsTest::comboSelectsByColor()
 
 void WidgetsTest::comboActivates_data()
 {
-    QTest::addColumn<int>("index");
-    QTest::addColumn<bool>("accept");
-    QTest::addColumn<QColor>("color");
-    QTest::addColumn<bool>("hasColor");
-    QTest::newRow("standard") << 3 << false << QColor(QStringLiteral("green")) << true;
-    QTest::newRow("none keeps the colour") << 0 << false << QColor(Qt::blue) << false;
-    QTest::newRow("custom") << 1 << true << QColor(1, 2, 3) << true;
-    QTest::newRow("custom, cancelled") << 1 << false << QColor(Qt::blue) << true;
+    const Rows<int, bool, QColor, bool> row("index", "accept", "color", "hasColor");
+    row("standard", 3, false, QColor(u"green"_s), true);
+    row("none keeps the colour", 0, false, QColor(Qt::blue), false);
+    row("custom", 1, true, QColor(1, 2, 3), true);
+    row("custom, cancelled", 1, false, QColor(Qt::blue), true);
 }
 
 void WidgetsTest::comboActivates()
@@ -408,29 +316,21 @@ void WidgetsTest::comboActivates()
     ColorCombo combo;
     combo.setColor(Qt::blue);
     QSignalSpy spy(&combo, SIGNAL(activated(QColor)));
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, &combo, [accept] {
-        auto *const dialog = qobject_cast<QColorDialog *>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        dialog->setCurrentColor(QColor(1, 2, 3));
-        accept ? dialog->accept() : dialog->reject();
-    });
-    answer.start(10);
+    Responder responder;
+    if (index == 1) {
+        responder.expect([accept](QWidget *widget) {
+            auto *const dialog = qobject_cast<QColorDialog *>(widget);
+            dialog->setCurrentColor(QColor(1, 2, 3));
+            accept ? dialog->accept() : dialog->reject();
+        });
+    }
     combo.setCurrentIndex(index);
     emit static_cast<QComboBox &>(combo).activated(index);
+    QVERIFY(responder.isDone());
     QCOMPARE(spy.size(), 1);
     QCOMPARE(spy.constFirst().constFirst().value<QColor>(), color);
     QCOMPARE(combo.color(), color);
     QCOMPARE(combo.hasColor(), hasColor);
-}
-
-void WidgetsTest::labelTellsPresses()
-{
-    ClickLabel label(QStringLiteral("press"));
-    QSignalSpy spy(&label, &ClickLabel::clicked);
-    QTest::mousePress(&label, Qt::LeftButton);
-    QCOMPARE(spy.size(), 1);
 }
 
 QTEST_MAIN(WidgetsTest)
