@@ -25,7 +25,6 @@ struct Settings::Private
     }
 
     static QString currentPath();
-    static QString storeKey(const QString &fullKey);
     static QVariant value(const QString &fullKey, bool *found);
     static bool setValue(const QString &fullKey, const QVariant &value);
     static void keepDamagedFile(const QString &path);
@@ -42,10 +41,9 @@ QString Settings::Private::currentPath()
            QStringLiteral("/vesk/vesk.ini");
 }
 
-/// The name of a full key within the file, empty if the file cannot hold it. The
-/// first component stands for a file. All live in this one: "vesk" is dropped,
-/// any other moves into a section where it meets no key of "vesk".
-QString Settings::Private::storeKey(const QString &fullKey)
+// The first component stands for a file. All live in this one: "vesk" is dropped,
+// any other moves into a section where it meets no key of "vesk".
+QString Settings::storeKey(const QString &fullKey)
 {
     if (fullKey.contains(QLatin1Char('=')) || fullKey.contains(QLatin1Char('\n')) ||
         fullKey.contains(QLatin1Char('\r')))
@@ -248,7 +246,7 @@ bool Settings::writeFull(const QString &fullKey, const QString &v)
 
 bool Settings::remove(const QString &k)
 {
-    const QString key = Private::storeKey(keyPrefix() + k);
+    const QString key = storeKey(keyPrefix() + k);
     Settings *const store = self();
     if (key.isEmpty() || !store->contains(key))
         return false;

@@ -64,6 +64,9 @@ public:
     /// Removes this one key and leaves those below it. False if there was none.
     static bool remove(const QString &k);
 
+    /// The name of \a fullKey within the file, for those who read it through
+    /// QSettings; empty if the file cannot hold it.
+    static QString storeKey(const QString &fullKey);
     /// Reads the string of \a fullKey, to which no prefix is added.
     static QString readFull(const QString &fullKey, const QString &def = QString(),
                             bool *ok = nullptr);

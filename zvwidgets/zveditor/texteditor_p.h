@@ -41,9 +41,15 @@ class CompletionList : public QListWidget
 {
     Q_OBJECT
 public:
-    explicit CompletionList(QWidget *parent);
+    /// \a filter sees the events of the list as long as it is one, and not those
+    /// of the bare widget that is left of it while it dies.
+    CompletionList(QObject *filter, QWidget *parent);
+    ~CompletionList() override;
     void fill(const QStringList &words);
     void keyboardSearch(const QString &) override {}
+
+private:
+    QPointer<QObject> eventSink;
 };
 
 struct TextEditor::Private

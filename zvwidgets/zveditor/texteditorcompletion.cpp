@@ -39,7 +39,7 @@ bool isWordCharacter(QChar c)
 {
     static constexpr std::array<bool, 128> ascii = asciiWordTable();
     const char16_t u = c.unicode();
-    return u < 128 ? ascii[u] : c.isLetterOrNumber();
+    return u < 128 ? ascii[u] : c.isLetterOrNumber() || c.isMark();
 }
 
 /// Calls \a visit with each word of \a doc, in the order of the text. The view
@@ -96,13 +96,21 @@ private:
 
 } // namespace
 
-CompletionList::CompletionList(QWidget *parent) : QListWidget(parent)
+CompletionList::CompletionList(QObject *filter, QWidget *parent)
+    : QListWidget(parent), eventSink(filter)
 {
+    installEventFilter(filter);
     setWindowFlags(Qt::Popup);
     setAttribute(Qt::WA_DeleteOnClose);
     setFrameStyle(Box | Raised);
     setFixedSize(popupSize, popupSize);
     setUniformItemSizes(true);
+}
+
+CompletionList::~CompletionList()
+{
+    if (eventSink)
+        removeEventFilter(eventSink);
 }
 
 void CompletionList::fill(const QStringList &words)
@@ -245,10 +253,9 @@ void TextEditor::Private::showPopup()
 {
     if (completionPopup)
         completionPopup->close();
-    completionPopup = new CompletionList(view);
+    completionPopup = new CompletionList(self, view);
     completionPopup->fill(completionGrep);
     completionPopup->move(popupPosition());
-    completionPopup->installEventFilter(self);
     connect(completionPopup, &QListWidget::itemClicked, self, &TextEditor::applyCompleteWord);
     connect(completionPopup, &QListWidget::itemActivated, self, &TextEditor::applyCompleteWord);
     connect(completionPopup, &QListWidget::itemDoubleClicked, self, &TextEditor::applyCompleteWord);

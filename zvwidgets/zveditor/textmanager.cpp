@@ -9,8 +9,10 @@
 
 #include <QApplication>
 #include <QFontInfo>
+#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QSettings>
 
 #include <utility>
 
@@ -46,7 +48,7 @@ struct TextEditorManager::Private
     QString resourceDir;
     QString localResourceDir;
     QMap<int, QStringList> addedCompleteWords;
-    QSettings *config = nullptr;
+    QPointer<QSettings> config;
     std::unique_ptr<QPrinter> printer;
 };
 

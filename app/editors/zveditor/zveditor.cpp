@@ -195,7 +195,7 @@ void ZVEditor::loadConfig()
 {
     TextEditorManager *const m = manager();
     m->setGlobalConfig(Settings::self());
-    m->setHlSettingsKey(Settings::keyPrefix() + QStringLiteral("/zveditor/hl"));
+    m->setHlSettingsKey(Settings::storeKey(Settings::keyPrefix() + QStringLiteral("/zveditor/hl")));
     for (const FlagOption &option : flagOptions)
         m->*option.flag = Settings::readBool(QString::fromLatin1(option.key), option.value);
     m->fIndentationGuides = false;
