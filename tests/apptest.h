@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/settings.h"
+#include "app/shell.h"
+#include "tests/testing.h"
+
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <memory>
+
+/// What the tests of the application start from: settings and files in a folder of
+/// their own, and a shell when it is asked for.
+class AppTest : public QObject
+{
+protected:
+    /// Holds for one test function.
+    static void failOnBadConnects()
+    {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
+    }
+
+    void makeProfile()
+    {
+        dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(dir->isValid());
+        vesk::Settings::setKeyPrefix(QStringLiteral("/vesk"));
+        vesk::Settings::setFileName(path(QStringLiteral("vesk.ini")));
+    }
+    void makeShell()
+    {
+        shell = std::make_unique<vesk::Shell>(nullptr, QStringLiteral("vesk::Shell"));
+    }
+    void dropShell()
+    {
+        shell.reset();
+        vesk::Settings::forceWrite();
+    }
+
+    QString path(const QString &name) const { return dir->filePath(name); }
+    QString write(const QString &name, const QByteArray &bytes = "text") const
+    {
+        return writeFile(path(name), bytes);
+    }
+
+    std::unique_ptr<QTemporaryDir> dir;
+    std::unique_ptr<vesk::Shell> shell;
+};
