@@ -19,8 +19,6 @@ private slots:
     void init();
     void cleanup() { window.reset(); }
 
-    void widths_data();
-    void widths();
     void clickTellsOnRelease_data();
     void clickTellsOnRelease();
     void rightClickSelects();
@@ -69,33 +67,6 @@ void TestTabBar::addTabs(int count)
     for (int i = 0; i < count; ++i)
         bar->addTab(u"number %1"_s.arg(i));
     bar->setCurrentTab(bar->firstTab(false));
-}
-
-void TestTabBar::widths_data()
-{
-    // than the label, in pixels
-    const Rows<int, bool, int, int> row("style", "hasIcon", "currentMore", "otherMore");
-    row("plain", 0, false, 12, 20);
-    row("icons", 1, true, 31, 39);
-    row("icons are not shown", 0, true, 12, 20);
-    row("wide current", 16, false, 20, 20);
-}
-
-void TestTabBar::widths()
-{
-    QFETCH(int, style);
-    QFETCH(bool, hasIcon);
-    QPixmap pixmap(16, 16);
-    pixmap.fill(Qt::red);
-    const QIcon icon = hasIcon ? QIcon(pixmap) : QIcon();
-    const int a = bar->addTab(icon, u"&Same && label"_s);
-    const int b = bar->addTab(icon, u"&Same && label"_s);
-    bar->setCurrentTab(a);
-    bar->setViewStyle(style);
-    const int label = bar->fontMetrics().horizontalAdvance(u"Same & label"_s);
-    // The current tab lies over 2 pixels on both sides.
-    QTEST(bar->tabRect(a).width() - 4 - label, "currentMore");
-    QTEST(bar->tabRect(b).width() - label, "otherMore");
 }
 
 void TestTabBar::clickTellsOnRelease_data()

@@ -559,13 +559,9 @@ void TestTextView::fillsCoverEachOther()
 {
     setText(u"one\n\nthree\nfour"_s);
     doc->lineOf(0)->setLineColor(green);
-    doc->lineOf(2)->setLineColor(green);
     QCOMPARE(fillAt(20, 0), green);
     manager->currentLineColor = QColor(0, 0, 255);
     QCOMPARE(fillAt(20, 0), manager->currentLineColor);
-    QCOMPARE(fillAt(20, 2), green);
-    manager->currentLineColor = manager->normalBackgroundColor;
-    QCOMPARE(fillAt(20, 0), green);
     view->setSelection(QPoint(0, 0), QPoint(0, 1));
     QCOMPARE(fillAt(20, 0), red);
     // A closed fold has a line below its first line.

@@ -24,8 +24,6 @@ private slots:
     void size_data();
     void size();
     void dateTime();
-    void encodesLinesOf72Characters_data();
-    void encodesLinesOf72Characters();
     void decodes_data();
     void decodes();
     void base64IsReversible();
@@ -86,26 +84,6 @@ void UtilsTest::dateTime()
     const QDate sameYear(now.date().year(), now.date().month() == 3 ? 4 : 3, 9);
     QCOMPARE(Utils::humanReadableDateTime(QDateTime(sameYear, QTime(7, 5))),
              sameYear.month() == 3 ? u"9 Mar"_s : u"9 Apr"_s);
-}
-
-void UtilsTest::encodesLinesOf72Characters_data()
-{
-    const Rows<int, QList<int>> row("bytes", "lineLengths");
-    row("nothing", 0, {0});
-    row("one line exactly", 54, {72});
-    row("a tail of two never wraps", 56, {76});
-    row("a whole group wraps", 57, {72, 4});
-}
-
-void UtilsTest::encodesLinesOf72Characters()
-{
-    QFETCH(int, bytes);
-    QFETCH(QList<int>, lineLengths);
-    const QString text = QString::fromLatin1(Utils::encodeBase64(QByteArray(bytes, 'x')));
-    QList<int> lengths;
-    for (const QString &line : text.split(u"\r\n"_s))
-        lengths.append(int(line.size()));
-    QCOMPARE(lengths, lineLengths);
 }
 
 void UtilsTest::decodes_data()
