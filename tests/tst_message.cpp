@@ -1,26 +1,25 @@
 #include "app/message.h"
-#include "app/settings.h"
-#include "app/shell.h"
+#include "tests/apptest.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
 /// Message boxes give back the button that was meant, also by keys.
-class MessageTest : public QObject
+class MessageTest : public AppTest
 {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { dropShell(); }
     void textButtons_data();
     void textButtons();
     void standardButtons_data();
@@ -47,37 +46,23 @@ private:
         timer.start(10);
         return ask();
     }
-
-    QTemporaryDir dir;
-    std::unique_ptr<Shell> shell;
 };
 
 void MessageTest::initTestCase()
 {
-    Settings::setFileName(dir.filePath(QStringLiteral("vesk.ini")));
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
-    shell = std::make_unique<Shell>();
-    shell->show();
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
-}
-
-void MessageTest::cleanupTestCase()
-{
-    shell.reset();
-    Settings::forceWrite();
+    makeProfile();
+    makeShell();
+    QVERIFY(showActive(shell.get()));
 }
 
 void MessageTest::textButtons_data()
 {
-    QTest::addColumn<int>("defaultButton");
-    QTest::addColumn<int>("escapeButton");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<int>("result");
-    QTest::newRow("return presses the default") << 2 << 1 << Qt::Key_Return << 2;
-    QTest::newRow("escape presses its button") << 2 << 1 << Qt::Key_Escape << 1;
-    QTest::newRow("escape may be the first") << 1 << 0 << Qt::Key_Escape << 0;
+    const Rows<int, int, Qt::Key, int> row("defaultButton", "escapeButton", "key", "result");
+    row("return presses the default", 2, 1, Qt::Key_Return, 2);
+    row("escape presses its button", 2, 1, Qt::Key_Escape, 1);
+    row("escape may be the first", 1, 0, Qt::Key_Escape, 0);
     // The box had to be closed by force, and says what it was told for escape.
-    QTest::newRow("escape is ignored") << 0 << -1 << Qt::Key_Escape << -1;
+    row("escape is ignored", 0, -1, Qt::Key_Escape, -1);
 }
 
 void MessageTest::textButtons()
@@ -90,9 +75,8 @@ void MessageTest::textButtons()
     const int pressed = answer(
         key,
         [&] {
-            return Message::warning(QStringLiteral("c"), QStringLiteral("m"),
-                                    QStringLiteral("Delete"), QStringLiteral("Keep"),
-                                    QStringLiteral("Cancel"), defaultButton, escapeButton);
+            return Message::warning(u"c"_s, u"m"_s, u"Delete"_s, u"Keep"_s, u"Cancel"_s,
+                                    defaultButton, escapeButton);
         },
         [&shown](QMessageBox *box) {
             QMap<int, QString> byPlace;
@@ -101,26 +85,20 @@ void MessageTest::textButtons()
             shown = byPlace.values();
         });
     QCOMPARE(pressed, result);
-    QCOMPARE(shown, (QStringList{QStringLiteral("Delete"), QStringLiteral("Keep"),
-                                 QStringLiteral("Cancel")}));
+    QCOMPARE(shown, (QStringList{u"Delete"_s, u"Keep"_s, u"Cancel"_s}));
 }
 
 void MessageTest::standardButtons_data()
 {
-    QTest::addColumn<QList<int>>("buttons");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<int>("result");
+    const Rows<QList<int>, Qt::Key, int> row("buttons", "key", "result");
     const int yes = QMessageBox::Yes;
     const int no = QMessageBox::No;
     const int cancel = QMessageBox::Cancel;
-    QTest::newRow("the first is the default")
-        << QList<int>{yes, no, cancel} << Qt::Key_Return << yes;
-    QTest::newRow("escape is cancel") << QList<int>{yes, no, cancel} << Qt::Key_Escape << cancel;
-    QTest::newRow("escape is no without cancel") << QList<int>{yes, no, 0} << Qt::Key_Escape << no;
-    QTest::newRow("marked default")
-        << QList<int>{yes, no | QMessageBox::Default, 0} << Qt::Key_Return << no;
-    QTest::newRow("marked escape")
-        << QList<int>{yes | QMessageBox::Escape, no, cancel} << Qt::Key_Escape << yes;
+    row("the first is the default", {yes, no, cancel}, Qt::Key_Return, yes);
+    row("escape is cancel", {yes, no, cancel}, Qt::Key_Escape, cancel);
+    row("escape is no without cancel", {yes, no, 0}, Qt::Key_Escape, no);
+    row("marked default", {yes, no | QMessageBox::Default, 0}, Qt::Key_Return, no);
+    row("marked escape", {yes | QMessageBox::Escape, no, cancel}, Qt::Key_Escape, yes);
 }
 
 void MessageTest::standardButtons()
@@ -129,17 +107,16 @@ void MessageTest::standardButtons()
     QFETCH(Qt::Key, key);
     QFETCH(int, result);
     const auto ask = [&buttons] {
-        return Message::warning(QStringLiteral("c"), QStringLiteral("m"), buttons.at(0),
-                                buttons.at(1), buttons.at(2));
+        return Message::warning(u"c"_s, u"m"_s, buttons.at(0), buttons.at(1), buttons.at(2));
     };
     QCOMPARE(answer(key, ask), result);
 }
 
 void MessageTest::textsAreShownAsTheyAre()
 {
-    const QString text = QStringLiteral("The file\n<b>a&amp;b</b>.c\nexists");
+    const QString text = u"The file\n<b>a&amp;b</b>.c\nexists"_s;
     const int pressed = answer(
-        Qt::Key_Return, [&text] { return Message::information(QStringLiteral("c"), text); },
+        Qt::Key_Return, [&text] { return Message::information(u"c"_s, text); },
         [&text](QMessageBox *box) {
             QCOMPARE(box->text(), text);
             QCOMPARE(box->textFormat(), Qt::PlainText);

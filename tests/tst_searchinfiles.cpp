@@ -1,8 +1,7 @@
 #include "app/editors/editors.h"
 #include "app/search/filesearch.h"
 #include "app/search/searchinfiles.h"
-#include "app/settings.h"
-#include "app/shell.h"
+#include "tests/apptest.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -92,12 +91,12 @@ QList<Found> naiveSearch(const SearchQuery &query, const QString &text)
 
 /// Search in files: the hits are those of reading line by line, whatever the
 /// file holds, and the dialog's walk reports them as rows.
-class TestSearchInFiles : public QObject
+class TestSearchInFiles : public AppTest
 {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { dropShell(); }
     void init();
     void hitsAreThoseOfReadingByLine_data();
     void hitsAreThoseOfReadingByLine();
@@ -112,62 +111,52 @@ private slots:
 
 private:
     QString write(const QString &name, const QByteArray &bytes) const;
-
-    std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<Shell> shell;
+    /// Fills in the dialog; the search starts with its button.
+    void ask(SearchInFiles &dialog, const QString &pattern) const;
 };
 
 void TestSearchInFiles::initTestCase()
 {
-    dir = std::make_unique<QTemporaryDir>();
-    Settings::setFileName(dir->filePath(u"settings.ini"_s));
-    Settings::setKeyPrefix(u"/vesk"_s);
-    shell = std::make_unique<Shell>();
+    makeProfile();
+    makeShell();
     Editors::self();
-}
-
-void TestSearchInFiles::cleanupTestCase()
-{
-    shell.reset();
-    dir.reset();
 }
 
 void TestSearchInFiles::init()
 {
-    QDir(dir->filePath(u"tree"_s)).removeRecursively();
+    QDir(path(u"tree"_s)).removeRecursively();
     QVERIFY(QDir(dir->path()).mkdir(u"tree"_s));
 }
 
 QString TestSearchInFiles::write(const QString &name, const QByteArray &bytes) const
 {
-    const QString path = dir->filePath(u"tree/"_s + name);
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
+    const QString file = path(u"tree/"_s + name);
+    QDir().mkpath(QFileInfo(file).path());
+    return writeFile(file, bytes);
+}
+
+void TestSearchInFiles::ask(SearchInFiles &dialog, const QString &pattern) const
+{
+    dialog.comboDirectory->setEditText(path(u"tree"_s));
+    dialog.comboPattern->setEditText(pattern);
+    dialog.comboSearch->setEditText(u"hit"_s);
 }
 
 void TestSearchInFiles::hitsAreThoseOfReadingByLine_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("text");
+    const Rows<QByteArray, QString> row("bytes", "text");
     const QString mixed =
         u"foo bar\r\nFOO foobar\rfoo\n\nthe last fo\tfoo_ (foo) caf\u00e9 Foo\u00e9 na\u00efve"_s;
-    QTest::newRow("utf-8, all line ends") << mixed.toUtf8() << mixed;
-    QTest::newRow("utf-8 with a mark") << QByteArray("\xef\xbb\xbf") + mixed.toUtf8() << mixed;
-    QTest::newRow("latin-1") << mixed.toLatin1() << mixed;
+    row("utf-8, all line ends", mixed.toUtf8(), mixed);
+    row("utf-8 with a mark", QByteArray("\xef\xbb\xbf") + mixed.toUtf8(), mixed);
+    row("latin-1", mixed.toLatin1(), mixed);
     QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
-    QTest::newRow("utf-16") << QByteArray(utf16.encode(mixed)) << mixed;
-    QTest::newRow("empty") << QByteArray() << QString();
-    QTest::newRow("only a line end") << QByteArray("\n") << u"\n"_s;
-    QTest::newRow("ends within a character") << QByteArray("foo \xc3") << u"foo \u00c3"_s;
+    row("utf-16", QByteArray(utf16.encode(mixed)), mixed);
+    row("empty", QByteArray(), QString());
+    row("ends within a character", "foo \xc3", "foo \u00c3");
     const QByteArray zeros("foo\0foo\0\nfoo", 12);
-    QTest::newRow("zero bytes") << zeros << QString::fromLatin1(zeros);
-    QTest::newRow("kelvin sign folds to k")
-        << QByteArray("\xe2\x84\xaa k K\n") << u"\u212a k K\n"_s;
-    QTest::newRow("hit in the last line without end")
-        << QByteArray("a\nb\r\n\rfoo") << u"a\nb\r\n\rfoo"_s;
+    row("zero bytes", zeros, QString::fromLatin1(zeros));
+    row("kelvin sign folds to k", "\xe2\x84\xaa k K\n", "\u212a k K\n");
 }
 
 void TestSearchInFiles::hitsAreThoseOfReadingByLine()
@@ -238,34 +227,28 @@ void TestSearchInFiles::stopsInsideOfAFile()
 
 void TestSearchInFiles::whatIsNoFileHasNoHits()
 {
-    const QByteArray pipe = QFile::encodeName(dir->filePath(u"tree/pipe"_s));
+    const QByteArray pipe = QFile::encodeName(path(u"tree/pipe"_s));
     QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
     const SearchQuery query{u"a"_s, false, true, false};
     QVERIFY(search(query, QFile::decodeName(pipe)).isEmpty());
-    QVERIFY(search(query, dir->filePath(u"tree"_s)).isEmpty());
-    QVERIFY(search(query, dir->filePath(u"tree/missing"_s)).isEmpty());
+    QVERIFY(search(query, path(u"tree"_s)).isEmpty());
+    QVERIFY(search(query, path(u"tree/missing"_s)).isEmpty());
     QVERIFY(search({QString(), false, true, false}, write(u"some"_s, "a")).isEmpty());
 }
 
 void TestSearchInFiles::walkReportsFilesThenFolders()
 {
-    write(u"b.txt"_s, "hit\n");
-    write(u"a.txt"_s, "hit\n");
-    write(u"C.txt"_s, "hit\n");
-    write(u"a.cpp"_s, "hit\n");
-    write(u"sub/z.txt"_s, "hit\n");
-    write(u"Sub.txt/y.TXT"_s, "hit\n");
-    write(u".hidden/x.txt"_s, "hit\n");
+    for (const char *name :
+         {"b.txt", "a.txt", "C.txt", "a.cpp", "sub/z.txt", "Sub.txt/y.TXT", ".hidden/x.txt"})
+        write(QString::fromLatin1(name), "hit\n");
     SearchInFiles dialog;
     QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
-    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
-    dialog.comboPattern->setEditText(u"*.txt; *.none"_s);
-    dialog.comboSearch->setEditText(u"hit"_s);
+    ask(dialog, u"*.txt; *.none"_s);
     dialog.buttonSearch->click();
     QStringList files;
     for (const QList<QVariant> &row : rows) {
         if (row[0].toString().startsWith(u"#bgcolor"_s))
-            files << row[2].toString().mid(dir->filePath(u"tree"_s).size() + 1);
+            files << row[2].toString().mid(path(u"tree"_s).size() + 1);
     }
     QCOMPARE(files, QStringList({u"C.txt"_s, u"a.txt"_s, u"b.txt"_s, u"sub/z.txt"_s}));
     QCOMPARE(rows.size(), 8);
@@ -274,13 +257,11 @@ void TestSearchInFiles::walkReportsFilesThenFolders()
 void TestSearchInFiles::walkEndsInACycleOfLinks()
 {
     write(u"one/file"_s, "hit");
-    QVERIFY(QFile::link(dir->filePath(u"tree"_s), dir->filePath(u"tree/one/up"_s)));
-    QVERIFY(QFile::link(dir->filePath(u"tree/one"_s), dir->filePath(u"tree/two"_s)));
+    QVERIFY(QFile::link(path(u"tree"_s), path(u"tree/one/up"_s)));
+    QVERIFY(QFile::link(path(u"tree/one"_s), path(u"tree/two"_s)));
     SearchInFiles dialog;
     QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
-    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
-    dialog.comboPattern->setEditText(QString());
-    dialog.comboSearch->setEditText(u"hit"_s);
+    ask(dialog, QString());
     dialog.buttonSearch->click();
     // The link to a folder is followed, the way back up is not.
     QCOMPARE(rows.size(), 4);
@@ -291,9 +272,7 @@ void TestSearchInFiles::rowsAreMarkedUp()
     const QString path = write(u"file"_s, "first\n\ta hit and hit\n");
     SearchInFiles dialog;
     QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
-    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
-    dialog.comboPattern->setEditText(QString());
-    dialog.comboSearch->setEditText(u"hit"_s);
+    ask(dialog, QString());
     QVERIFY(dialog.buttonSearch->isEnabled());
     dialog.buttonSearch->click();
     const QList<QList<QVariant>> expected{
@@ -315,9 +294,7 @@ void TestSearchInFiles::stopButtonEndsTheSearch()
     dialog.show();
     int rows = 0;
     connect(&dialog, &SearchInFiles::newEntry, this, [&rows] { ++rows; });
-    dialog.comboDirectory->setEditText(dir->filePath(u"tree"_s));
-    dialog.comboPattern->setEditText(QString());
-    dialog.comboSearch->setEditText(u"hit"_s);
+    ask(dialog, QString());
     QString shown;
     QTimer::singleShot(100, &dialog, [&] {
         shown = dialog.buttonSearch->text();
@@ -336,15 +313,10 @@ void TestSearchInFiles::missingFolderIsSaid()
     SearchInFiles dialog;
     dialog.comboDirectory->setEditText(u"/no/such/folder"_s);
     dialog.comboSearch->setEditText(u"hit"_s);
-    QString said;
-    QTimer::singleShot(0, &dialog, [&said] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        QVERIFY(box);
-        said = box->text();
-        box->accept();
-    });
+    Responder responder;
+    responder.expect(QMessageBox::Ok);
     dialog.buttonSearch->click();
-    QCOMPARE(said, u"The directory \n/no/such/folder\n dosn't exist."_s);
+    QCOMPARE(responder.texts, QStringList{u"The directory \n/no/such/folder\n dosn't exist."_s});
 }
 
 QTEST_MAIN(TestSearchInFiles)
