@@ -25,7 +25,6 @@ private slots:
     void cleanup();
     void eachCommand_data();
     void eachCommand();
-    void typedCharactersAreSteps();
     void cursorFollowsTheLastCommand_data();
     void cursorFollowsTheLastCommand();
     void randomHistory_data();
@@ -120,16 +119,6 @@ void TestTextCommands::eachCommand()
         QCOMPARE(text(), undone);
         stack->redo();
     }
-}
-
-void TestTextCommands::typedCharactersAreSteps()
-{
-    for (int i = 0; i < 3; ++i)
-        doc->cmdInsert(0, i, QString(u"abc"_s.at(i)));
-    QtUndoStack *const stack = doc->undoStack();
-    QCOMPARE(stack->undoList(), QStringList({u"insert a"_s, u"insert b"_s, u"insert c"_s}));
-    stack->undo();
-    QCOMPARE(text(), u"ab"_s);
 }
 
 void TestTextCommands::cursorFollowsTheLastCommand_data()

@@ -506,12 +506,6 @@ void TestTextDoc::html()
 {
     Editor fixture;
     TextDocument &doc = fixture.doc;
-    fixture.manager.setTabWidth(4);
-    load(doc, text("a\tb<c>&\n"));
-    const QString colour = fixture.view().hl->attribute(0)->color.name();
-    QCOMPARE(doc.html(0), text("<font color=\"%1\">a   b&lt;c>&</font>").arg(colour));
-    load(doc, text("\n"));
-    QCOMPARE(doc.html(0), QString());
     fixture.view().setHighlight(text("C++"));
     load(doc, text("if(x)"));
     fixture.view().hl->highlight(doc.lineOf(0));

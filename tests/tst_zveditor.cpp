@@ -46,7 +46,6 @@ private slots:
     void foldsOfAHugeFile();
     void replaceFoundKeepsWhatFollows();
     void selectAllOfOneLine();
-    void traceMarksOneLine();
     void breakpoints();
     void signalsOfAnEdit();
     void cursorGetsContext();
@@ -287,27 +286,6 @@ void TestZVEditor::selectAllOfOneLine()
     editor->setText(u"one\ntwo\nthree"_s);
     editor->selectAll();
     QCOMPARE(editor->selection(), u"one\ntwo\nthree"_s);
-}
-
-void TestZVEditor::traceMarksOneLine()
-{
-    editor->setText(QString::fromLatin1(lines(20)));
-    const auto marked = [this] {
-        QString all;
-        for (int i = 0; i < 20; ++i) {
-            if (inner()->document()->lineOf(i)->lineColor() == QColor(u"#bfffbf"_s))
-                all += QString::number(i) + u' ';
-        }
-        return all;
-    };
-    editor->clearTrace();
-    editor->showTrace(5);
-    editor->showTrace(9);
-    QCOMPARE(marked(), u"9 "_s);
-    editor->clearTrace();
-    QCOMPARE(marked(), QString());
-    editor->showTrace(9);
-    QCOMPARE(marked(), u"9 "_s);
 }
 
 void TestZVEditor::breakpoints()
