@@ -50,6 +50,8 @@ public:
     bool containsWide(char16_t unit, quint8 kinds) const;
     /// True if it can hold a unit from 128 on; true in doubt.
     bool reachesWide() const { return negated || wideKinds || !ranges.empty(); }
+    /// True if it holds every unit from 128 on; false in doubt.
+    bool holdsAllWide() const { return negated && !wideKinds && ranges.empty(); }
     /// Appends where membership may change among the units from 128 on: the first
     /// unit of each range and the one after its end.
     void appendBounds(std::vector<char16_t> *bounds) const;

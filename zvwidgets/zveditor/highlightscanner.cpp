@@ -1,5 +1,7 @@
 #include "zvwidgets/zveditor/highlightscanner.h"
 
+#include "zvwidgets/zveditor/unitscan.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -41,6 +43,8 @@ struct HighlightScanner::Pattern
     const PatternAutomaton *filter = nullptr;    ///< as TextPattern::filter()
     const CharSet *run = nullptr;
     std::array<bool, asciiCount> inRun{};
+    bool hasStops = false; ///< the run ends at one of a few units alone
+    WantedUnits stops{};
     bool anchored = false; ///< matches at the present position or not at all
 
     quint64 lineStamp = 0;
@@ -152,9 +156,23 @@ int HighlightScanner::addPattern(const TextPattern &regexp)
             return int(same - patterns.begin());
         for (int unit = 0; unit < asciiCount; ++unit)
             pattern->inRun[unit] = pattern->run->contains(char16_t(unit));
+        noteStops(pattern.get());
     }
     patterns.push_back(std::move(pattern));
     return int(patterns.size()) - 1;
+}
+
+void HighlightScanner::noteStops(Pattern *pattern)
+{
+    size_t count = 0;
+    for (int unit = 0; unit < asciiCount; ++unit) {
+        if (pattern->inRun[unit])
+            continue;
+        if (count == pattern->stops.size())
+            return;
+        std::fill(pattern->stops.begin() + count++, pattern->stops.end(), char16_t(unit));
+    }
+    pattern->hasStops = count > 0 && pattern->run->holdsAllWide();
 }
 
 std::unique_ptr<HighlightScanner::Context>
@@ -321,11 +339,12 @@ inline int HighlightScanner::runLength(Pattern &pattern, int at)
     if (pattern.lineStamp == lineStamp && pattern.runBegin <= at && at < pattern.runEnd)
         return std::min(pattern.runEnd, end) - at;
     int i = at;
-    while (i < end) {
-        const char16_t unit = units[i];
-        if (unit < asciiCount ? !pattern.inRun[unit] : !pattern.run->contains(unit))
-            break;
-        ++i;
+    if (pattern.hasStops) {
+        i = findAnyUnit(units, at, end, pattern.stops);
+    } else {
+        while (i < end &&
+               (units[i] < asciiCount ? pattern.inRun[units[i]] : pattern.run->contains(units[i])))
+            ++i;
     }
     pattern.lineStamp = lineStamp;
     pattern.runBegin = at;

@@ -38,6 +38,7 @@ private:
     struct Rule;
     struct Context;
 
+    static void noteStops(Pattern *pattern);
     int addPattern(const TextPattern &regexp);
     std::unique_ptr<Context> makeContext(const HighlightContext &source);
     Rule makeRule(const HighlightItem &item, Context *context);

@@ -75,6 +75,7 @@ private:
         capacity = size;
         used = unfinished;
         searched -= lineStart;
+        nextTab -= lineStart;
         lineStart = 0;
     }
 
@@ -87,6 +88,8 @@ private:
     // A carriage return at the very end waits for what follows it.
     void cut(bool atEnd)
     {
+        if (nextTab >= searched)
+            nextTab = find(u'\t', searched);
         qsizetype cr = find(u'\r', searched);
         qsizetype lf = find(u'\n', searched);
         while (std::min(cr, lf) < used) {
@@ -103,6 +106,8 @@ private:
                 cr = find(u'\r', lineStart);
             if (lf < lineStart)
                 lf = find(u'\n', lineStart);
+            if (nextTab < lineStart)
+                nextTab = find(u'\t', lineStart);
         }
         searched = used;
     }
@@ -114,17 +119,17 @@ private:
         const qsizetype length = end - lineStart;
         char16_t *const start = text() + lineStart;
         const bool fillsBlock = 2 * length > capacity;
-        if (length == 0) {
-            lines->append(std::make_unique<TextLine>().release());
-        } else if (length > longLine && !fillsBlock) {
-            const QString own(reinterpret_cast<const QChar *>(start), length);
-            lines->append(std::make_unique<TextLine>(own).release());
-        } else {
+        QString lineText;
+        if (length > longLine && !fillsBlock) {
+            lineText = QString(reinterpret_cast<const QChar *>(start), length);
+        } else if (length > 0) {
             start[length] = 0;
             block.d_ptr()->ref();
-            QString shared(QStringPrivate(block.d_ptr(), start, length));
-            lines->append(std::make_unique<TextLine>(std::move(shared)).release());
+            lineText = QString(QStringPrivate(block.d_ptr(), start, length));
         }
+        auto line = std::make_unique<TextLine>(std::move(lineText));
+        line->setMayHaveTabs(nextTab < end);
+        lines->append(line.release());
         lineStart = next;
     }
 
@@ -164,6 +169,8 @@ private:
     qsizetype used = 0;
     qsizetype lineStart = 0;
     qsizetype searched = 0;
+    /// First tab of the unfinished line or behind it, at least `searched` if none is known.
+    qsizetype nextTab = 0;
     LineEnd firstEnd = LineEnd::Document;
     LineEnd mostCommonEnd = LineEnd::Lf;
     std::array<int, 4> ends{};

@@ -1,5 +1,7 @@
 #include "zvwidgets/zveditor/textline.h"
 
+#include "zvwidgets/zveditor/linepool.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -37,10 +39,22 @@ TextLine::TextLine(QString text)
     , isFoldVisible(true)
     , highlighted(false)
     , scanPending(false)
+    , tabsPossible(true)
     , endOfLine(0)
 {}
 
 TextLine::~TextLine() = default;
+
+void *TextLine::operator new(size_t size)
+{
+    return LinePool::allocate(size);
+}
+
+void TextLine::operator delete(void *memory)
+{
+    if (memory)
+        LinePool::release(memory);
+}
 
 TextLine::Private &TextLine::record()
 {
@@ -52,12 +66,14 @@ TextLine::Private &TextLine::record()
 void TextLine::set(const QString &text)
 {
     QString::operator=(text);
+    tabsPossible = true;
 }
 
 void TextLine::insertText(int column, const QString &text)
 {
     if (text.isEmpty())
         return;
+    tabsPossible = tabsPossible || text.contains(QLatin1Char('\t'));
     const int blanks = std::max(0, column - textLength());
     if (hasOwnText(*this)) {
         QString::insert(column, text);

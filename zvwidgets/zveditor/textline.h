@@ -50,6 +50,9 @@ public:
     TextLine &operator=(const TextLine &) = delete;
     ~TextLine();
 
+    static void *operator new(size_t size);
+    static void operator delete(void *memory);
+
     // Text. Columns count UTF-16 units.
 
     /// Replaces the text and keeps everything else.
@@ -67,6 +70,10 @@ public:
     /// The character at \a column, a null character outside the text.
     QChar charAt(int column) const;
     int textLength() const { return int(size()); }
+    /// False only if the text is known to hold no tab.
+    bool mayHaveTabs() const { return tabsPossible; }
+    /// To be told by who made the text; changes of it are minded.
+    void setMayHaveTabs(bool on) { tabsPossible = on; }
 
     LineEnd lineEnd() const { return LineEnd(endOfLine); }
     void setLineEnd(LineEnd end) { endOfLine = unsigned(end); }
@@ -133,6 +140,7 @@ private:
 
     bool highlighted : 1;
     bool scanPending : 1;
+    bool tabsPossible : 1;
     unsigned char endOfLine : 2;
     quint8 endContext = 0;
     quint8 startContext = 0;

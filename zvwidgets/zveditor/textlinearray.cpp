@@ -35,20 +35,22 @@ void TextLineArray::clear()
         for (int i = size() - 1; i >= 0; --i)
             std::unique_ptr<TextLine>{at(i)}.reset();
     }
-    places = {};
+    places.reset();
+    room = 0;
     blockWidths = {};
     gapStart = gapEnd = 0;
 }
 
 void TextLineArray::reserve(int lines)
 {
-    if (lines > int(places.size()))
+    if (lines > int(room))
         grow(lines);
 }
 
 void TextLineArray::swap(TextLineArray &other) noexcept
 {
     places.swap(other.places);
+    std::swap(room, other.room);
     blockWidths.swap(other.blockWidths);
     std::swap(gapStart, other.gapStart);
     std::swap(gapEnd, other.gapEnd);
@@ -68,7 +70,7 @@ void TextLineArray::allWidthsChanged()
 void TextLineArray::moveGap(int i)
 {
     const int gap = gapEnd - gapStart;
-    TextLine **const lines = places.data();
+    TextLine **const lines = places.get();
     if (gap > 0 && i < gapStart) {
         carryWidths(i, gapStart, gap);
         std::move_backward(lines + i, lines + gapStart, lines + gapEnd);
@@ -106,8 +108,11 @@ void TextLineArray::carryWidths(int first, int last, int shift)
 void TextLineArray::grow(int minimum)
 {
     moveGap(size());
-    const size_t room = std::max<size_t>(size_t(minimum), places.size() + places.size() / 2 + 64);
-    places.resize(room);
+    room = std::max<size_t>(size_t(minimum), room + room / 2 + 64);
+    auto *larger = static_cast<TextLine **>(std::realloc(places.get(), room * sizeof(TextLine *)));
+    Q_CHECK_PTR(larger);
+    (void)places.release();
+    places.reset(larger);
     gapEnd = int(room);
     if (!blockWidths.empty())
         blockWidths.resize(blockCount(), noLines);

@@ -3,6 +3,8 @@
 #include "zvwidgets/zveditor/textline.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 namespace zvwidgets {
@@ -23,7 +25,7 @@ public:
     /// Exchanges the lines, not autoDelete.
     void swap(TextLineArray &other) noexcept;
 
-    int size() const { return int(places.size()) - (gapEnd - gapStart); }
+    int size() const { return int(room) - (gapEnd - gapStart); }
     int count() const { return size(); }
     bool isEmpty() const { return size() == 0; }
     TextLine *at(int i) const { return places[slotOf(i)]; }
@@ -62,12 +64,19 @@ private:
     void moveGap(int i);
     void carryWidths(int first, int last, int shift);
     void grow(int minimum);
-    size_t blockCount() const { return (places.size() + blockSize - 1) / blockSize; }
+    size_t blockCount() const { return (room + blockSize - 1) / blockSize; }
     void forgetBlocks(int firstSlot, int lastSlot);
     template <typename WidthOf>
     int measureBlock(int block, const WidthOf &widthOf, TextLine **widestLine) const;
 
-    std::vector<TextLine *> places;
+    struct FreePlaces
+    {
+        void operator()(TextLine **memory) const { std::free(memory); }
+    };
+
+    /// From the C heap, which makes it larger without copying it.
+    std::unique_ptr<TextLine *[], FreePlaces> places;
+    size_t room = 0; ///< number of places
     /// Upper bounds; empty if none is known.
     std::vector<int> blockWidths;
     int gapStart = 0;
@@ -77,7 +86,7 @@ private:
 template <typename WidthOf>
 int TextLineArray::measureBlock(int block, const WidthOf &widthOf, TextLine **widestLine) const
 {
-    const int last = qMin((block + 1) * blockSize, int(places.size()));
+    const int last = qMin((block + 1) * blockSize, int(room));
     int width = -1;
     for (int slot = block * blockSize; slot < last; ++slot) {
         if (slot >= gapStart && slot < gapEnd)

@@ -1,0 +1,137 @@
+#include "zvwidgets/zveditor/linepool.h"
+
+#include <QtGlobal>
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+// The sanitizer can only tell the use of a dead line if each has memory of its own.
+#if defined(__SANITIZE_ADDRESS__)
+#define VESK_POOL_LINES 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VESK_POOL_LINES 0
+#endif
+#endif
+#ifndef VESK_POOL_LINES
+#define VESK_POOL_LINES 1
+#endif
+
+namespace zvwidgets {
+
+#if VESK_POOL_LINES
+
+namespace {
+
+constexpr size_t slabSize = 256 * 1024;
+/// Left to the heap for its own notes, so that slabs can lie side by side.
+constexpr size_t heapNotes = 64;
+constexpr size_t slabEnd = slabSize - heapNotes;
+constexpr size_t firstCell = 64;
+
+struct Cell
+{
+    Cell *next;
+};
+
+/// Stands at the start of its memory, which lies at a multiple of slabSize, so
+/// that the address of a cell tells its slab.
+struct Slab
+{
+    Slab *next; ///< of those with room
+    Slab *previous;
+    Cell *free;   ///< given back
+    size_t fresh; ///< offset of the cells never used
+    size_t used;
+};
+static_assert(sizeof(Slab) <= firstCell);
+
+struct Slabs
+{
+    Slab *withRoom = nullptr;
+    size_t count = 0; ///< of all
+    size_t cellSize = 0;
+
+    bool isFull(const Slab *slab) const { return !slab->free && slab->fresh + cellSize > slabEnd; }
+
+    void link(Slab *slab)
+    {
+        slab->next = withRoom;
+        slab->previous = nullptr;
+        if (withRoom)
+            withRoom->previous = slab;
+        withRoom = slab;
+    }
+
+    void unlink(Slab *slab)
+    {
+        (slab->previous ? slab->previous->next : withRoom) = slab->next;
+        if (slab->next)
+            slab->next->previous = slab->previous;
+    }
+
+    Slab *grow()
+    {
+        void *memory = nullptr;
+        if (posix_memalign(&memory, slabSize, slabEnd) != 0)
+            throw std::bad_alloc();
+        ++count;
+        Slab *slab = new (memory) Slab{nullptr, nullptr, nullptr, firstCell, 0};
+        link(slab);
+        return slab;
+    }
+};
+
+constinit Slabs slabs;
+
+} // namespace
+
+void *LinePool::allocate(size_t size)
+{
+    Q_ASSERT(slabs.cellSize == 0 || slabs.cellSize == size);
+    slabs.cellSize = size;
+    Slab *slab = slabs.withRoom ? slabs.withRoom : slabs.grow();
+    void *cell = slab->free;
+    if (cell) {
+        slab->free = slab->free->next;
+    } else {
+        cell = reinterpret_cast<char *>(slab) + slab->fresh;
+        slab->fresh += size;
+    }
+    ++slab->used;
+    if (slabs.isFull(slab))
+        slabs.unlink(slab);
+    return cell;
+}
+
+void LinePool::release(void *memory)
+{
+    const auto address = reinterpret_cast<uintptr_t>(memory);
+    Slab *slab = reinterpret_cast<Slab *>(static_cast<char *>(memory) - address % slabSize);
+    if (slabs.isFull(slab))
+        slabs.link(slab);
+    slab->free = new (memory) Cell{slab->free};
+    // The last slab stays: a single line comes and goes often.
+    if (--slab->used == 0 && slabs.count > 1) {
+        slabs.unlink(slab);
+        --slabs.count;
+        std::free(slab);
+    }
+}
+
+#else
+
+void *LinePool::allocate(size_t size)
+{
+    return ::operator new(size);
+}
+
+void LinePool::release(void *memory)
+{
+    ::operator delete(memory);
+}
+
+#endif
+
+} // namespace zvwidgets
