@@ -1,13 +1,10 @@
-#include "activewindow.h"
 #include "app/actions.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
 #include "app/editors/editorslist.h"
 #include "app/editors/editorstab.h"
-#include "app/settings.h"
-#include "app/shell.h"
 #include "app/widgetstack.h"
-#include "responder.h"
+#include "tests/apptest.h"
 
 #include <QAbstractButton>
 #include <QDir>
@@ -20,7 +17,6 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStatusBar>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 
@@ -28,9 +24,10 @@
 
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
-class TestEditors : public QObject
+class TestEditors : public AppTest
 {
     Q_OBJECT
 
@@ -38,7 +35,6 @@ private slots:
     void init();
     void cleanup();
 
-    void startsWithOneUntitled();
     void openReusesOnlyAnEmptyText();
     void sameFileOpensOnce_data();
     void sameFileOpensOnce();
@@ -73,10 +69,8 @@ private slots:
 
 private:
     void startShell();
-    void stopShell();
-    QString path(const QString &name) const { return dir->filePath(name); }
-    QString write(const QString &name, const QByteArray &bytes = "text") const;
-    static QByteArray read(const QString &path);
+    /// Opens new files of these names.
+    void open(std::initializer_list<const char *> names);
     /// Types into the current editor.
     void type(const QString &text);
     /// Answers the file dialog with \a name and, if it is not empty, \a filter.
@@ -85,26 +79,20 @@ private:
     QString statusText() const;
     Editors *editors() const { return Editors::self(); }
 
-    std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<Shell> shell;
     std::unique_ptr<Responder> responder;
 };
 
 void TestEditors::init()
 {
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
-    dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(dir->isValid());
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
-    Settings::setFileName(path(QStringLiteral("settings.ini")));
-    Settings::forceWrite();
+    failOnBadConnects();
+    makeProfile();
     responder = std::make_unique<Responder>();
     startShell();
 }
 
 void TestEditors::cleanup()
 {
-    stopShell();
+    dropShell();
     QVERIFY(responder->isDone());
     responder.reset();
     dir.reset();
@@ -112,34 +100,18 @@ void TestEditors::cleanup()
 
 void TestEditors::startShell()
 {
-    shell = std::make_unique<Shell>(nullptr, QStringLiteral("vesk::Shell"));
+    makeShell();
     Editors::self();
     shell->rebuildUI();
-    shell->show();
-    QVERIFY(waitForActive(shell.get()));
+    QVERIFY(showActive(shell.get()));
     // The session's current file is raised a moment later.
-    QSignalSpy spy(editors(), &Editors::currentChanged);
-    spy.wait(20);
+    QCoreApplication::processEvents();
 }
 
-void TestEditors::stopShell()
+void TestEditors::open(std::initializer_list<const char *> names)
 {
-    shell.reset();
-    Settings::forceWrite();
-}
-
-QString TestEditors::write(const QString &name, const QByteArray &bytes) const
-{
-    QFile file(path(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    return file.fileName();
-}
-
-QByteArray TestEditors::read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    for (const char *name : names)
+        editors()->open(write(QString::fromLatin1(name)));
 }
 
 void TestEditors::type(const QString &text)
@@ -154,7 +126,7 @@ void TestEditors::expectName(const QString &name, const QString &filter)
         auto *const dialog = qobject_cast<QFileDialog *>(widget);
         if (!filter.isEmpty())
             dialog->selectNameFilter(filter);
-        dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(name);
+        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(name);
         if (name.isEmpty())
             dialog->reject();
         else
@@ -176,52 +148,38 @@ QString TestEditors::statusText() const
     return shell->statusBar()->findChildren<QLabel *>().first()->text();
 }
 
-void TestEditors::startsWithOneUntitled()
-{
-    QCOMPARE(fileNames(), QStringList(QString()));
-    QCOMPARE(shell->workspace()->visibleWidget(), editors()->current());
-    type(QStringLiteral("typed"));
-    QCOMPARE(editors()->current()->text(), QStringLiteral("typed"));
-    responder->expect(QMessageBox::Cancel);
-    editors()->close();
-    QCOMPARE(editors()->current()->text(), QStringLiteral("typed"));
-    QCOMPARE(responder->texts, QStringList(QStringLiteral("The current document has been modified."
-                                                          "\nWould you like to save it?")));
-}
-
 void TestEditors::openReusesOnlyAnEmptyText()
 {
     Editor *const first = editors()->current();
-    editors()->open(write(QStringLiteral("a.txt")));
+    open({"a.txt"});
     QCOMPARE(editors()->current(), first);
-    editors()->open(write(QStringLiteral("b.txt")));
+    open({"b.txt"});
     QVERIFY(editors()->current() != first);
     editors()->newEditor();
-    type(QStringLiteral("x"));
-    editors()->open(write(QStringLiteral("c.txt")));
-    QCOMPARE(fileNames().join(u','), QStringLiteral("a.txt,b.txt,,c.txt"));
+    type(u"x"_s);
+    open({"c.txt"});
+    QCOMPARE(fileNames().join(u','), u"a.txt,b.txt,,c.txt"_s);
 }
 
 void TestEditors::sameFileOpensOnce_data()
 {
-    QTest::addColumn<QString>("spelling");
-    QTest::newRow("same") << "DIR/a.txt";
-    QTest::newRow("with dots") << "DIR/../NAME/./a.txt";
-    QTest::newRow("relative") << "a.txt";
-    QTest::newRow("link") << "DIR/link.txt";
+    const Rows<QString> row("spelling");
+    row("with dots", "DIR/../NAME/./a.txt");
+    row("relative", "a.txt");
+    row("link", "DIR/link.txt");
 }
 
 void TestEditors::sameFileOpensOnce()
 {
     QFETCH(QString, spelling);
-    const QString file = write(QStringLiteral("a.txt"));
-    QVERIFY(QFile::link(file, path(QStringLiteral("link.txt"))));
+    const QString file = write(u"a.txt"_s);
+    QVERIFY(QFile::link(file, path(u"link.txt"_s)));
     const QString former = QDir::currentPath();
     QDir::setCurrent(dir->path());
     editors()->open(file);
     editors()->newEditor();
-    spelling.replace(QStringLiteral("DIR"), dir->path());
-    spelling.replace(QStringLiteral("NAME"), QFileInfo(dir->path()).fileName());
+    spelling.replace(u"DIR"_s, dir->path());
+    spelling.replace(u"NAME"_s, QFileInfo(dir->path()).fileName());
     editors()->open(spelling);
     QDir::setCurrent(former);
     QCOMPARE(editors()->editors().size(), 2);
@@ -230,33 +188,31 @@ void TestEditors::sameFileOpensOnce()
 
 void TestEditors::whatCannotBeOpened_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("hasBox");
-    QTest::newRow("missing") << "missing.txt" << true;
-    QTest::newRow("folder") << "folder" << false;
-    QTest::newRow("pipe") << "pipe" << false;
+    const Rows<QString, bool> row("name", "hasBox");
+    row("missing", "missing.txt", true);
+    row("folder", "folder", false);
+    row("pipe", "pipe", false);
 }
 
 void TestEditors::whatCannotBeOpened()
 {
     QFETCH(QString, name);
     QFETCH(bool, hasBox);
-    QVERIFY(QDir(dir->path()).mkdir(QStringLiteral("folder")));
-    QCOMPARE(mkfifo(qPrintable(path(QStringLiteral("pipe"))), 0600), 0);
+    QVERIFY(QDir(dir->path()).mkdir(u"folder"_s));
+    QCOMPARE(mkfifo(qPrintable(path(u"pipe"_s)), 0600), 0);
     if (hasBox)
-        responder->expect(QStringLiteral("Ok"));
+        responder->expect(u"Ok"_s);
     editors()->open(path(name));
     if (hasBox)
-        QCOMPARE(responder->texts,
-                 QStringList(QStringLiteral("Can not open file\n%1\n").arg(path(name))));
+        QCOMPARE(responder->texts, QStringList(u"Can not open file\n%1\n"_s.arg(path(name))));
     QVERIFY2(statusText().contains(path(name)), qPrintable(statusText()));
     // The editor must not be able to write over what it never showed.
     QCOMPARE(fileNames(), QStringList(QString()));
     QVERIFY(!editors()->current()->isModified());
     // The session that is opened behind it must not hide what was said.
-    const QString file = write(QStringLiteral("session.txt"));
-    Settings::write(QStringLiteral("/editors/openedFiles"), QStringList(file));
-    Settings::write(QStringLiteral("/editors/openedCurrent"), file);
+    const QString file = write(u"session.txt"_s);
+    Settings::write(u"/editors/openedFiles"_s, QStringList(file));
+    Settings::write(u"/editors/openedCurrent"_s, file);
     editors()->loadSessionFiles();
     editors()->loadSessionCurrent();
     QCOMPARE(editors()->current()->filename(), file);
@@ -265,20 +221,17 @@ void TestEditors::whatCannotBeOpened()
 
 void TestEditors::closingQuestion_data()
 {
-    QTest::addColumn<QMessageBox::StandardButton>("answer");
-    QTest::addColumn<bool>("isNamed");
-    QTest::addColumn<QString>("newName"); // for the dialog; empty cancels it
-    QTest::addColumn<bool>("isClosed");
-    QTest::addColumn<QByteArray>("content");
+    // for the dialog; empty cancels it
+    const Rows<QMessageBox::StandardButton, bool, QString, bool, QByteArray> row(
+        "answer", "isNamed", "newName", "isClosed", "content");
     const QByteArray before = "text";
     const QByteArray after = "Xtext";
-    QTest::newRow("yes") << QMessageBox::Yes << true << QString() << true << after;
-    QTest::newRow("no") << QMessageBox::No << true << QString() << true << before;
-    QTest::newRow("cancel") << QMessageBox::Cancel << true << QString() << false << before;
-    QTest::newRow("yes, untitled")
-        << QMessageBox::Yes << false << "new.txt" << true << QByteArray("X");
-    QTest::newRow("yes, name refused") << QMessageBox::Yes << false << QString() << false << before;
-    QTest::newRow("no, untitled") << QMessageBox::No << false << QString() << true << before;
+    row("yes", QMessageBox::Yes, true, QString(), true, after);
+    row("no", QMessageBox::No, true, QString(), true, before);
+    row("cancel", QMessageBox::Cancel, true, QString(), false, before);
+    row("yes, untitled", QMessageBox::Yes, false, "new.txt", true, "X");
+    row("yes, name refused", QMessageBox::Yes, false, QString(), false, before);
+    row("no, untitled", QMessageBox::No, false, QString(), true, before);
 }
 
 void TestEditors::closingQuestion()
@@ -288,15 +241,17 @@ void TestEditors::closingQuestion()
     QFETCH(QString, newName);
     QFETCH(bool, isClosed);
     QFETCH(QByteArray, content);
-    const QString file = write(QStringLiteral("a.txt"));
+    const QString file = write(u"a.txt"_s);
     if (isNamed)
         editors()->open(file);
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     responder->expect(answer);
     if (!isNamed && answer == QMessageBox::Yes)
         expectName(newName.isEmpty() ? newName : path(newName));
     QCOMPARE(editors()->close(editors()->current()), isClosed);
-    QCOMPARE(read(newName.isEmpty() ? file : path(newName)), content);
+    QCOMPARE(responder->texts.first(),
+             u"The current document has been modified.\nWould you like to save it?"_s);
+    QCOMPARE(readFile(newName.isEmpty() ? file : path(newName)), content);
     // There is always one: the text that stayed, or a fresh one.
     QCOMPARE(editors()->editors().size(), 1);
     QCOMPARE(editors()->current()->isModified(), !isClosed);
@@ -305,25 +260,25 @@ void TestEditors::closingQuestion()
 
 void TestEditors::closingAnotherEditorSavesThatOne()
 {
-    const QString a = write(QStringLiteral("a.txt"));
-    const QString b = write(QStringLiteral("b.txt"));
+    const QString a = write(u"a.txt"_s);
+    const QString b = write(u"b.txt"_s);
     editors()->open(a);
     Editor *const first = editors()->current();
-    type(QStringLiteral("A"));
+    type(u"A"_s);
     editors()->open(b);
-    type(QStringLiteral("B"));
+    type(u"B"_s);
     responder->expect(QMessageBox::Yes);
     QVERIFY(editors()->close(first));
-    QCOMPARE(read(a), QByteArray("Atext"));
-    QCOMPARE(read(b), QByteArray("text"));
-    QCOMPARE(fileNames(), QStringList(QStringLiteral("b.txt")));
+    QCOMPARE(readFile(a), QByteArray("Atext"));
+    QCOMPARE(readFile(b), QByteArray("text"));
+    QCOMPARE(fileNames(), QStringList(u"b.txt"_s));
 }
 
 void TestEditors::closingWidgetAsks()
 {
-    editors()->open(write(QStringLiteral("a.txt")));
+    open({"a.txt"});
     const QPointer<Editor> editor = editors()->current();
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     responder->expect(QMessageBox::Cancel);
     QVERIFY(!editor->close());
     QVERIFY(editors()->editors().contains(editor));
@@ -335,13 +290,12 @@ void TestEditors::closingWidgetAsks()
 
 void TestEditors::closingGoesLeft()
 {
-    for (const char *name : {"a", "b", "c"})
-        editors()->open(write(QString::fromLatin1(name)));
+    open({"a", "b", "c"});
     editors()->setCurrentEditor(editors()->editors().at(1));
     editors()->close();
     QCOMPARE(editors()->current(), editors()->editors().first());
     editors()->close();
-    QCOMPARE(fileNames(), QStringList(QStringLiteral("c")));
+    QCOMPARE(fileNames(), QStringList(u"c"_s));
     QCOMPARE(shell->workspace()->visibleWidget(), editors()->current());
     QVERIFY(editors()->current()->hasFocus());
     QVERIFY(!editors()->close(nullptr));
@@ -349,33 +303,13 @@ void TestEditors::closingGoesLeft()
 
 void TestEditors::saveAsAddsTheEnding_data()
 {
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("saved");
-    QTest::newRow("any") << "Any files (*)"
-                         << "a"
-                         << "a";
-    QTest::newRow("ch") << "Ch files (*.ch *.chf *.chs *.h *.hpp *.c *.cc *.cpp)"
-                        << "a"
-                        << "a";
-    QTest::newRow("c") << "C/C++ files (*.h *.hpp *.c *.cc *.cpp)"
-                       << "a"
-                       << "a";
-    QTest::newRow("python") << "Python files (*.py)"
-                            << "a"
-                            << "a.py";
-    QTest::newRow("there already") << "Python files (*.py)"
-                                   << "a.py"
-                                   << "a.py";
-    QTest::newRow("project") << "Files of project (*.vesk)"
-                             << "a"
-                             << "a.vesk";
-    QTest::newRow("ui") << "User-Interface files (*.ui)"
-                        << "a"
-                        << "a.ui";
-    QTest::newRow("text") << "Text files (*.txt)"
-                          << "a.b"
-                          << "a.b.txt";
+    const Rows<QString, QString, QString> row("filter", "name", "saved");
+    row("any", "Any files (*)", "a", "a");
+    row("ch", "Ch files (*.ch *.chf *.chs *.h *.hpp *.c *.cc *.cpp)", "a", "a");
+    row("python", "Python files (*.py)", "a", "a.py");
+    row("there already", "Python files (*.py)", "a.py", "a.py");
+    row("project", "Files of project (*.vesk)", "a", "a.vesk");
+    row("ui", "User-Interface files (*.ui)", "a", "a.ui");
 }
 
 void TestEditors::saveAsAddsTheEnding()
@@ -385,50 +319,49 @@ void TestEditors::saveAsAddsTheEnding()
     QFETCH(QString, saved);
     QSignalSpy spy(editors(), &Editors::fileSaved);
     write(saved, "old");
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     // The name with its ending exists: it is asked once, and a No keeps it.
     expectName(path(name), filter);
     responder->expect(QMessageBox::No);
     editors()->saveAs();
-    QCOMPARE(read(path(saved)), QByteArray("old"));
+    QCOMPARE(readFile(path(saved)), QByteArray("old"));
     QVERIFY(editors()->current()->isModified());
     expectName(path(name), filter);
     responder->expect(QMessageBox::Yes);
     editors()->save();
-    QCOMPARE(read(path(saved)), QByteArray("X"));
+    QCOMPARE(readFile(path(saved)), QByteArray("X"));
     QCOMPARE(fileNames(), QStringList(saved));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(responder->texts.last(),
-             QStringLiteral("The file\n%1\nalready exists! Would you like to replace it?")
-                 .arg(path(saved)));
+             u"The file\n%1\nalready exists! Would you like to replace it?"_s.arg(path(saved)));
 }
 
 void TestEditors::saveAsDropsTheScheme()
 {
-    type(QStringLiteral("X"));
-    editors()->saveAs(QStringLiteral("file:") + path(QStringLiteral("a.txt")));
-    QCOMPARE(read(path(QStringLiteral("a.txt"))), QByteArray("X"));
+    type(u"X"_s);
+    editors()->saveAs(u"file:"_s + path(u"a.txt"_s));
+    QCOMPARE(readFile(path(u"a.txt"_s)), QByteArray("X"));
 }
 
 void TestEditors::failedSaveKeepsTheText_data()
 {
-    QTest::addColumn<int>("way");
-    QTest::newRow("save") << 0;
-    QTest::newRow("save all") << 1;
-    QTest::newRow("close") << 2;
-    QTest::newRow("leave") << 3;
-    QTest::newRow("save as") << 4;
+    const Rows<int> row("way");
+    row("save", 0);
+    row("save all", 1);
+    row("close", 2);
+    row("leave", 3);
+    row("save as", 4);
 }
 
 void TestEditors::failedSaveKeepsTheText()
 {
     QFETCH(int, way);
-    QVERIFY(QDir(dir->path()).mkdir(QStringLiteral("folder")));
-    const QString file = write(QStringLiteral("folder/a.txt"));
-    const QString other = write(QStringLiteral("other.txt"));
+    QVERIFY(QDir(dir->path()).mkdir(u"folder"_s));
+    const QString file = write(u"folder/a.txt"_s);
+    const QString other = write(u"other.txt"_s);
     editors()->open(way == 4 ? other : file);
-    type(QStringLiteral("X"));
-    QVERIFY(QDir(path(QStringLiteral("folder"))).removeRecursively());
+    type(u"X"_s);
+    QVERIFY(QDir(path(u"folder"_s)).removeRecursively());
     QSignalSpy saved(editors(), &Editors::fileSaved);
     if (way == 2 || way == 3)
         responder->expect(QMessageBox::Yes);
@@ -450,7 +383,7 @@ void TestEditors::failedSaveKeepsTheText()
     }
     QCOMPARE(saved.count(), 0);
     QVERIFY(editors()->current()->isModified());
-    QCOMPARE(editors()->current()->text(), QStringLiteral("Xtext"));
+    QCOMPARE(editors()->current()->text(), u"Xtext"_s);
     QCOMPARE(editors()->current()->filename(), way == 4 ? other : file);
     QVERIFY2(statusText().contains(file), qPrintable(statusText()));
     QVERIFY(!editors()->current()->errorString().isEmpty());
@@ -459,31 +392,30 @@ void TestEditors::failedSaveKeepsTheText()
 
 void TestEditors::saveAllAsksForNames()
 {
-    const QString a = write(QStringLiteral("a.txt"));
+    const QString a = write(u"a.txt"_s);
     editors()->open(a);
-    type(QStringLiteral("A"));
+    type(u"A"_s);
     editors()->newEditor();
-    type(QStringLiteral("refused"));
+    type(u"refused"_s);
     editors()->newEditor();
-    type(QStringLiteral("N"));
+    type(u"N"_s);
     expectName(QString());
-    expectName(path(QStringLiteral("n.txt")));
+    expectName(path(u"n.txt"_s));
     editors()->saveAll();
-    QCOMPARE(read(a), QByteArray("Atext"));
-    QCOMPARE(read(path(QStringLiteral("n.txt"))), QByteArray("N"));
-    QCOMPARE(fileNames().join(u','), QStringLiteral("a.txt,,n.txt"));
+    QCOMPARE(readFile(a), QByteArray("Atext"));
+    QCOMPARE(readFile(path(u"n.txt"_s)), QByteArray("N"));
+    QCOMPARE(fileNames().join(u','), u"a.txt,,n.txt"_s);
 }
 
 void TestEditors::leaving_data()
 {
     // Three changed texts: a, b and one without a name, which gets the name "n".
-    QTest::addColumn<QString>("answers"); // y, n, c; N names the last text, R refuses
-    QTest::addColumn<bool>("leaves");
-    QTest::addColumn<QString>("saved");
-    QTest::newRow("all saved") << "yyyN" << true << "abn";
-    QTest::newRow("none saved") << "nnn" << true << "";
-    QTest::newRow("cancel at the second keeps the first save") << "yc" << false << "a";
-    QTest::newRow("refused name keeps all") << "nyyR" << false << "b";
+    // y, n, c; N names the last text, R refuses
+    const Rows<QString, bool, QString> row("answers", "leaves", "saved");
+    row("all saved", "yyyN", true, "abn");
+    row("none saved", "nnn", true, "");
+    row("cancel at the second keeps the first save", "yc", false, "a");
+    row("refused name keeps all", "nyyR", false, "b");
 }
 
 void TestEditors::leaving()
@@ -493,15 +425,15 @@ void TestEditors::leaving()
     QFETCH(QString, saved);
     for (const char *name : {"a", "b"}) {
         editors()->open(write(QString::fromLatin1(name), "old"));
-        type(QStringLiteral("X"));
+        type(u"X"_s);
     }
     editors()->newEditor();
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     const QList<Editor *> list = editors()->editors();
     const QList<QPointer<Editor>> all(list.begin(), list.end());
     for (const QChar answer : answers) {
         if (answer == u'N' || answer == u'R')
-            expectName(answer == u'N' ? path(QStringLiteral("n")) : QString());
+            expectName(answer == u'N' ? path(u"n"_s) : QString());
         else
             responder->expect(answer == u'y'   ? QMessageBox::Yes
                               : answer == u'n' ? QMessageBox::No
@@ -510,16 +442,15 @@ void TestEditors::leaving()
     QCOMPARE(editors()->closeAll(), leaves);
     QString written;
     for (const char *name : {"a", "b", "n"}) {
-        if (read(path(QString::fromLatin1(name))).startsWith('X'))
+        if (readFile(path(QString::fromLatin1(name))).startsWith('X'))
             written += QLatin1Char(*name);
     }
     QCOMPARE(written, saved);
     const auto alive = std::count_if(all.begin(), all.end(), [](const auto &e) { return !!e; });
     QVERIFY(leaves ? alive < 3 : alive == 3);
-    QCOMPARE(Settings::readList(QStringLiteral("/editors/openedFiles")).isEmpty(), !leaves);
+    QCOMPARE(Settings::readList(u"/editors/openedFiles"_s).isEmpty(), !leaves);
     QCOMPARE(responder->texts.value(0),
-             QStringLiteral("The file\n%1\nhas been modified.\nWould you like to save it?")
-                 .arg(path(QStringLiteral("a"))));
+             u"The file\n%1\nhas been modified.\nWould you like to save it?"_s.arg(path(u"a"_s)));
 }
 
 void TestEditors::sessionComesBack()
@@ -532,28 +463,27 @@ void TestEditors::sessionComesBack()
     editors()->setCurrentEditor(editors()->editors().at(3));
     // An untitled text between files keeps its empty place in the lists.
     const QString files = fileNames().join(u'|');
-    QCOMPARE(files, QStringLiteral("|a, b|gone|current|last"));
+    QCOMPARE(files, u"|a, b|gone|current|last"_s);
     QVERIFY(editors()->closeAll());
-    QVERIFY(QFile::remove(path(QStringLiteral("gone"))));
-    stopShell();
+    QVERIFY(QFile::remove(path(u"gone"_s)));
+    dropShell();
 
     QStringList stored;
-    for (const QString &file : Settings::readList(QStringLiteral("/editors/openedFiles")))
+    for (const QString &file : Settings::readList(u"/editors/openedFiles"_s))
         stored.append(QFileInfo(file).fileName());
     QCOMPARE(stored.join(u'|'), files);
-    QCOMPARE(Settings::readList(QStringLiteral("/editors/openedFilePoses")).join(u'|'),
-             QStringLiteral("0:0|2:1|2:1|2:1|2:1"));
+    QCOMPARE(Settings::readList(u"/editors/openedFilePoses"_s).join(u'|'),
+             u"0:0|2:1|2:1|2:1|2:1"_s);
     startShell();
-    QCOMPARE(fileNames().join(u'|'), QStringLiteral("a, b|current|last"));
-    QTRY_COMPARE(QFileInfo(editors()->current()->filename()).fileName(), QStringLiteral("current"));
+    QCOMPARE(fileNames().join(u'|'), u"a, b|current|last"_s);
+    QTRY_COMPARE(QFileInfo(editors()->current()->filename()).fileName(), u"current"_s);
     QCOMPARE(editors()->current()->cursorLine(), 0);
     QVERIFY(shell->workspace()->visibleWidget() == editors()->current());
 }
 
 void TestEditors::neighboursWrapRound()
 {
-    for (const char *name : {"a", "b", "c"})
-        editors()->open(write(QString::fromLatin1(name)));
+    open({"a", "b", "c"});
     QSignalSpy spy(editors(), &Editors::currentChanged);
     editors()->nextEditor();
     QCOMPARE(editors()->current(), editors()->editors().at(0));
@@ -569,21 +499,13 @@ void TestEditors::neighboursWrapRound()
 
 void TestEditors::caption_data()
 {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("caption");
+    const Rows<QString, QString> row("path", "caption");
     // "~" stands for the home folder in both columns.
-    QTest::newRow("untitled") << ""
-                              << "";
-    QTest::newRow("home") << "~/a.txt"
-                          << "a.txt : ~/ - Vesk";
-    QTest::newRow("below home") << "~/x/a.txt"
-                                << "a.txt : ~/x/ - Vesk";
-    QTest::newRow("beside home") << "~2/a.txt"
-                                 << "a.txt : %12/ - Vesk";
-    QTest::newRow("root") << "/a.txt"
-                          << "a.txt : / - Vesk";
-    QTest::newRow("placeholder") << "/x/a[*].txt"
-                                 << "a[*].txt : /x/ - Vesk";
+    row("untitled", "", "");
+    row("home", "~/a.txt", "a.txt : ~/ - Vesk");
+    row("beside home", "~2/a.txt", "a.txt : %12/ - Vesk");
+    row("root", "/a.txt", "a.txt : / - Vesk");
+    row("placeholder", "/x/a[*].txt", "a[*].txt : /x/ - Vesk");
 }
 
 void TestEditors::caption()
@@ -591,28 +513,27 @@ void TestEditors::caption()
     QFETCH(QString, path);
     QFETCH(QString, caption);
     path.replace(u'~', QDir::homePath());
-    caption.replace(QStringLiteral("%1"), QDir::homePath());
+    caption.replace(u"%1"_s, QDir::homePath());
     if (!path.isEmpty())
         editors()->current()->setFileName(path);
     else
         editors()->setCaption();
-    QCOMPARE(shell->windowTitle().replace(QStringLiteral("[*][*]"), QStringLiteral("[*]")),
-             caption);
+    QCOMPARE(shell->windowTitle().replace(u"[*][*]"_s, u"[*]"_s), caption);
     QCOMPARE(statusText(), path);
 }
 
 void TestEditors::statusFields()
 {
     const QList<QLabel *> cells = shell->statusBar()->findChildren<QLabel *>();
-    type(QStringLiteral("abc"));
-    QCOMPARE(cells.at(2)->text(), QStringLiteral(" 0 "));
-    QCOMPARE(cells.at(3)->text(), QStringLiteral(" 3 "));
+    type(u"abc"_s);
+    QCOMPARE(cells.at(2)->text(), u" 0 "_s);
+    QCOMPARE(cells.at(3)->text(), u" 3 "_s);
     QTest::keyClick(editors()->current()->focusProxy(), Qt::Key_Insert);
-    QCOMPARE(cells.at(1)->text(), QStringLiteral(" OWR "));
+    QCOMPARE(cells.at(1)->text(), u" OWR "_s);
     QTest::keyClick(editors()->current()->focusProxy(), Qt::Key_Insert);
-    QCOMPARE(cells.at(1)->text(), QStringLiteral(" INS "));
+    QCOMPARE(cells.at(1)->text(), u" INS "_s);
     editors()->newEditor();
-    QCOMPARE(cells.at(3)->text(), QStringLiteral(" 0 "));
+    QCOMPARE(cells.at(3)->text(), u" 0 "_s);
 }
 
 void TestEditors::actionsFollowTheFocus()
@@ -637,20 +558,20 @@ void TestEditors::actionsFollowTheFocus()
 
 void TestEditors::shortcuts()
 {
-    const QString file = write(QStringLiteral("a.txt"));
+    const QString file = write(u"a.txt"_s);
     editors()->open(file);
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     const auto press = [this](int key, Qt::KeyboardModifiers modifiers) {
         QTest::keyClick(editors()->current()->focusProxy(), Qt::Key(key), modifiers);
     };
     press(Qt::Key_S, Qt::ControlModifier);
-    QCOMPARE(read(file), QByteArray("Xtext"));
+    QCOMPARE(readFile(file), QByteArray("Xtext"));
     press(Qt::Key_Z, Qt::ControlModifier);
-    QCOMPARE(editors()->current()->text(), QStringLiteral("text"));
+    QCOMPARE(editors()->current()->text(), u"text"_s);
     press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(editors()->current()->text(), QStringLiteral("Xtext"));
+    QCOMPARE(editors()->current()->text(), u"Xtext"_s);
     press(Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(editors()->current()->selection(), QStringLiteral("Xtext"));
+    QCOMPARE(editors()->current()->selection(), u"Xtext"_s);
     const bool wraps = editors()->getWrap();
     press(Qt::Key_F2, Qt::NoModifier);
     QCOMPARE(editors()->getWrap(), !wraps);
@@ -665,10 +586,9 @@ void TestEditors::shortcuts()
 
 void TestEditors::popupListsAndRaises()
 {
-    editors()->open(write(QStringLiteral("a&b")));
+    open({"a&b"});
     editors()->newEditor();
-    QToolButton *const button =
-        Actions::action(QStringLiteral("Editors/toEditor"))->toolbuttons.first();
+    QToolButton *const button = Actions::action(u"Editors/toEditor"_s)->toolbuttons.first();
     QStringList listed;
     QTimer::singleShot(0, this, [&] {
         QMenu *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
@@ -679,7 +599,7 @@ void TestEditors::popupListsAndRaises()
         QTest::keyClick(menu, Qt::Key_Return);
     });
     QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(listed, QStringList({path(QStringLiteral("a&&b")), QStringLiteral("Untitled")}));
+    QCOMPARE(listed, QStringList({path(u"a&&b"_s), u"Untitled"_s}));
     QCOMPARE(editors()->current(), editors()->editors().first());
 }
 
@@ -687,21 +607,20 @@ void TestEditors::tabsMirrorTheEditors()
 {
     auto *const tab = shell->findChild<EditorsTab *>();
     QVERIFY(tab);
-    editors()->open(write(QStringLiteral("a.txt")));
-    editors()->open(write(QStringLiteral("b&c")));
+    open({"a.txt", "b&c"});
     editors()->newEditor();
     QStringList labels;
     for (int id = tab->firstTab(false); id >= 0; id = tab->nextTab(id, false))
         labels.append(tab->tabTitle(id));
-    QCOMPARE(labels.join(u'|'), QStringLiteral("a.txt|b&&c|Untitled"));
+    QCOMPARE(labels.join(u'|'), u"a.txt|b&&c|Untitled"_s);
     QCOMPARE(tab->currentTab(), tab->lastTab(false));
     const QPoint first = tab->tabRect(tab->firstTab(false)).center();
     QTest::mouseClick(tab, Qt::LeftButton, {}, first);
     QCOMPARE(editors()->current(), editors()->editors().first());
     editors()->nextEditor();
-    QCOMPARE(tab->tabTitle(tab->currentTab()), QStringLiteral("b&&c"));
+    QCOMPARE(tab->tabTitle(tab->currentTab()), u"b&&c"_s);
     editors()->close();
-    QCOMPARE(tab->tabTitle(tab->currentTab()), QStringLiteral("a.txt"));
+    QCOMPARE(tab->tabTitle(tab->currentTab()), u"a.txt"_s);
     QCOMPARE(tab->count(), 2);
 }
 
@@ -719,9 +638,9 @@ void TestEditors::tabOfUnsavedTextIsBlue()
         }
         return false;
     };
-    editors()->open(write(QStringLiteral("a.txt")));
+    open({"a.txt"});
     QVERIFY(!isBlue());
-    type(QStringLiteral("X"));
+    type(u"X"_s);
     QVERIFY(isBlue());
     // The mark outlives the building of the bar.
     editors()->newEditor();
@@ -734,44 +653,41 @@ void TestEditors::tabOfUnsavedTextIsBlue()
 void TestEditors::listMirrorsTheEditors()
 {
     EditorsList list;
-    editors()->open(write(QStringLiteral("a.txt")));
-    editors()->open(write(QStringLiteral("b.txt")));
+    open({"a.txt", "b.txt"});
     QListWidget *const box = list.listBox();
     QCOMPARE(box->count(), 2);
-    QCOMPARE(box->currentItem()->text(), QStringLiteral("b.txt"));
+    QCOMPARE(box->currentItem()->text(), u"b.txt"_s);
     QVERIFY(!box->currentItem()->icon().isNull());
     box->setCurrentRow(0);
     QCOMPARE(editors()->current(), editors()->editors().first());
     editors()->close();
     QCOMPARE(box->count(), 1);
-    QCOMPARE(box->currentItem()->text(), QStringLiteral("b.txt"));
+    QCOMPARE(box->currentItem()->text(), u"b.txt"_s);
 }
 
 void TestEditors::orderChanges()
 {
-    for (const char *name : {"a", "b", "c"})
-        editors()->open(write(QString::fromLatin1(name)));
+    open({"a", "b", "c"});
     const QList<Editor *> all = editors()->editors();
     QSignalSpy spy(editors(), &Editors::listChanged);
     // An answer to the change must not change the order once more.
     connect(editors(), &Editors::listChanged, this,
             [this, all] { editors()->changeEditorsOrder(all.at(0), all.at(2)); });
     editors()->changeEditorsOrder(all.at(0), all.at(2));
-    QCOMPARE(fileNames().join(QString()), QStringLiteral("cba"));
+    QCOMPARE(fileNames().join(QString()), u"cba"_s);
     QCOMPARE(spy.count(), 1);
     auto *const tab = shell->findChild<EditorsTab *>();
-    QCOMPARE(tab->tabTitle(tab->firstTab(false)), QStringLiteral("c"));
+    QCOMPARE(tab->tabTitle(tab->firstTab(false)), u"c"_s);
     QCOMPARE(tab->currentTab(), tab->firstTab(false));
 }
 
 void TestEditors::closeButtonInTheMenuBar()
 {
     shell->rebuildUI();
-    const QList<QToolButton *> buttons =
-        shell->menuBar()->findChildren<QToolButton *>(QStringLiteral("close"));
+    const QList<QToolButton *> buttons = shell->menuBar()->findChildren<QToolButton *>(u"close"_s);
     QCOMPARE(buttons.size(), 1);
     QVERIFY(buttons.first()->isVisible());
-    editors()->open(write(QStringLiteral("a.txt")));
+    open({"a.txt"});
     QTest::mouseClick(buttons.first(), Qt::LeftButton);
     QCOMPARE(fileNames(), QStringList(QString()));
 }

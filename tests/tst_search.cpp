@@ -1,4 +1,3 @@
-#include "activewindow.h"
 #include "app/actions.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
@@ -6,20 +5,18 @@
 #include "app/search/gotolinedialog.h"
 #include "app/search/replacedialog.h"
 #include "app/search/searchmanager.h"
-#include "app/settings.h"
-#include "app/shell.h"
-#include "responder.h"
+#include "tests/apptest.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
 namespace {
@@ -35,18 +32,28 @@ enum Option
     InSelection = 32
 };
 
-const QString endOfDocument = QStringLiteral("End of document reached.");
-const QString endOfSelection = QStringLiteral("End of selection reached.");
+template <typename Dialog>
+void fillIn(Dialog *dialog, const QString &text, int options)
+{
+    dialog->findString->setEditText(text);
+    dialog->regExp->setChecked(options & RegExp);
+    dialog->wholeWordsOnly->setChecked(options & WholeWords);
+    dialog->fromCursor->setChecked(options & FromCursor);
+    dialog->caseSensitive->setChecked(options & CaseSensitive);
+}
+
+const QString endOfDocument = u"End of document reached."_s;
+const QString endOfSelection = u"End of selection reached."_s;
 
 } // namespace
 
-class TestSearch : public QObject
+class TestSearch : public AppTest
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { dropShell(); }
     void init();
     void cleanup();
 
@@ -56,7 +63,6 @@ private slots:
     void findSelects();
     void historyKeepsEachTextOnce();
     void findNextGoesOn();
-    void regExpDisablesWholeWords();
     void replaces_data();
     void replaces();
     void asksForEach_data();
@@ -76,35 +82,23 @@ private:
     void expectFind(const QString &text, int options);
     void expectReplace(const QString &text, const QString &replacement, int options);
 
-    std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<Shell> shell;
     std::unique_ptr<Responder> responder;
 };
 
 void TestSearch::initTestCase()
 {
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
-    dir = std::make_unique<QTemporaryDir>();
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
-    Settings::setFileName(dir->filePath(QStringLiteral("settings.ini")));
-    Settings::forceWrite();
-    shell = std::make_unique<Shell>(nullptr, QStringLiteral("vesk::Shell"));
+    makeProfile();
+    makeShell();
     SearchManager::self();
     shell->rebuildUI();
-    shell->show();
-    QVERIFY(waitForActive(shell.get()));
-}
-
-void TestSearch::cleanupTestCase()
-{
-    shell.reset();
-    Settings::forceWrite();
+    QVERIFY(showActive(shell.get()));
 }
 
 void TestSearch::init()
 {
+    failOnBadConnects();
     responder = std::make_unique<Responder>();
-    QVERIFY(waitForActive(shell.get()));
+    QVERIFY(showActive(shell.get()));
     Editors::self()->newEditor();
 }
 
@@ -134,19 +128,14 @@ QString TestSearch::found() const
     const QString selection = editor()->selection();
     const int line = editor()->cursorLine();
     const qsizetype end = editor()->cursorColumn();
-    return QStringLiteral("%1:%2:%3").arg(line).arg(end - selection.size()).arg(selection);
+    return u"%1:%2:%3"_s.arg(line).arg(end - selection.size()).arg(selection);
 }
 
 void TestSearch::expectFind(const QString &text, int options)
 {
     responder->expect([=](QWidget *widget) {
-        auto *const dialog = qobject_cast<FindDialog *>(widget);
-        dialog->findString->setEditText(text);
-        dialog->regExp->setChecked(options & RegExp);
-        dialog->wholeWordsOnly->setChecked(options & WholeWords);
-        dialog->fromCursor->setChecked(options & FromCursor);
-        dialog->caseSensitive->setChecked(options & CaseSensitive);
-        dialog->accept();
+        fillIn(qobject_cast<FindDialog *>(widget), text, options);
+        static_cast<QDialog *>(widget)->accept();
     });
 }
 
@@ -154,12 +143,8 @@ void TestSearch::expectReplace(const QString &text, const QString &replacement, 
 {
     responder->expect([=](QWidget *widget) {
         auto *const dialog = qobject_cast<ReplaceDialog *>(widget);
-        dialog->findString->setEditText(text);
+        fillIn(dialog, text, options);
         dialog->replaceString->setEditText(replacement);
-        dialog->regExp->setChecked(options & RegExp);
-        dialog->wholeWordsOnly->setChecked(options & WholeWords);
-        dialog->fromCursor->setChecked(options & FromCursor);
-        dialog->caseSensitive->setChecked(options & CaseSensitive);
         dialog->replaceAll->setChecked(options & All);
         dialog->inSelection->setChecked(options & InSelection);
         dialog->accept();
@@ -168,15 +153,10 @@ void TestSearch::expectReplace(const QString &text, const QString &replacement, 
 
 void TestSearch::selectionFillsTheDialog_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("offered");
-    QTest::addColumn<bool>("inSelection");
-    QTest::newRow("one line") << "one [two] three"
-                              << "two" << false;
-    QTest::newRow("several lines") << "o[ne\nt]wo"
-                                   << "kept" << true;
-    QTest::newRow("none") << "one two"
-                          << "kept" << false;
+    const Rows<QString, QString, bool> row("text", "offered", "inSelection");
+    row("one line", "one [two] three", "two", false);
+    row("several lines", "o[ne\nt]wo", "kept", true);
+    row("none", "one two", "kept", false);
 }
 
 void TestSearch::selectionFillsTheDialog()
@@ -184,8 +164,8 @@ void TestSearch::selectionFillsTheDialog()
     QFETCH(QString, text);
     QFETCH(QString, offered);
     QFETCH(bool, inSelection);
-    setText(QStringLiteral("kept"));
-    expectFind(QStringLiteral("kept"), NoOption);
+    setText(u"kept"_s);
+    expectFind(u"kept"_s, NoOption);
     search()->findText();
     setText(text);
     responder->expect([=](QWidget *widget) {
@@ -203,37 +183,19 @@ void TestSearch::selectionFillsTheDialog()
 
 void TestSearch::findSelects_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("wanted");
-    QTest::addColumn<int>("options");
-    QTest::addColumn<QString>("found"); // or what the box says
-    QTest::newRow("from the start") << "a foo\nfoo[]"
-                                    << "foo" << 0 << "0:2:foo";
-    QTest::newRow("from the cursor") << "a foo\n[]foo"
-                                     << "foo" << int(FromCursor) << "1:0:foo";
-    QTest::newRow("whole words") << "foobar foo"
-                                 << "foo" << int(WholeWords) << "0:7:foo";
-    QTest::newRow("any case") << "FOO"
-                              << "foo" << 0 << "0:0:FOO";
-    QTest::newRow("case") << "FOO foo"
-                          << "foo" << int(CaseSensitive) << "0:4:foo";
-    QTest::newRow("pattern") << "ab12"
-                             << "[0-9]+" << int(RegExp) << "0:2:12";
-    QTest::newRow("pattern, whole words not used")
-        << "ab12"
-        << "[0-9]" << int(RegExp | WholeWords) << "0:2:1";
-    QTest::newRow("not there") << "abc"
-                               << "x" << 0 << endOfDocument;
-    QTest::newRow("behind the cursor") << "foo []bar"
-                                       << "foo" << int(FromCursor) << endOfDocument;
-    QTest::newRow("bad pattern") << "abc"
-                                 << "(" << int(RegExp) << endOfDocument;
-    QTest::newRow("nothing") << "abc"
-                             << "" << 0 << endOfDocument;
-    QTest::newRow("in selection") << "a foo\n[b\nc] foo"
-                                  << "foo" << 0 << endOfSelection;
-    QTest::newRow("inside the selection") << "foo\n[b\nfoo c]"
-                                          << "foo" << 0 << "2:0:foo";
+    // or what the box says
+    const Rows<QString, QString, int, QString> row("text", "wanted", "options", "found");
+    row("from the start", "a foo\nfoo[]", "foo", 0, "0:2:foo");
+    row("whole words", "foobar foo", "foo", WholeWords, "0:7:foo");
+    row("any case", "FOO", "foo", 0, "0:0:FOO");
+    row("case", "FOO foo", "foo", CaseSensitive, "0:4:foo");
+    row("pattern", "ab12", "[0-9]+", RegExp, "0:2:12");
+    row("not there", "abc", "x", 0, endOfDocument);
+    row("behind the cursor", "foo []bar", "foo", FromCursor, endOfDocument);
+    row("bad pattern", "abc", "(", RegExp, endOfDocument);
+    row("nothing", "abc", "", 0, endOfDocument);
+    row("in selection", "a foo\n[b\nc] foo", "foo", 0, endOfSelection);
+    row("inside the selection", "foo\n[b\nfoo c]", "foo", 0, "2:0:foo");
 }
 
 void TestSearch::findSelects()
@@ -246,7 +208,7 @@ void TestSearch::findSelects()
     expectFind(wanted, options);
     const bool isFound = !found.startsWith(u'E');
     if (!isFound)
-        responder->expect(QStringLiteral("OK"));
+        responder->expect(u"OK"_s);
     search()->findText();
     if (isFound)
         QCOMPARE(this->found(), found);
@@ -255,100 +217,52 @@ void TestSearch::findSelects()
 
 void TestSearch::historyKeepsEachTextOnce()
 {
-    setText(QStringLiteral("alpha beta"));
+    setText(u"alpha beta"_s);
     for (const char *text : {"alpha", "beta", "alpha"}) {
-        setText(QStringLiteral("alpha beta"));
+        setText(u"alpha beta"_s);
         expectFind(QString::fromLatin1(text), NoOption);
         search()->findText();
     }
     auto *const dialog = shell->findChild<FindDialog *>();
-    QCOMPARE(dialog->findString->itemText(0), QStringLiteral("alpha"));
-    QCOMPARE(dialog->findString->itemText(1), QStringLiteral("beta"));
+    QCOMPARE(dialog->findString->itemText(0), u"alpha"_s);
+    QCOMPARE(dialog->findString->itemText(1), u"beta"_s);
     int alphas = 0;
     for (int i = 0; i < dialog->findString->count(); ++i)
-        alphas += dialog->findString->itemText(i) == QStringLiteral("alpha");
+        alphas += dialog->findString->itemText(i) == u"alpha"_s;
     QCOMPARE(alphas, 1);
 }
 
 void TestSearch::findNextGoesOn()
 {
-    setText(QStringLiteral("foo\nfoo"));
-    expectFind(QStringLiteral("foo"), NoOption);
+    setText(u"foo\nfoo"_s);
+    expectFind(u"foo"_s, NoOption);
     search()->findText();
-    QVERIFY(waitForActive(shell.get()));
+    QVERIFY(showActive(shell.get()));
     QTest::keyClick(editor()->focusProxy(), Qt::Key_F3);
-    QCOMPARE(found(), QStringLiteral("1:0:foo"));
-    responder->expect(QStringLiteral("OK"));
+    QCOMPARE(found(), u"1:0:foo"_s);
+    responder->expect(u"OK"_s);
     QTest::keyClick(editor()->focusProxy(), Qt::Key_F3);
     QCOMPARE(responder->texts, QStringList(endOfDocument));
     QCOMPARE(editor()->cursorLine(), 1);
     QCOMPARE(editor()->cursorColumn(), 3);
 }
 
-void TestSearch::regExpDisablesWholeWords()
-{
-    FindDialog find;
-    ReplaceDialog replace;
-    const QList<std::pair<QCheckBox *, QCheckBox *>> pairs = {
-        {find.regExp, find.wholeWordsOnly}, {replace.regExp, replace.wholeWordsOnly}};
-    for (const auto &pair : pairs) {
-        pair.first->setChecked(true);
-        QVERIFY(!pair.second->isEnabled());
-        pair.first->setChecked(false);
-        QVERIFY(pair.second->isEnabled());
-    }
-}
-
 void TestSearch::replaces_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("wanted");
-    QTest::addColumn<QString>("replacement");
-    QTest::addColumn<int>("options");
-    QTest::addColumn<QString>("result");
-    QTest::newRow("all") << "a b a\na"
-                         << "a"
-                         << "x" << 0 << "x b x\nx";
-    QTest::newRow("all contains itself") << "a a"
-                                         << "a"
-                                         << "aa" << 0 << "aa aa";
-    QTest::newRow("from the cursor") << "a []a"
-                                     << "a"
-                                     << "x" << int(FromCursor) << "a x";
-    QTest::newRow("by nothing") << "abab"
-                                << "ab"
-                                << "" << 0 << "";
-    QTest::newRow("by lines") << "a,b"
-                              << ","
-                              << "\n"
-                              << 0 << "a\nb";
-    QTest::newRow("whole words") << "foo foobar foo"
-                                 << "foo"
-                                 << "x" << int(WholeWords) << "x foobar x";
-    QTest::newRow("in selection") << "a\n[a a\na] a\na"
-                                  << "a"
-                                  << "x" << int(InSelection) << "a\nx x\nx a\na";
-    QTest::newRow("nothing there") << "abc"
-                                   << "x"
-                                   << "y" << 0 << "abc";
-    QTest::newRow("nothing asked") << "abc"
-                                   << ""
-                                   << "y" << 0 << "abc";
-    QTest::newRow("pattern") << "a1 b22"
-                             << "[0-9]+"
-                             << "#" << int(RegExp) << "a# b#";
-    QTest::newRow("line starts") << "a\n\nb"
-                                 << "^"
-                                 << "> " << int(RegExp) << "> a\n> \n> b";
-    QTest::newRow("line ends") << "a\nb"
-                               << "$"
-                               << ";" << int(RegExp) << "a;\nb;";
-    QTest::newRow("start of the line again") << "aaab"
-                                             << "^a"
-                                             << "" << int(RegExp) << "b";
-    QTest::newRow("what is not there") << "bxb"
-                                       << "x*"
-                                       << "-" << int(RegExp) << "-b-b-";
+    const Rows<QString, QString, QString, int, QString> row("text", "wanted", "replacement",
+                                                            "options", "result");
+    row("all", "a b a\na", "a", "x", 0, "x b x\nx");
+    row("all contains itself", "a a", "a", "aa", 0, "aa aa");
+    row("by nothing", "abab", "ab", "", 0, "");
+    row("by lines", "a,b", ",", "\n", 0, "a\nb");
+    row("whole words", "foo foobar foo", "foo", "x", WholeWords, "x foobar x");
+    row("in selection", "a\n[a a\na] a\na", "a", "x", InSelection, "a\nx x\nx a\na");
+    row("nothing asked", "abc", "", "y", 0, "abc");
+    row("pattern", "a1 b22", "[0-9]+", "#", RegExp, "a# b#");
+    row("line starts", "a\n\nb", "^", "> ", RegExp, "> a\n> \n> b");
+    row("line ends", "a\nb", "$", ";", RegExp, "a;\nb;");
+    row("start of the line again", "aaab", "^a", "", RegExp, "b");
+    row("what is not there", "bxb", "x*", "-", RegExp, "-b-b-");
 }
 
 void TestSearch::replaces()
@@ -367,25 +281,24 @@ void TestSearch::replaces()
 
 void TestSearch::asksForEach_data()
 {
-    QTest::addColumn<QStringList>("answers");
-    QTest::addColumn<QString>("result");
-    const QString yes = QStringLiteral("buttonYes");
-    const QString no = QStringLiteral("buttonNo");
-    const QString all = QStringLiteral("buttonAll");
-    const QString cancel = QStringLiteral("buttonCancel");
-    QTest::newRow("yes and no") << QStringList({yes, no, yes}) << "xbaxx";
-    QTest::newRow("no, then all") << QStringList({no, all}) << "abxxx";
-    QTest::newRow("cancel keeps what was done") << QStringList({yes, cancel}) << "xbaaa";
+    const Rows<QStringList, QString> row("answers", "result");
+    const QString yes = u"buttonYes"_s;
+    const QString no = u"buttonNo"_s;
+    const QString all = u"buttonAll"_s;
+    const QString cancel = u"buttonCancel"_s;
+    row("yes and no", QStringList({yes, no, yes}), "xbaxx");
+    row("no, then all", QStringList({no, all}), "abxxx");
+    row("cancel keeps what was done", QStringList({yes, cancel}), "xbaaa");
 }
 
 void TestSearch::asksForEach()
 {
     QFETCH(QStringList, answers);
     QFETCH(QString, result);
-    setText(QStringLiteral("abaaa"));
-    expectReplace(QStringLiteral("a"), QStringLiteral("x"), NoOption);
-    if (result == QStringLiteral("xbaxx"))
-        answers.append(QStringLiteral("buttonYes"));
+    setText(u"abaaa"_s);
+    expectReplace(u"a"_s, u"x"_s, NoOption);
+    if (result == u"xbaxx"_s)
+        answers.append(u"buttonYes"_s);
     for (const QString &answer : std::as_const(answers))
         responder->expect(answer);
     search()->replace();
@@ -394,30 +307,29 @@ void TestSearch::asksForEach()
 
 void TestSearch::replacementsCanBeUndone()
 {
-    setText(QStringLiteral("a a"));
-    expectReplace(QStringLiteral("a"), QStringLiteral("xy"), All);
+    setText(u"a a"_s);
+    expectReplace(u"a"_s, u"xy"_s, All);
     search()->replace();
-    QCOMPARE(editor()->text(), QStringLiteral("xy xy"));
+    QCOMPARE(editor()->text(), u"xy xy"_s);
     for (int i = 0; i < 4; ++i)
         editor()->undo();
-    QCOMPARE(editor()->text(), QStringLiteral("a a"));
+    QCOMPARE(editor()->text(), u"a a"_s);
 }
 
 void TestSearch::goesToLine_data()
 {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("line");
-    QTest::newRow("number as it stands") << "2" << 2;
-    QTest::newRow("word") << "abc" << 0;
-    QTest::newRow("too large") << "1000" << 3;
-    QTest::newRow("negative") << "-7" << 0;
+    const Rows<QString, int> row("typed", "line");
+    row("number as it stands", "2", 2);
+    row("word", "abc", 0);
+    row("too large", "1000", 3);
+    row("negative", "-7", 0);
 }
 
 void TestSearch::goesToLine()
 {
     QFETCH(QString, typed);
     QFETCH(int, line);
-    setText(QStringLiteral("a\nb\nc\nd[]"));
+    setText(u"a\nb\nc\nd[]"_s);
     responder->expect([typed](QWidget *widget) {
         auto *const dialog = qobject_cast<GotoLineDialog *>(widget);
         QVERIFY(dialog->comboLine->hasFocus());
@@ -432,10 +344,10 @@ void TestSearch::goesToLine()
 
 void TestSearch::keysOfTheDialogs()
 {
-    setText(QStringLiteral("one Two two"));
+    setText(u"one Two two"_s);
     responder->expect([](QWidget *widget) {
         auto *const dialog = qobject_cast<FindDialog *>(widget);
-        QTest::keyClicks(dialog->findString->lineEdit(), QStringLiteral("two"));
+        QTest::keyClicks(dialog->findString->lineEdit(), u"two"_s);
         const bool before = dialog->caseSensitive->isChecked();
         QTest::keyClick(dialog, Qt::Key_C, Qt::AltModifier);
         QTRY_COMPARE(dialog->caseSensitive->isChecked(), !before);
@@ -444,11 +356,11 @@ void TestSearch::keysOfTheDialogs()
     });
     Editors::self()->setFocus();
     QTest::keyClick(editor()->focusProxy(), Qt::Key_F, Qt::ControlModifier);
-    QCOMPARE(found(), QStringLiteral("0:8:two"));
+    QCOMPARE(found(), u"0:8:two"_s);
     responder->expect([](QWidget *widget) { QTest::keyClick(widget, Qt::Key_Escape); });
-    QVERIFY(waitForActive(shell.get()));
+    QVERIFY(showActive(shell.get()));
     QTest::keyClick(editor()->focusProxy(), Qt::Key_R, Qt::ControlModifier);
-    QCOMPARE(editor()->text(), QStringLiteral("one Two two"));
+    QCOMPARE(editor()->text(), u"one Two two"_s);
 }
 
 QTEST_MAIN(TestSearch)

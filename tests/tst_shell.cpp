@@ -1,11 +1,10 @@
 #include "app/actions.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
-#include "app/settings.h"
-#include "app/shell.h"
 #include "app/utils.h"
 #include "app/widgets/splitter.h"
 #include "app/widgetstack.h"
+#include "tests/apptest.h"
 
 #include <QApplication>
 #include <QFile>
@@ -17,13 +16,13 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QToolBar>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vesk;
 
 namespace {
@@ -39,24 +38,22 @@ public:
         : stack(isLeft ? Shell::self()->leftDock() : Shell::self()->bottomDock())
     {
         Shell *const shell = Shell::self();
-        const QString side = isLeft ? QStringLiteral("left") : QStringLiteral("bottom");
-        action = Actions::createAction(name, side + QStringLiteral("Dock/") + name, 0, this,
-                                       SLOT(makeVisible()));
-        shell->actionGroup(QStringLiteral("docks/") + side)->add(action);
+        const QString side = isLeft ? u"left"_s : u"bottom"_s;
+        action =
+            Actions::createAction(name, side + u"Dock/"_s + name, 0, this, SLOT(makeVisible()));
+        shell->actionGroup(u"docks/"_s + side)->add(action);
         action->setCheckable(true);
-        action->setIcon(Utils::iconSet(QStringLiteral("16x16_Messages")));
+        action->setIcon(Utils::iconSet(u"16x16_Messages"_s));
         action->addTo(isLeft ? shell->leftDockTab() : shell->bottomDockTab());
-        id = stack->addWidget(this, -1);
+        stack->addWidget(this, -1);
         connect(this, SIGNAL(raised()), shell,
                 isLeft ? SLOT(raiseLeftDock()) : SLOT(raiseBottomDock()));
-        connect(this, &Panel::gotFocus, shell, &Shell::focusIn);
         connect(shell, isLeft ? &Shell::leftDockRaised : &Shell::bottomDockRaised, this,
                 [this](const QObject *panel) { action->setChecked(panel == this); });
     }
 
     Action *action = nullptr;
     WidgetStack *const stack;
-    int id = -1;
 
 public slots:
     void makeVisible()
@@ -67,7 +64,6 @@ public slots:
 
 signals:
     void raised();
-    void gotFocus();
 };
 
 QStringList menuTitles(const Shell &shell)
@@ -96,12 +92,12 @@ QList<int> sizesOf(const Shell &shell, const char *splitter)
 } // namespace
 
 /// The main window as the components and the user meet it.
-class ShellTest : public QObject
+class ShellTest : public AppTest
 {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { dropShell(); }
     void opensTheFilesOfTheCommandLine();
     void startsWithDefaults();
     void geometrySurvivesARestart();
@@ -114,10 +110,8 @@ private slots:
     void emptyDockHides();
     void tabStripFromTwoPanelsOn();
     void raisedPanelShowsItsDock();
-    void storedPanelComesUp();
     void firstStartShowsThePanelsAndKeepsTheFocus();
     void keysShowAndHideDocks();
-    void focusGoesToTheSender();
     void statusCells();
     void refusedCloseChangesNothing();
     void acceptedCloseLeavesTheLoop();
@@ -127,7 +121,7 @@ private:
     template <typename Prepare>
     void start(const Prepare &prepare)
     {
-        shell = std::make_unique<Shell>(nullptr, QStringLiteral("vesk::Shell"));
+        makeShell();
         Editors::self();
         prepare();
         shell->rebuildUI();
@@ -139,34 +133,12 @@ private:
     {
         start([] {});
     }
-
-    void restart()
-    {
-        stop();
-        start();
-    }
-
-    void stop()
-    {
-        shell.reset();
-        Settings::forceWrite();
-    }
-
-    std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<Shell> shell;
 };
 
 void ShellTest::init()
 {
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
-    dir = std::make_unique<QTemporaryDir>();
-    Settings::setFileName(dir->filePath(QStringLiteral("vesk.ini")));
-    Settings::setKeyPrefix(QStringLiteral("/vesk"));
-}
-
-void ShellTest::cleanup()
-{
-    stop();
+    failOnBadConnects();
+    makeProfile();
 }
 
 void ShellTest::opensTheFilesOfTheCommandLine()
@@ -175,47 +147,43 @@ void ShellTest::opensTheFilesOfTheCommandLine()
     QStringList names;
     for (const Editor *const editor : Editors::self()->editors())
         names.append(editor->filename());
-    QCOMPARE(names, (QStringList{commandLineDir->filePath(QStringLiteral("one.cpp")),
-                                 commandLineDir->filePath(QStringLiteral("a b\nc.vesk"))}));
+    QCOMPARE(names, (QStringList{commandLineDir->filePath(u"one.cpp"_s),
+                                 commandLineDir->filePath(u"a b\nc.vesk"_s)}));
 }
 
 void ShellTest::startsWithDefaults()
 {
-    shell = std::make_unique<Shell>();
+    makeShell();
     QCOMPARE(shell->pos(), QPoint(50, 50));
     QCOMPARE(shell->size(), QSize(900, 700));
     shell->show();
     QVERIFY(QTest::qWaitForWindowExposed(shell.get()));
-    QVERIFY(shell->leftDockWidget()->isVisible());
-    QVERIFY(shell->bottomDockWidget()->isVisible());
     const QList<int> columns = sizesOf(*shell, "vSplitter");
-    QVERIFY2(qAbs(columns.at(0) - 200) < 5 && qAbs(columns.at(1) - 700) < 10,
-             qPrintable(QStringLiteral("%1 %2").arg(columns.at(0)).arg(columns.at(1))));
+    QVERIFY(qAbs(columns.at(0) - 200) < 5 && qAbs(columns.at(1) - 700) < 10);
     const QList<int> rows = sizesOf(*shell, "hSplitter");
-    QVERIFY2(qAbs(rows.at(0) - 6 * rows.at(1)) < 20,
-             qPrintable(QStringLiteral("%1 %2").arg(rows.at(0)).arg(rows.at(1))));
+    QVERIFY(qAbs(rows.at(0) - 6 * rows.at(1)) < 20);
 }
 
 void ShellTest::geometrySurvivesARestart()
 {
     const auto panels = [] {
-        new Panel(true, QStringLiteral("a"));
-        new Panel(true, QStringLiteral("b"));
-        new Panel(false, QStringLiteral("c"));
+        new Panel(true, u"a"_s);
+        new Panel(true, u"b"_s);
+        new Panel(false, u"c"_s);
     };
     start(panels);
     shell->move(120, 90);
     shell->resize(800, 600);
     QTRY_COMPARE(shell->size(), QSize(800, 600));
     QTRY_COMPARE(shell->pos(), QPoint(120, 90));
-    shell->findChild<Splitter *>(QStringLiteral("vSplitter"))->moveSplitter(300, 1);
+    shell->findChild<Splitter *>(u"vSplitter"_s)->moveSplitter(300, 1);
     shell->leftDock()->raiseWidget(1);
     const QList<int> columns = sizesOf(*shell, "vSplitter");
     const QList<int> rows = sizesOf(*shell, "hSplitter");
     QCOMPARE(columns.constFirst(), 300);
     // A second round would show what creeps.
     for (int round = 0; round < 2; ++round) {
-        stop();
+        dropShell();
         start(panels);
         QTRY_COMPARE(shell->pos(), QPoint(120, 90));
         QCOMPARE(shell->size(), QSize(800, 600));
@@ -227,24 +195,21 @@ void ShellTest::geometrySurvivesARestart()
 
 void ShellTest::storedGeometryThatCannotBe_data()
 {
-    QTest::addColumn<QString>("k");
-    QTest::addColumn<QString>("value");
-    QTest::newRow("right of all screens") << QStringLiteral("x") << QStringLiteral("30000");
-    QTest::newRow("left of all screens") << QStringLiteral("x") << QStringLiteral("-2000");
-    QTest::newRow("above all screens") << QStringLiteral("y") << QStringLiteral("-500");
-    QTest::newRow("no number") << QStringLiteral("x") << QStringLiteral("left");
-    QTest::newRow("negative size") << QStringLiteral("w") << QStringLiteral("-5");
-    QTest::newRow("absurd size") << QStringLiteral("h") << QStringLiteral("2000000000");
-    QTest::newRow("splitter of words") << QStringLiteral("vSplitter") << QStringLiteral("a,b,c");
-    QTest::newRow("stale panel") << QStringLiteral("leftDockPanelID") << QStringLiteral("77");
+    const Rows<QString, QString> row("k", "value");
+    row("right of all screens", "x", "30000");
+    row("above all screens", "y", "-500");
+    row("negative size", "w", "-5");
+    row("absurd size", "h", "2000000000");
+    row("splitter of words", "vSplitter", "a,b,c");
+    row("stale panel", "leftDockPanelID", "77");
 }
 
 void ShellTest::storedGeometryThatCannotBe()
 {
     QFETCH(QString, k);
     QFETCH(QString, value);
-    Settings::write(QStringLiteral("/geometry/") + k, value);
-    shell = std::make_unique<Shell>();
+    Settings::write(u"/geometry/"_s + k, value);
+    makeShell();
     const QRect title(shell->pos(), QSize(shell->width(), 20));
     QVERIFY(QGuiApplication::primaryScreen()->availableGeometry().intersects(title));
     QVERIFY(shell->width() <= 16384 && shell->height() <= 16384);
@@ -252,12 +217,12 @@ void ShellTest::storedGeometryThatCannotBe()
 
 void ShellTest::hiddenDockComesBackWithItsSize()
 {
-    const auto panel = [] { new Panel(true, QStringLiteral("a")); };
+    const auto panel = [] { new Panel(true, u"a"_s); };
     start(panel);
-    shell->findChild<Splitter *>(QStringLiteral("vSplitter"))->moveSplitter(260, 1);
+    shell->findChild<Splitter *>(u"vSplitter"_s)->moveSplitter(260, 1);
     shell->leftDockShowHide();
     QTRY_VERIFY(shell->workspace()->width() > 860);
-    stop();
+    dropShell();
     start(panel);
     QVERIFY(shell->leftDockWidget()->isHidden());
     shell->leftDockShowHide();
@@ -266,19 +231,15 @@ void ShellTest::hiddenDockComesBackWithItsSize()
 
 void ShellTest::groupsSpringIntoBeing()
 {
-    shell = std::make_unique<Shell>();
-    ActionGroup *const deep = shell->actionGroup(QStringLiteral("panel/context/file/plugin"));
-    QCOMPARE(deep->text(), QStringLiteral("plugin"));
-    QCOMPARE(shell->actionGroup(QStringLiteral("panel/context/file/plugin")), deep);
-    QCOMPARE(shell->actionGroup(QStringLiteral("/panel//context/file/plugin/")), deep);
+    makeShell();
+    ActionGroup *const deep = shell->actionGroup(u"panel/context/file/plugin"_s);
+    QCOMPARE(deep->text(), u"plugin"_s);
+    QCOMPARE(shell->actionGroup(u"/panel//context/file/plugin/"_s), deep);
     std::unique_ptr<Action> action(new Action(nullptr));
     deep->add(action.get());
-    QCOMPARE(shell->actionGroup(QStringLiteral("panel"))->count(), 1u);
+    QCOMPARE(shell->actionGroup(u"panel"_s)->count(), 1u);
     // One letter makes another group.
-    QVERIFY(shell->actionGroup(QStringLiteral("menu/Edit/std")) !=
-            shell->actionGroup(QStringLiteral("menu/Edit/Std")));
-    QVERIFY(shell->actionGroup(QStringLiteral("docks/left"))->isExclusive());
-    QVERIFY(shell->actionGroup(QStringLiteral("stackButtons"))->isExclusive());
+    QVERIFY(shell->actionGroup(u"menu/Edit/std"_s) != shell->actionGroup(u"menu/Edit/Std"_s));
 }
 
 void ShellTest::menusStandInDeclaredOrder()
@@ -286,7 +247,7 @@ void ShellTest::menusStandInDeclaredOrder()
     QObject receiver;
     int made = 0;
     const auto add = [&](const char *group) {
-        const QString name = QStringLiteral("Test/%1").arg(++made);
+        const QString name = u"Test/%1"_s.arg(++made);
         shell->actionGroup(QString::fromLatin1(group))
             ->add(Actions::createAction(name, name, 0, &receiver, SLOT(deleteLater())));
     };
@@ -299,19 +260,17 @@ void ShellTest::menusStandInDeclaredOrder()
         add("toolbar/Search");
     });
     QStringList titles = menuTitles(*shell);
-    QCOMPARE(titles.takeFirst(), QStringLiteral("&File"));
-    QVERIFY(!titles.contains(QStringLiteral("&Build")));
-    QVERIFY(!titles.contains(QStringLiteral("&Project")));
-    const QStringList tail = {QStringLiteral("&Tools"), QStringLiteral("&Options"),
-                              QStringLiteral("&Window"), QStringLiteral("&Help"),
-                              QStringLiteral("&Late")};
+    QCOMPARE(titles.takeFirst(), u"&File"_s);
+    QVERIFY(!titles.contains(u"&Build"_s));
+    QVERIFY(!titles.contains(u"&Project"_s));
+    const QStringList tail = {u"&Tools"_s, u"&Options"_s, u"&Window"_s, u"&Help"_s, u"&Late"_s};
     QCOMPARE(titles.mid(titles.size() - tail.size()), tail);
     const QStringList bars = toolBarTitles(*shell);
-    QVERIFY(bars.indexOf(QStringLiteral("Search")) < bars.indexOf(QStringLiteral("Own")));
-    QVERIFY(!bars.contains(QStringLiteral("Navigation")));
+    QVERIFY(bars.indexOf(u"Search"_s) < bars.indexOf(u"Own"_s));
+    QVERIFY(!bars.contains(u"Navigation"_s));
     // Exit is the last of the File menu, behind a separator.
     const QList<QAction *> file = shell->menuBar()->actions().constFirst()->menu()->actions();
-    QCOMPARE(file.constLast(), Actions::action(QStringLiteral("Shell/exit")));
+    QCOMPARE(file.constLast(), Actions::action(u"Shell/exit"_s));
     QVERIFY(file.at(file.size() - 2)->isSeparator());
 }
 
@@ -321,7 +280,7 @@ void ShellTest::rebuildingReplacesMenusAndBars()
     const QStringList titles = menuTitles(*shell);
     const QStringList bars = toolBarTitles(*shell);
     QVERIFY(!bars.isEmpty());
-    const Action *const exit = Actions::action(QStringLiteral("Shell/exit"));
+    const Action *const exit = Actions::action(u"Shell/exit"_s);
     QCOMPARE(exit->menus.size(), 1);
     const QPointer<QMenu> former = exit->menus.constFirst();
     QSignalSpy spy(shell.get(), &Shell::uiRebuilded);
@@ -340,28 +299,29 @@ void ShellTest::emptyDockHides()
     start();
     QVERIFY(shell->leftDockWidget()->isHidden());
     QVERIFY(shell->bottomDockWidget()->isHidden());
-    QVERIFY(!Actions::action(QStringLiteral("Shell/showHideLeftPanel"))->isVisible());
+    QVERIFY(!Actions::action(u"Shell/showHideLeftPanel"_s)->isVisible());
     // Nobody hid them: the first panel brings them back.
-    restart();
-    new Panel(false, QStringLiteral("late"));
+    dropShell();
+    start();
+    new Panel(false, u"late"_s);
     shell->rebuildUI();
     QVERIFY(shell->bottomDockWidget()->isVisible());
-    QVERIFY(Actions::action(QStringLiteral("Shell/showHideBottomPanel"))->isVisible());
+    QVERIFY(Actions::action(u"Shell/showHideBottomPanel"_s)->isVisible());
 }
 
 void ShellTest::tabStripFromTwoPanelsOn()
 {
     start([] {
-        new Panel(true, QStringLiteral("a"));
-        new Panel(true, QStringLiteral("b"));
-        new Panel(false, QStringLiteral("c"));
+        new Panel(true, u"a"_s);
+        new Panel(true, u"b"_s);
+        new Panel(false, u"c"_s);
     });
     QVERIFY(shell->leftDockTab()->isVisible());
     QVERIFY(!shell->bottomDockTab()->isVisible());
     const QWidget *const frame = shell->leftDockTab()->parentWidget();
     QCOMPARE(frame->height(), 30);
     QTRY_COMPARE(shell->leftDockTab()->size(), frame->size());
-    shell->findChild<Splitter *>(QStringLiteral("vSplitter"))->moveSplitter(330, 1);
+    shell->findChild<Splitter *>(u"vSplitter"_s)->moveSplitter(330, 1);
     QTRY_COMPARE(shell->leftDockTab()->width(), 330);
 }
 
@@ -370,8 +330,8 @@ void ShellTest::raisedPanelShowsItsDock()
     Panel *a = nullptr;
     Panel *b = nullptr;
     start([&] {
-        a = new Panel(true, QStringLiteral("a"));
-        b = new Panel(true, QStringLiteral("b"));
+        a = new Panel(true, u"a"_s);
+        b = new Panel(true, u"b"_s);
     });
     a->action->trigger();
     QVERIFY(a->isVisible() && a->action->isChecked());
@@ -388,26 +348,14 @@ void ShellTest::raisedPanelShowsItsDock()
     QVERIFY(b->isVisible() && b->action->isChecked());
 }
 
-void ShellTest::storedPanelComesUp()
-{
-    Settings::write(QStringLiteral("/geometry/leftDockPanelID"), 1);
-    Panel *second = nullptr;
-    start([&] {
-        new Panel(true, QStringLiteral("a"));
-        second = new Panel(true, QStringLiteral("b"));
-    });
-    QVERIFY(second->isVisible());
-    QVERIFY(second->action->isChecked());
-}
-
 void ShellTest::firstStartShowsThePanelsAndKeepsTheFocus()
 {
     Panel *left = nullptr;
     Panel *bottom = nullptr;
     start([&] {
-        left = new Panel(true, QStringLiteral("a"));
-        new Panel(true, QStringLiteral("b"));
-        bottom = new Panel(false, QStringLiteral("c"));
+        left = new Panel(true, u"a"_s);
+        new Panel(true, u"b"_s);
+        bottom = new Panel(false, u"c"_s);
         connect(shell.get(), &Shell::leftDockRaised, left, [left] { left->setFocus(); });
     });
     QVERIFY(left->isVisible() && left->action->isChecked());
@@ -418,8 +366,8 @@ void ShellTest::firstStartShowsThePanelsAndKeepsTheFocus()
 void ShellTest::keysShowAndHideDocks()
 {
     start([] {
-        new Panel(true, QStringLiteral("a"));
-        new Panel(false, QStringLiteral("b"));
+        new Panel(true, u"a"_s);
+        new Panel(false, u"b"_s);
     });
     QVERIFY(QTest::qWaitForWindowActive(shell.get()));
     QTest::keyClick(shell.get(), Qt::Key_L, Qt::ControlModifier);
@@ -430,44 +378,22 @@ void ShellTest::keysShowAndHideDocks()
     QVERIFY(shell->leftDockWidget()->isVisible());
 }
 
-void ShellTest::focusGoesToTheSender()
-{
-    Panel *panel = nullptr;
-    start([&] { panel = new Panel(true, QStringLiteral("a")); });
-    const Action *const copy = Actions::action(QStringLiteral("Editors/copy"));
-    QVERIFY(copy);
-    QSignalSpy spy(shell.get(), &Shell::focusChanged);
-    emit panel->gotFocus();
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.constFirst().constFirst().value<QObject *>(), panel);
-    QVERIFY(!copy->isEnabled());
-    emit Editors::self()->gotFocus();
-    QVERIFY(copy->isEnabled());
-}
-
 void ShellTest::statusCells()
 {
-    shell = std::make_unique<Shell>();
-    const QList<QLabel *> cells =
-        shell->statusBar()->findChildren<QLabel *>(Qt::FindDirectChildrenOnly);
-    const auto texts = [&cells] {
-        QStringList result;
-        for (const QLabel *const cell : cells)
-            result.append(cell->text());
-        return result;
-    };
+    makeShell();
     const QSize minimum = shell->minimumSizeHint();
-    const QString longText = QStringLiteral("<b>\n") + QString(5000, QLatin1Char('x'));
-    shell->statusMessage(QStringLiteral("default"), longText);
-    shell->statusMessage(QStringLiteral("insowr"), QStringLiteral("OWR"));
-    shell->statusMessage(QStringLiteral("line"), QStringLiteral("7"));
-    shell->statusMessage(QStringLiteral("col"), QStringLiteral("12"));
-    const QStringList expected = {longText, QStringLiteral(" OWR "), QStringLiteral(" 7 "),
-                                  QStringLiteral(" 12 ")};
-    QCOMPARE(texts(), expected);
-    shell->statusMessage(QStringLiteral("Line"), QStringLiteral("8"));
-    shell->statusMessage({}, QStringLiteral("8"));
-    QCOMPARE(texts(), expected);
+    const QString longText = u"<b>\n"_s + QString(5000, QLatin1Char('x'));
+    shell->statusMessage(u"default"_s, longText);
+    shell->statusMessage(u"insowr"_s, u"OWR"_s);
+    shell->statusMessage(u"line"_s, u"7"_s);
+    shell->statusMessage(u"col"_s, u"12"_s);
+    shell->statusMessage(u"Line"_s, u"8"_s);
+    shell->statusMessage({}, u"8"_s);
+    QStringList texts;
+    for (const QLabel *const cell :
+         shell->statusBar()->findChildren<QLabel *>(Qt::FindDirectChildrenOnly))
+        texts.append(cell->text());
+    QCOMPARE(texts, (QStringList{longText, u" OWR "_s, u" 7 "_s, u" 12 "_s}));
     QCOMPARE(shell->minimumSizeHint(), minimum);
 }
 
@@ -476,24 +402,16 @@ void ShellTest::refusedCloseChangesNothing()
     start();
     Editors::self()->newEditor();
     Editor *const editor = Editors::self()->current();
-    QTest::keyClicks(shell->focusWidget(), QStringLiteral("x"));
+    QTest::keyClicks(shell->focusWidget(), u"x"_s);
     QVERIFY(editor->isModified());
-    int asked = 0;
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, this, [&asked] {
-        auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        ++asked;
-        box->button(QMessageBox::Cancel)->click();
-    });
-    answer.start(10);
+    Responder responder;
+    responder.expect(QMessageBox::Cancel);
     shell->close();
-    QCOMPARE(asked, 1);
+    QVERIFY(responder.isDone());
     QVERIFY(shell->isVisible());
     QVERIFY(Editors::self()->editors().contains(editor));
     bool found = true;
-    Settings::readNum(QStringLiteral("/geometry/x"), 0, &found);
+    Settings::readNum(u"/geometry/x"_s, 0, &found);
     QVERIFY(!found);
 }
 
@@ -512,7 +430,7 @@ void ShellTest::acceptedCloseLeavesTheLoop()
     });
     QTimer::singleShot(10000, shell.get(), [] { QApplication::exit(99); });
     QCOMPARE(QApplication::exec(), 0);
-    QCOMPARE(Settings::readList(QStringLiteral("/editors/openedFiles")).size(), open);
+    QCOMPARE(Settings::readList(u"/editors/openedFiles"_s).size(), open);
 }
 
 int main(int argc, char **argv)
