@@ -60,6 +60,9 @@ private slots:
     void blinkingFollowsTheFocus();
     void imageInvertsTheText();
     void lineLostToAnotherView();
+    void wantedColumnOfAClick();
+    void foundTextIsExtended();
+    void selectionLostToAnotherView();
     void wordMovesOnLongLines();
 
 private:
@@ -117,8 +120,10 @@ void TestEditorCursor::keys_data()
     const Key up{Qt::Key_Up};
     const Key home{Qt::Key_Home};
 
+    row("left stops at the line start", NoFlag, "ab\n|cd", {left}, "ab\n|cd");
     row("left wraps to the line above", Wrap, "ab\n|cd", {left}, "ab|\ncd");
     row("left stays at the text's start", Wrap, "|ab", {left}, "|ab");
+    row("right wraps to the line below", Wrap, "ab|\ncd", {right}, "ab\n|cd");
     row("right stays at the text's end", Wrap, "ab|", {right}, "ab|");
     row("a surrogate pair is one step", Wrap, "|a😀b", {right, right}, "a😀|b");
     row("down never stops inside a pair", NoFlag, "ab|c\na😀b", {down}, "abc\na|😀b");
@@ -153,6 +158,7 @@ void TestEditorCursor::keys_data()
     row("insert toggles overwrite mode", NoFlag, "|xy", {{Qt::Key_Insert}, {Qt::Key_B}}, "b|y");
     row("typing needs a writable text", ReadOnly, "a|d", {{Qt::Key_B}}, "a|d");
     row("return", NoFlag, "a|b", {{Qt::Key_Return}}, "a\n|b");
+    row("enter on the keypad", NoFlag, "a|b", {{Qt::Key_Enter, Qt::KeypadModifier}}, "a\n|b");
     row("backspace", NoFlag, "ab|c", {{Qt::Key_Backspace}}, "a|c");
     row("delete", NoFlag, "a|bc", {{Qt::Key_Delete}}, "a|c");
     row("tab as blanks up to the stop", SpacesForTabs, "a|b", {{Qt::Key_Tab}}, "a   |b");
@@ -251,6 +257,7 @@ void TestEditorCursor::controlKeysAreNoText_data()
     const Rows<int, int, QString> row("key", "modifiers", "text");
 
     row("ctrl+a", int(Qt::Key_A), ctrl, "\u0001");
+    row("ctrl+space", Qt::Key_Space, ctrl, QString(QChar(0)));
     row("ctrl+tab", int(Qt::Key_T), ctrl, "\t");
     row("ctrl+8", int(Qt::Key_8), ctrl, "\u007f");
     row("function key", int(Qt::Key_F5), 0, QString());
@@ -385,6 +392,40 @@ void TestEditorCursor::lineLostToAnotherView()
     QCOMPARE(cursor->line(), 0);
     press({{Qt::Key_Up}, {Qt::Key_Home}, {Qt::Key_X}});
     QCOMPARE(doc->text(), u"x"_s);
+}
+
+/// A click counts the tabs of the line it goes to, not of the one it comes from.
+void TestEditorCursor::wantedColumnOfAClick()
+{
+    setText(u"\t\t\t\tx|\nabcdefgh\nabcdefgh"_s);
+    view->setCursorPosition(1, 5, false);
+    press({{Qt::Key_Down}});
+    QCOMPARE(cursor->pos(), QPoint(5, 2));
+}
+
+void TestEditorCursor::foundTextIsExtended()
+{
+    setText(u"|one two three"_s);
+    QVERIFY(editor->find(u"two"_s, true, false, false, false));
+    press({{Qt::Key_Right, shift}, {Qt::Key_Right, shift}});
+    QCOMPARE(editor->getSelectedText(), u"two t"_s);
+}
+
+/// The lines at the end of the selection are gone.
+void TestEditorCursor::selectionLostToAnotherView()
+{
+    setText(u"|a\nb\nc\nd"_s);
+    TextEditor other(doc);
+    manager->addEditor(&other, doc);
+    view->setCursorPosition(2, 0, false);
+    view->setCursorPosition(3, 1, true);
+    other.view()->setCursorPosition(1, 0, false);
+    other.view()->setCursorPosition(3, 1, true);
+    other.del();
+    press({{Qt::Key_Tab}});
+    editor->indent();
+    editor->cut();
+    QCOMPARE(doc->text(), u"a\n"_s);
 }
 
 /// A search that began anew for every character would take minutes here.

@@ -267,6 +267,7 @@ void TestQtUndo::clean_data()
     row("left by undo and a new command, it is forgotten", "a!b<c<", false);
     row("so is the empty history", "a<b<", false);
     row("marked again", "a!b<c!", true);
+    row("cleared", "a!b<c0", true);
 }
 
 void TestQtUndo::clean()

@@ -79,6 +79,7 @@ void SettingsTest::textComesBack_data()
     row("comma", "Sans,10,-1,5");
     row("quotes and backslashes", QStringLiteral(R"(a "b" \c\ %20)"));
     row("blanks around", "  x  ");
+    row("semicolon and equals", "a;b=c");
     row("line ends", "a\nb\r\nc");
     row("looks like a variant", "@Variant(x)");
     row("other scripts", "žluťoučký 日本 \U0001F600");

@@ -74,22 +74,18 @@ private slots:
 
 private:
     void placeCursor(int line, int column) { view->setCursorPosition(line, column, false); }
-    void select(int line, int column, int toLine, int toColumn);
-    bool find(const QString &text, int options);
+    void select(int line, int column, int toLine, int toColumn)
+    {
+        view->setCursorPosition(line, column, false);
+        view->setCursorPosition(toLine, toColumn, true);
+    }
+    bool find(const QString &text, int options)
+    {
+        return editor->find(text, options & CaseSensitive, options & WholeWord,
+                            options & FromCursor, options & InSelection);
+    }
     QListWidget *popup() const { return view->findChild<QListWidget *>(); }
 };
-
-void TestTextEditor::select(int line, int column, int toLine, int toColumn)
-{
-    view->setCursorPosition(line, column, false);
-    view->setCursorPosition(toLine, toColumn, true);
-}
-
-bool TestTextEditor::find(const QString &text, int options)
-{
-    return editor->find(text, options & CaseSensitive, options & WholeWord, options & FromCursor,
-                        options & InSelection);
-}
 
 void TestTextEditor::opensAndSaves()
 {
@@ -200,6 +196,8 @@ void TestTextEditor::find_data()
     row("cursor behind the line's end", "foo\nfoo", selection(0, 9, 0, 9), "foo", FromCursor,
         {0, 1});
 
+    row("selection bounds the first line", "foo x\nfoo y\nfoo", selection(0, 1, 2, 1), "foo",
+        InSelection, {0, 1});
     row("selection bounds the last line", "a\nb\nab foo", selection(0, 0, 2, 5), "foo", InSelection,
         nowhere);
     row("a match may end where it ends", "a\nb\nab foo", selection(0, 0, 2, 6), "foo", InSelection,
@@ -296,6 +294,8 @@ void TestTextEditor::replaceAll_data()
                                                                  "count", "result");
 
     row("several in a line", "a-a-a\nb\na", "a", "xy", Plain, 4, "xy-xy-xy\nb\nxy");
+    row("contains what is searched", "a a", "a", "aa", Plain, 2, "aa aa");
+    row("empty search", "abc", "", "y", Plain, 0, "abc");
     row("whole words", "a ab a", "a", "x", WholeWord, 2, "x ab x");
     row("nothing found", "abc", "x", "y", Plain, 0, "abc");
     row("by several lines", "1,2,3\n4,5", ",", "\n", Plain, 3, "1\n2\n3\n4\n5");
@@ -528,6 +528,7 @@ void TestTextEditor::html_data()
 
     row("indentation", "  a b", 0, -1, "&nbsp;&nbsp;a b\n");
     row("some lines", "a\nb\nc\nd", 1, 2, "b\nc\n");
+    row("less than", "a<b", 0, 0, "a&lt;b\n");
     row("an empty line", "a\n\nb", 0, -1, "a\n\nb\n");
 }
 
