@@ -2,8 +2,6 @@
 #include "tests/apptest.h"
 
 #include <QMenu>
-#include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTest>
 #include <QToolBar>
 

@@ -3,8 +3,6 @@
 
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 

@@ -7,8 +7,6 @@
 #include <QFileInfo>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 using namespace vesk;
 

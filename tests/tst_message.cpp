@@ -8,7 +8,6 @@
 #include <QTimer>
 
 #include <functional>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace vesk;

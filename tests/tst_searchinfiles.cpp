@@ -11,7 +11,6 @@
 #include <QRegularExpression>
 #include <QtTest>
 
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 

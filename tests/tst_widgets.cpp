@@ -9,7 +9,6 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextStream>
-#include <QTimer>
 #include <QVBoxLayout>
 
 #include <memory>

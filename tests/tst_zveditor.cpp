@@ -10,7 +10,6 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
