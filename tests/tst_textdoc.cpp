@@ -134,6 +134,8 @@ private slots:
     void macroTellsViewsOnce();
     void measures_data();
     void measures();
+    void longLineMeasures_data();
+    void longLineMeasures();
     void rowsAlwaysEnd();
     void wordIn_data();
     void wordIn();
@@ -451,6 +453,53 @@ void TestTextDoc::measures()
             for (const int width : {10, 30, 31, 100, 150})
                 QCOMPARE(doc.nextWrapPos(0, width, from), expected.nextWrapPos(width, from));
         }
+    }
+}
+
+void TestTextDoc::longLineMeasures_data()
+{
+    QTest::addColumn<QString>("family");
+    QTest::newRow("fixed pitch") << QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    QTest::newRow("proportional") << text("DejaVu Sans");
+}
+
+// What was measured of a long line is kept while it is edited.
+void TestTextDoc::longLineMeasures()
+{
+    QFETCH(QString, family);
+    Editor fixture;
+    TextDocument &doc = fixture.doc;
+    fixture.manager.setFont(QFont(family, 10));
+    fixture.view().setHighlight(text("C++"));
+    load(doc, text("if (word)\t{ /* il */ }  ").repeated(600));
+    const Measures expected{doc, fixture.view(), 0};
+    QRandomGenerator random(4);
+    for (int round = 0; round < 50; ++round) {
+        const int length = doc.textLength(0);
+        const int column = random.bounded(length);
+        switch (random.bounded(5)) {
+        case 0:
+            doc.cmdInsert(0, column, text("W\ti"));
+            break;
+        case 1:
+            doc.cmdInsert(0, column, text("\"\t").repeated(random.bounded(4000)));
+            break;
+        case 2:
+            doc.cmdRemove(0, column, random.bounded(6000));
+            break;
+        case 3:
+            doc.undoStack()->undo();
+            break;
+        default:
+            doc.setSpacesInTab(random.bounded(1, 9));
+        }
+        const int place = random.bounded(doc.textLength(0) + 10);
+        const int x = doc.textWidth(0, place);
+        QCOMPARE(x, expected.textWidth(place));
+        QCOMPARE(doc.textLength(0, x), expected.textLength(x));
+        QCOMPARE(doc.tabsBefore(0, place),
+                 int(doc.lineOf(0)->left(place).count(QLatin1Char('\t'))));
+        QCOMPARE(doc.documentWidth(), doc.lineWidth(doc.lineOf(0)));
     }
 }
 

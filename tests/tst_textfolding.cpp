@@ -43,6 +43,7 @@ private:
     QString state() const;
     QList<int> levels() const;
     QString brokenRule() const;
+    void checkVisibleLines() const;
     void randomStep(QRandomGenerator &random);
 
     std::unique_ptr<TextEditorManager> manager;
@@ -161,6 +162,12 @@ void TestTextFolding::operations_data()
     row("no fold across a border", "create 2 5; create 4 8", "0 0 +1 .1 .1 .1 0 0 0 0", crossing);
     row("no fold across two neighbours", "create 0 3; create 4 7; open 0; open 4; create 2 5",
         "-1 1 1 1 -1 1 1 1 0 0", crossing);
+    row("no fold into a neighbour of its own lines",
+        "create 2 4; create 5 7; open 2; open 5; create 2 6", "0 0 -1 1 1 -1 1 1 0 0", crossing);
+    row("a fold around two neighbours",
+        "create 2 4; create 5 7; open 2; open 5; create 2 7; open 2", "0 0 -2 2 2 -2 2 2 0 0");
+    row("a fold around what lies apart", "create 2 3; create 6 7; create 2 7; open 2",
+        "0 0 -2 2 1 1 +2 .2 0 0");
     row("a fold in a fold", "create 2 8; open 2; create 4 6", "0 0 -1 1 +2 .2 .2 1 1 0");
     row("a fold around a fold", "create 4 6; create 2 8", "0 0 +1 .1 *2 .2 .2 .1 .1 0");
     row("two folds on the same lines", "create 2 4; create 2 4", "0 0 +2 .2 .2 0 0 0 0 0");
@@ -316,6 +323,23 @@ QString TestTextFolding::brokenRule() const
     return QString();
 }
 
+void TestTextFolding::checkVisibleLines() const
+{
+    const auto isHidden = [this](int i) {
+        return i >= 0 && i <= doc->lastLine() && !doc->lineOf(i)->isFoldVisible;
+    };
+    for (int i = 0; i <= doc->lastLine(); ++i) {
+        int below = i;
+        while (isHidden(below))
+            ++below;
+        QCOMPARE(folding->visibleLineFrom(i), below);
+        int above = i;
+        while (isHidden(above))
+            --above;
+        QCOMPARE(folding->visibleLineUpTo(i), above);
+    }
+}
+
 void TestTextFolding::randomStep(QRandomGenerator &random)
 {
     const int line = random.bounded(-1, doc->lastLine() + 2);
@@ -376,6 +400,7 @@ void TestTextFolding::randomOperations()
         const QString before = shape();
         randomStep(random);
         const QString broken = brokenRule();
+        checkVisibleLines();
         if (!broken.isEmpty() || QTest::currentTestFailed())
             QFAIL(qPrintable(u"step %1: %2, after %3"_s.arg(step).arg(broken, before)));
 

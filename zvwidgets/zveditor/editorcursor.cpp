@@ -52,11 +52,6 @@ int skipBackward(QStringView text, int column, CharKind kind)
     return column;
 }
 
-int tabsIn(QStringView text)
-{
-    return int(std::count(text.begin(), text.end(), QChar(u'\t')));
-}
-
 /// \a column stands between the two halves of one character.
 bool splitsPair(QStringView text, int column)
 {
@@ -123,22 +118,23 @@ struct EditorCursor::Private
 /// tab stop; both directions agree on that.
 int EditorCursor::Private::column2wanted(int n, int col) const
 {
-    const QStringView text = textOf(n);
-    const int end = std::clamp(col, 0, int(text.size()));
-    return col + tabsIn(text.first(end)) * (document->spacesInTab() - 1);
+    return col + document->tabsBefore(n, col) * (document->spacesInTab() - 1);
 }
 
 int EditorCursor::Private::wanted2column(int n, int wanted) const
 {
-    const QStringView text = textOf(n);
-    const int extra = document->spacesInTab() - 1;
-    int counter = 0;
-    for (int col = 0; col < text.size(); ++col) {
-        if (counter >= wanted)
-            return col;
-        counter += text[col] == u'\t' ? 1 + extra : 1;
+    // The first column that is not below the wanted one; what is left of it only
+    // grows along the line.
+    int low = 0;
+    int high = lengthOf(n);
+    while (low < high) {
+        const int middle = low + (high - low) / 2;
+        if (column2wanted(n, middle) < wanted)
+            low = middle + 1;
+        else
+            high = middle;
     }
-    return int(text.size());
+    return low;
 }
 
 void EditorCursor::Private::moveBackward(const EditorCursor *cursor)
@@ -578,22 +574,12 @@ void EditorCursor::draw(QPainter &painter) const
 int EditorCursor::nextVisibleLine(int line) const
 {
     const int last = d->document->lastLine();
-    if (line >= last)
-        return last;
-    ++line;
-    while (line < last && !d->document->lineOf(line)->isFoldVisible)
-        ++line;
-    return line;
+    return line < last ? std::min(d->document->folding()->visibleLineFrom(line + 1), last) : last;
 }
 
 int EditorCursor::prevVisibleLine(int line) const
 {
-    if (line <= 0)
-        return 0;
-    --line;
-    while (line > 0 && !d->document->lineOf(line)->isFoldVisible)
-        --line;
-    return line;
+    return line > 0 ? d->document->folding()->visibleLineUpTo(line - 1) : 0;
 }
 
 } // namespace zvwidgets

@@ -20,11 +20,11 @@ QString describe(QLatin1String prefix, const QString &text)
     return prefix + text.left(room) + QLatin1String("...");
 }
 
-/// To be called once the text of the line has changed. Text that changes is
-/// never left hidden in a fold.
-void lineChanged(TextDocument *doc, int line)
+/// To be called once the text of the line has changed from \a column on. Text
+/// that changes is never left hidden in a fold.
+void lineChanged(TextDocument *doc, int line, int column)
 {
-    doc->updateLine(line);
+    doc->updateLine(line, column);
     doc->folding()->ensureLineVisible(line);
 }
 
@@ -49,7 +49,7 @@ void CmdInsert::redo()
 {
     if (!text.isEmpty()) {
         doc->lineOf(line)->insertText(column, text);
-        lineChanged(doc, line);
+        lineChanged(doc, line, column);
     }
     doc->setMacroCursorPosition(line, column + int(text.length()));
 }
@@ -58,7 +58,7 @@ void CmdInsert::undo()
 {
     if (!text.isEmpty()) {
         doc->lineOf(line)->removeText(column, int(text.length()));
-        lineChanged(doc, line);
+        lineChanged(doc, line, column);
     }
     doc->setMacroCursorPosition(line, column);
 }
@@ -84,7 +84,7 @@ void CmdRemove::redo()
     oldText = length > 0 ? copyOf(target, column, length) : QString();
     target->removeText(column, length);
     doc->setMacroCursorPosition(line, column);
-    lineChanged(doc, line);
+    lineChanged(doc, line, column);
     setDescription(describe(QLatin1String("remove "), oldText));
 }
 
@@ -92,7 +92,7 @@ void CmdRemove::undo()
 {
     doc->lineOf(line)->insertText(column, oldText);
     doc->setMacroCursorPosition(line, column + int(oldText.length()));
-    lineChanged(doc, line);
+    lineChanged(doc, line, column);
 }
 
 bool CmdRemove::mergeMeWith(QtCommand *)

@@ -36,6 +36,7 @@ void TextDocument::Private::freeLines()
 {
     longestLine = nullptr;
     pendingScan.clear();
+    columnMarks.clear();
     contents.setAutoDelete(true);
     contents.clear();
     contents.setAutoDelete(false);
@@ -73,6 +74,21 @@ bool TextDocument::Private::isExecuting() const
     return openMacros > 0 || undoStack->isReplaying();
 }
 
+void TextDocument::Private::rescan(int start, int end)
+{
+    for (int line = start; line <= end; ++line)
+        markForScan(line);
+    if (start == 0 && end == q->lastLine()) {
+        longestLine = nullptr;
+        contents.allWidthsChanged();
+    }
+    // The line below is looked at too, as its start may have changed.
+    if (start <= end)
+        q->tagLines(start, std::min(end + 1, q->lastLine()));
+    if (!isExecuting())
+        scanPending();
+}
+
 void TextDocument::Private::markForScan(int line)
 {
     TextLine *textLine = contents[line];
@@ -84,6 +100,7 @@ void TextDocument::Private::markForScan(int line)
 
 void TextDocument::Private::linesInserted(int line)
 {
+    folding->linesMoved(line, 1);
     if (pendingScan.start >= line)
         ++pendingScan.start;
     if (pendingScan.end >= line)
@@ -92,6 +109,7 @@ void TextDocument::Private::linesInserted(int line)
 
 void TextDocument::Private::linesRemoved(int line)
 {
+    folding->linesMoved(line, -1);
     if (pendingScan.start > line)
         --pendingScan.start;
     if (pendingScan.end >= line)
@@ -173,6 +191,7 @@ void TextDocument::Private::findLongest()
 void TextDocument::Private::updateGeometry()
 {
     longestLine = nullptr;
+    columnMarks.clear();
     contents.allWidthsChanged();
     q->updateMaxLength(nullptr);
     for (TextView *each : std::as_const(views))
@@ -203,11 +222,13 @@ TextDocument::~TextDocument()
 void TextDocument::addView(TextView *view)
 {
     d->views.append(view);
+    d->columnMarks.clear();
 }
 
 void TextDocument::removeView(TextView *view)
 {
     d->views.removeAll(view);
+    d->columnMarks.clear();
     if (d->associatedViews.removeAll(view))
         QtUndoManager::manager()->disassociateView(view);
     if (d->view == view)
@@ -226,6 +247,8 @@ TextView *TextDocument::activeView() const
 
 void TextDocument::setActiveView(TextView *view)
 {
+    if (view != d->view)
+        d->columnMarks.clear();
     d->view = view;
     if (!view || d->associatedViews.contains(view))
         return;
@@ -439,26 +462,16 @@ void TextDocument::tagAll()
     d->updateRegion.expand(0, std::max(0, lastLine()));
 }
 
-void TextDocument::updateLine(int line)
+void TextDocument::updateLine(int line, int fromColumn)
 {
-    updateLines(line, line);
+    d->cutMarks(lineOf(line), fromColumn);
+    d->rescan(line, line);
 }
 
 void TextDocument::updateLines(int startLine, int endLine)
 {
-    const int start = std::max(0, startLine);
-    const int end = std::min(std::max(0, endLine), lastLine());
-    for (int line = start; line <= end; ++line)
-        d->markForScan(line);
-    if (start == 0 && end == lastLine()) {
-        d->longestLine = nullptr;
-        d->contents.allWidthsChanged();
-    }
-    // The line below is looked at too, as its start may have changed.
-    if (start <= end)
-        tagLines(start, std::min(end + 1, lastLine()));
-    if (!d->isExecuting())
-        d->scanPending();
+    d->columnMarks.clear();
+    d->rescan(std::max(0, startLine), std::min(std::max(0, endLine), lastLine()));
 }
 
 void TextDocument::updateLines()
@@ -650,6 +663,7 @@ void TextDocument::m_removeLine(int line)
     const std::unique_ptr<TextLine> removed(lineOf(line));
     if (removed.get() == d->longestLine)
         d->longestLine = nullptr;
+    d->columnMarks.remove(removed.get());
     d->contents.remove(line);
     d->linesRemoved(line);
     d->newDocGeometry = true;

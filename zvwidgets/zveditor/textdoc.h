@@ -139,6 +139,9 @@ public:
     int textWidth(int line, int length);
     /// The column at \a width, at most the length of the text.
     int textLength(int line, int width);
+    /// Number of tabs left of \a column; like the measures in pixels it is
+    /// cheap at the far end of a long line.
+    int tabsBefore(int line, int column);
     /// Where the row of a wrapped line that starts at column \a from ends.
     int nextWrapPos(int line, int width, int from);
     int documentWidth() const { return maxLength; }
@@ -152,9 +155,9 @@ public:
     void tagLine(int line);
     void tagLines(int start, int end);
     void tagAll();
-    /// Works out contexts and width again after the text of a line changed.
-    /// Inside a macro this waits for its end.
-    void updateLine(int line);
+    /// Works out contexts and width again after the text of a line changed, at
+    /// or behind \a fromColumn. Inside a macro this waits for its end.
+    void updateLine(int line, int fromColumn = 0);
     void updateLines(int startLine, int endLine);
     void updateLines();
     void updateMaxLength(TextLine *textLine);

@@ -2,7 +2,31 @@
 
 #include "zvwidgets/zveditor/textdoc.h"
 
+#include <QHash>
+
+#include <vector>
+
 namespace zvwidgets {
+
+/// What lies left of every so many columns of a long line, noted as far as it
+/// was measured. Measuring far to the right then starts close by.
+struct ColumnMarks
+{
+    /// Columns from one mark to the next.
+    static constexpr int step = 4096;
+
+    struct Mark
+    {
+        qint64 x = 0; ///< pixels
+        int tabs = 0;
+    };
+
+    /// The first stands at column 0.
+    std::vector<Mark> marks{Mark()};
+    /// Length and revision of what was measured.
+    int length = 0;
+    unsigned revision = 0;
+};
 
 /// A letter, digit or mark of any script, or the underscore.
 inline bool isWordCharacter(QChar character)
@@ -23,6 +47,7 @@ struct TextDocument::Private
 
     /// Commands run whose end macroExecuted() will announce.
     bool isExecuting() const;
+    void rescan(int start, int end);
     void markForScan(int line);
     void linesInserted(int line);
     void linesRemoved(int line);
@@ -40,6 +65,10 @@ struct TextDocument::Private
 
     /// Colours the line if it isn't.
     void colour(TextLine *line) const;
+
+    ColumnMarks &marksOf(const TextLine &line, bool isFixed);
+    /// To be called when the text of a line changed behind \a column.
+    void cutMarks(const TextLine *line, int column);
 
     TextDocument *const q;
     TextEditorManager *const m;
@@ -64,6 +93,8 @@ struct TextDocument::Private
     /// Holds every line that needs a scan, and others.
     LineRegion pendingScan;
     TextFormat format;
+    /// Of a few long lines.
+    QHash<const TextLine *, ColumnMarks> columnMarks;
 };
 
 } // namespace zvwidgets

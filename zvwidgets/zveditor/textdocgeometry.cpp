@@ -75,6 +75,8 @@ struct Walk
     int tabsWidth;
     int column = 0;
     qint64 x = 0;
+    /// Passed on the way.
+    int tabs = 0;
 
     /// Goes on until column \a end or, if that comes first, the first column
     /// whose position is not below \a width.
@@ -99,10 +101,12 @@ private:
     // A negative width is that of a tab.
     void step(int width)
     {
-        if (width >= 0)
+        if (width >= 0) {
             x += width;
-        else if (tabsWidth > 0)
-            x = (x / tabsWidth + 1) * tabsWidth;
+        } else {
+            ++tabs;
+            x = tabsWidth > 0 ? (x / tabsWidth + 1) * tabsWidth : x;
+        }
         ++column;
     }
 
@@ -120,12 +124,75 @@ private:
     }
 };
 
-constexpr qint64 anyWidth = std::numeric_limits<int>::max();
+constexpr qint64 anyWidth = qint64(1) << 60;
+/// From this length on a line gets marks.
+constexpr int longLine = 2 * ColumnMarks::step;
+/// Lines whose marks are kept.
+constexpr qsizetype mostMarked = 64;
 
 int tabsWidthOf(const QList<TextView *> &views)
 {
     return views.isEmpty() ? 0 : views.constFirst()->tabsWidth();
 }
+
+/// The marks of one line for one walk along it.
+class MarkedWalk
+{
+public:
+    /// A walk that stands at column 0. A line of usual length gets no marks.
+    MarkedWalk(TextDocument::Private &document, const TextLine &line, Ruler &ruler)
+        : walk{line, ruler, tabsWidthOf(document.views)}
+        , marks(line.textLength() < longLine
+                    ? nullptr
+                    : &document.marksOf(line, ruler.commonWidth() >= 0).marks)
+    {}
+
+    Walk &toColumn(int column)
+    {
+        const int end = std::min(column, walk.line.textLength());
+        if (marks) {
+            while (int(marks->size()) <= end / ColumnMarks::step)
+                addMark();
+            goTo(size_t(std::max(end, 0) / ColumnMarks::step));
+        }
+        walk.run(end, anyWidth);
+        return walk;
+    }
+
+    /// To the first column whose position is not below \a width, or the end.
+    Walk &toWidth(qint64 width)
+    {
+        const int length = walk.line.textLength();
+        if (marks) {
+            while (marks->back().x < width && int(marks->size()) <= length / ColumnMarks::step)
+                addMark();
+            const auto behind = std::partition_point(
+                marks->begin(), marks->end(),
+                [width](const ColumnMarks::Mark &mark) { return mark.x < width; });
+            goTo(size_t(std::max<qptrdiff>(behind - marks->begin() - 1, 0)));
+        }
+        walk.run(length, width);
+        return walk;
+    }
+
+private:
+    void goTo(size_t number)
+    {
+        walk.column = int(number) * ColumnMarks::step;
+        walk.x = (*marks)[number].x;
+        walk.tabs = (*marks)[number].tabs;
+    }
+
+    void addMark()
+    {
+        goTo(marks->size() - 1);
+        walk.run(walk.column + ColumnMarks::step, anyWidth);
+        marks->push_back({walk.x, walk.tabs});
+    }
+
+    Walk walk;
+    std::vector<ColumnMarks::Mark> *const marks;
+};
 
 void appendRun(QString &html, QStringView run, int spacesInTab)
 {
@@ -167,13 +234,43 @@ void TextDocument::Private::colour(TextLine *line) const
         each->hl->highlight(line);
 }
 
+ColumnMarks &TextDocument::Private::marksOf(const TextLine &line, bool isFixed)
+{
+    if (columnMarks.size() >= mostMarked && !columnMarks.contains(&line))
+        columnMarks.clear();
+    ColumnMarks &marks = columnMarks[&line];
+    // Where widths differ they hang on the colouring too, which may change
+    // anywhere in the line.
+    if (marks.length != line.textLength() || (!isFixed && marks.revision != revision))
+        marks = ColumnMarks();
+    marks.length = line.textLength();
+    marks.revision = revision;
+    return marks;
+}
+
+void TextDocument::Private::cutMarks(const TextLine *line, int column)
+{
+    const auto found = columnMarks.find(line);
+    if (found == columnMarks.end())
+        return;
+    const size_t valid = size_t(std::max(column, 0) / ColumnMarks::step) + 1;
+    if (found->marks.size() > valid)
+        found->marks.resize(valid);
+    found->length = line->textLength();
+}
+
 int TextDocument::lineWidth(TextLine *line) const
 {
     // A wide letter of the widest font: typing must not ask for each character.
     const qint64 wide = d->m->width(fontCount - 1, QChar(u'W'));
     const int tabsWidth = tabsWidthOf(d->views);
     const QStringView text(*line);
-    if (tabsWidth <= 0)
+    if (tabsWidth > 0 && text.size() >= longLine) {
+        Ruler ruler(d->m, nullptr);
+        if (ruler.commonWidth() == wide)
+            return toPixels(MarkedWalk(*d, *line, ruler).toColumn(line->textLength()).x);
+    }
+    if (tabsWidth <= 0 || !line->mayHaveTabs())
         return toPixels(text.size() * wide);
     qint64 x = 0;
     qsizetype from = 0;
@@ -193,12 +290,11 @@ int TextDocument::textWidth(int line, int length)
     Ruler ruler(d->m, d->view);
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
-    Walk walk{*textLine, ruler, tabsWidthOf(d->views)};
-    walk.run(length, anyWidth);
+    qint64 x = MarkedWalk(*d, *textLine, ruler).toColumn(length).x;
     const int beyond = length - textLine->textLength();
     if (beyond > 0)
-        walk.x += qint64(beyond) * std::max(0, d->m->width(0, QChar(u' ')));
-    return toPixels(walk.x);
+        x += qint64(beyond) * std::max(0, d->m->width(0, QChar(u' ')));
+    return toPixels(x);
 }
 
 int TextDocument::textLength(int line, int width)
@@ -207,10 +303,19 @@ int TextDocument::textLength(int line, int width)
     Ruler ruler(d->m, d->view);
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
-    Walk walk{*textLine, ruler, tabsWidthOf(d->views)};
-    walk.run(textLine->textLength(), width);
+    MarkedWalk marked(*d, *textLine, ruler);
+    const Walk &walk = marked.toWidth(width);
     const int column = walk.x < width ? walk.column + 1 : walk.column;
     return std::max(0, column - 1);
+}
+
+int TextDocument::tabsBefore(int line, int column)
+{
+    TextLine *textLine = lineOf(line);
+    Ruler ruler(d->m, d->view);
+    if (ruler.commonWidth() < 0)
+        d->colour(textLine);
+    return MarkedWalk(*d, *textLine, ruler).toColumn(column).tabs;
 }
 
 int TextDocument::nextWrapPos(int line, int width, int from)
@@ -236,6 +341,8 @@ int TextDocument::nextWrapPos(int line, int width, int from)
         end = lastSpace;
     else if (walk.x > width && end > 1)
         --end;
+    if (textLine->charAt(end).isLowSurrogate() && textLine->charAt(end - 1).isHighSurrogate())
+        end = end - 1 > from ? end - 1 : end + 1;
     // A character wider than the row has to stay in it, or there were no end to
     // the rows.
     return std::max(end, from + 1);

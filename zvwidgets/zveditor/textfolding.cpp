@@ -1,10 +1,12 @@
 #include "zvwidgets/zveditor/textfolding.h"
 
 #include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/lineregion.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textview.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -71,28 +73,43 @@ struct TextFolding::Private
     /// False only if no line is a fold start and none is hidden. Spares a
     /// document without folds, which may be a large one, the passes over it.
     bool mayHaveFolds = false;
+    /// What the closed folds hide, in order. A closed fold may hide most of a
+    /// large document, and no key or paint should walk through that.
+    std::vector<LineRegion> hidden;
 
     bool hasLine(int line) const { return line >= 0 && line <= doc->lastLine(); }
     int level(int line) const { return doc->lineOf(line)->foldingLevel; }
     int levelAbove(int line) const { return line > 0 ? level(line - 1) : 0; }
     bool crossesFold(int firstLine, int lastLine) const;
     int findStart(int line, const TextFolding *folding) const;
+    void noteHidden(int line);
+    LineRegion hiddenRegion(int line) const;
     void hideLines();
     void placeCursor(int line) const;
 };
 
-/// Whether the lines, whose first and last have the same level, leave or enter
-/// a fold on the way.
+/// Whether a fold over the lines, whose first and last have the same level,
+/// would cut another one in two.
 bool TextFolding::Private::crossesFold(int firstLine, int lastLine) const
 {
-    const int outer = level(firstLine);
+    // Depth of the deepest fold that holds all the lines, as far as the lines
+    // below the first can tell.
+    int depth = level(firstLine);
     for (int i = firstLine + 1; i <= lastLine; ++i) {
         const TextLine *const line = doc->lineOf(i);
-        const int inner = line->foldingLevel;
-        if (inner < outer || (inner == outer && line->isFoldingStart))
-            return true;
+        depth = std::min(depth, line->foldingLevel - (line->isFoldingStart ? 1 : 0));
     }
-    return false;
+    // Only folds that begin on the first line can lie inside the new one.
+    const int outer = doc->lineOf(firstLine)->isFoldingStart
+                          ? std::min(levelAbove(firstLine), level(firstLine) - 1)
+                          : level(firstLine);
+    if (depth < outer)
+        return true;
+    if (depth == level(lastLine) || lastLine == doc->lastLine())
+        return false;
+    // Whatever goes deeper has to end on the last line.
+    const TextLine *const below = doc->lineOf(lastLine + 1);
+    return below->foldingLevel - (below->isFoldingStart ? 1 : 0) > depth;
 }
 
 /// findFirstFoldLine() that reports a failure.
@@ -104,12 +121,42 @@ int TextFolding::Private::findStart(int line, const TextFolding *folding) const
     return first;
 }
 
+/// To be called with one line after the other from the top.
+void TextFolding::Private::noteHidden(int line)
+{
+    if (!hidden.empty() && hidden.back().end == line - 1)
+        hidden.back().end = line;
+    else
+        hidden.push_back({line, line});
+}
+
+/// The region that holds \a line, which is hidden. Found line by line where the
+/// noted ones don't fit the lines as they are now.
+LineRegion TextFolding::Private::hiddenRegion(int line) const
+{
+    const auto isHidden = [this](int i) { return hasLine(i) && !doc->lineOf(i)->isFoldVisible; };
+    const auto behind = std::partition_point(
+        hidden.begin(), hidden.end(), [line](const LineRegion &r) { return r.start <= line; });
+    LineRegion region{line, line};
+    if (behind != hidden.begin() && std::prev(behind)->end >= line) {
+        const LineRegion &noted = *std::prev(behind);
+        if (isHidden(noted.start) && isHidden(noted.end))
+            region = noted;
+    }
+    while (isHidden(region.start - 1))
+        --region.start;
+    while (isHidden(region.end + 1))
+        ++region.end;
+    return region;
+}
+
 void TextFolding::Private::hideLines()
 {
     bool isVisible = true;
     bool anyFold = false;
     int closeFoldLevel = 0;
     const int last = doc->lastLine();
+    hidden.clear();
     for (int i = 0; i <= last; ++i) {
         TextLine *const line = doc->lineOf(i);
         const bool isStart = line->isFoldingStart;
@@ -125,6 +172,8 @@ void TextFolding::Private::hideLines()
         const int lineLevel = line->foldingLevel;
         const bool shows = lineLevel < closeFoldLevel || (lineLevel == closeFoldLevel && isStart);
         line->isFoldVisible = shows;
+        if (!shows)
+            noteHidden(i);
         // A closed fold that ends the hidden lines from a lower level shows its
         // lines all the same, which is meant: it closes at its next toggling.
         isVisible = shows && (lineLevel < closeFoldLevel || !isClosed);
@@ -258,6 +307,7 @@ void TextFolding::clearAllFolds()
         line->isFoldVisible = true;
     }
     d->mayHaveFolds = false;
+    d->hidden.clear();
     updateLinesVisibility();
 }
 
@@ -298,6 +348,28 @@ void TextFolding::ensureLineVisible(int line)
         curFoldingLevel = outer;
     }
     updateLinesVisibility();
+}
+
+int TextFolding::visibleLineFrom(int line) const
+{
+    const bool isHidden = d->hasLine(line) && !d->doc->lineOf(line)->isFoldVisible;
+    return isHidden ? d->hiddenRegion(line).end + 1 : line;
+}
+
+int TextFolding::visibleLineUpTo(int line) const
+{
+    const bool isHidden = d->hasLine(line) && !d->doc->lineOf(line)->isFoldVisible;
+    return isHidden ? std::max(d->hiddenRegion(line).start - 1, 0) : line;
+}
+
+void TextFolding::linesMoved(int line, int count)
+{
+    for (LineRegion &region : d->hidden) {
+        if (region.start >= line)
+            region.start += count;
+        if (region.end >= line)
+            region.end += count;
+    }
 }
 
 bool TextFolding::isLastLineOfFold(int line) const

@@ -38,6 +38,14 @@ public:
     /// First line of the innermost fold around \a line; -1 if there is none, or
     /// if that fold begins together with an inner one that \a line is not in.
     int findFirstFoldLine(int line) const;
+    /// The first line from \a line on that no closed fold hides; the number
+    /// behind the last line if there is none. Cheap whatever is hidden.
+    int visibleLineFrom(int line) const;
+    /// The same upwards; 0 if there is none.
+    int visibleLineUpTo(int line) const;
+    /// To be told when \a count lines came in before \a line, or when line
+    /// \a line went, which is a count of -1.
+    void linesMoved(int line, int count);
     /// Recomputes which lines the closed folds hide and repaints all views.
     void updateLinesVisibility();
 

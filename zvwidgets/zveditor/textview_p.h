@@ -59,7 +59,6 @@ struct TextView::Private
     void appendRows(int line);
     int wrapShift(int line) const;
     WrappedLinesCache::Ends wrapEnds(int line, int shift) const;
-    int lastHiddenLineBelow(int line) const;
 
     // Update
 

@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/textfolding.h"
 #include "zvwidgets/zveditor/textview_p.h"
 
 #include <algorithm>
@@ -38,10 +39,11 @@ void TextView::updateLinesList()
     int line = d->yPos / d->fontHeight;
     d->visibleLines.clear(line);
     const int rows = (height() + d->fontHeight - 1) / d->fontHeight;
-    for (; d->visibleLines.count() < rows && line <= d->doc->lastLine(); ++line) {
-        if (d->doc->lineOf(line)->isFoldVisible)
-            d->appendRows(line);
-    }
+    const TextFolding *const folding = d->doc->folding();
+    for (line = folding->visibleLineFrom(line);
+         d->visibleLines.count() < rows && line <= d->doc->lastLine();
+         line = folding->visibleLineFrom(line + 1))
+        d->appendRows(line);
 }
 
 void TextView::Private::appendRows(int line)
@@ -123,15 +125,8 @@ QPoint TextView::screenPosToDoc(int x, int y) const
         line = rows.at(std::clamp(key, rows.firstKey(), rows.lastKey())).line;
     const TextLine *const nearest = d->doc->lineOf(line);
     if (nearest->isFoldingStart && nearest->isFolded)
-        line = d->lastHiddenLineBelow(line);
+        line = d->doc->folding()->visibleLineFrom(line + 1) - 1;
     return {d->doc->textLength(line), line};
-}
-
-int TextView::Private::lastHiddenLineBelow(int line) const
-{
-    while (line < doc->lastLine() && !doc->lineOf(line + 1)->isFoldVisible)
-        ++line;
-    return line;
 }
 
 QPoint TextView::docPosToScreen(int column, int line) const
@@ -139,9 +134,7 @@ QPoint TextView::docPosToScreen(int column, int line) const
     if (line < 0)
         return {0, line * d->fontHeight};
     TextDocument *const doc = d->doc;
-    line = std::min(line, doc->lastLine());
-    while (line > 0 && !doc->lineOf(line)->isFoldVisible)
-        --line;
+    line = doc->folding()->visibleLineUpTo(std::min(line, doc->lastLine()));
     const VisibleLines &rows = d->visibleLines;
     const int length = doc->textLength(line);
     int extra = 0;

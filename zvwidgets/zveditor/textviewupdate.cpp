@@ -1,6 +1,7 @@
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/editormargins.h"
 #include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/textfolding.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview_p.h"
 
@@ -189,7 +190,7 @@ void TextView::Private::stripLeftLine() const
     const bool hasLeft = cursor->line() != cursorLine && cursorLine <= doc->lastLine();
     if (hasLeft && manager->fRemoveSpaces && !doc->isReadOnly() &&
         doc->lineOf(cursorLine)->removeSpaces())
-        doc->tagLine(cursorLine);
+        doc->updateLine(cursorLine);
 }
 
 void TextView::ensureCursorVisible()
@@ -268,9 +269,8 @@ void TextView::scrollX(int dx)
 
 void TextView::scrollY(int)
 {
-    int line = std::clamp(d->yPos / d->fontHeight, 0, d->doc->lastLine());
-    while (line > 0 && !d->doc->lineOf(line)->isFoldVisible)
-        --line;
+    const int top = std::clamp(d->yPos / d->fontHeight, 0, d->doc->lastLine());
+    const int line = d->doc->folding()->visibleLineUpTo(top);
     d->yPos = line * d->fontHeight;
     updateLinesList();
     update();
