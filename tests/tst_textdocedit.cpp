@@ -316,6 +316,7 @@ void TestTextDocEdit::selection_data()
         "def|g", "abchi");
     row("stream to a line's start", "abc|def", {1, 0}, {0, 1}, false, "bc|", "adef");
     row("stream past the document", "abc|def", {1, 0}, {0, 5}, false, "bc|def|", "a");
+    row("stream below the document", "abc|def", {1, 7}, {1, 9}, false, "", "abc|def");
     row("join takes blanks", "ab  x|y  z ", {2, 0}, {1, 1}, false, "  x|y", "abz");
     row("block", "abcd|e|fghi", {1, 0}, {3, 2}, true, "bc|gh", "ad|e|fi");
     row("block, other corners", "abcd|efgh", {3, 1}, {1, 0}, true, "bc|fg", "ad|eh");

@@ -85,13 +85,15 @@ struct LineSpan
 
 // The lines that indenting moves: all selected ones, but not a last one that is
 // selected only up to its start, or the cursor's.
-LineSpan linesToIndent(const QRect &selected, int cursorLine)
+LineSpan linesToIndent(const QRect &selected, int cursorLine, int lastLine)
 {
     if (isEmptySelection(selected))
         return {cursorLine, cursorLine + 1};
     const Selection selection(selected);
     const bool leavesLast = selection.end == 0 && selection.normal.height() > 1;
-    return {selection.normal.top(), selection.normal.bottom() + (leavesLast ? 0 : 1)};
+    const int behind = selection.normal.bottom() + (leavesLast ? 0 : 1);
+    // Another view may have removed lines that are selected in this one.
+    return {selection.normal.top(), std::min(behind, lastLine + 1)};
 }
 
 } // namespace
@@ -253,7 +255,7 @@ void TextDocument::indent()
         return;
     const EditorCursor *cursor = d->view->cursor();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(selected, cursor->line());
+    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
     const QString ins = d->m->fSaveTab ? QString(tab) : blanks(spacesInTab());
     macroBegin(QStringLiteral("indent"), cursor->line(), cursor->column());
     for (int line = lines.first; line < lines.last; ++line)
@@ -268,7 +270,7 @@ void TextDocument::unindent()
         return;
     const EditorCursor *cursor = d->view->cursor();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(selected, cursor->line());
+    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
     macroBegin(QStringLiteral("unindent"), cursor->line(), cursor->column());
     for (int line = lines.first; line < lines.last; ++line) {
         const TextLine *textLine = lineOf(line);
@@ -324,7 +326,8 @@ QString TextDocument::selectionCommand(SelectionCommand command, const QRect &re
             return QString();
         actions &= ~SelectionRemove;
     }
-    if (isEmptySelection(rect))
+    // Another view may have removed all the lines that are selected in this one.
+    if (isEmptySelection(rect) || ordered(rect).top() > lastLine())
         return QString();
     const bool isBlock = verticalSelection || ordered(rect).height() == 1;
     const QString text =
