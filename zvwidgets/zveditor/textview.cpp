@@ -342,6 +342,8 @@ QVariant TextView::inputMethodQuery(Qt::InputMethodQuery query) const
 
 void TextView::focusInEvent(QFocusEvent *)
 {
+    // The document's operations work at the cursor of its active view.
+    d->doc->setActiveView(this);
     updateView(true);
     d->cursor->activate();
     emit focusChanged(true);

@@ -39,6 +39,7 @@ void TextView::mousePressEvent(QMouseEvent *event)
 
 void TextView::Private::pressLeft(const QMouseEvent *event)
 {
+    doc->setActiveView(q);
     const QPoint local = event->position().toPoint();
     const QPoint position = positionAt(local);
     if (position.y() > doc->lastLine())

@@ -47,6 +47,9 @@ bool TextView::hasSelection() const
 
 void TextView::setSelection(const QPoint &from, const QPoint &to)
 {
+    // A later move that extends the selection keeps its start.
+    d->selectionStart = from;
+    d->selectionEnd = to;
     QPoint first = from;
     QPoint second = to;
     if (second.y() < first.y() || (second.y() == first.y() && second.x() < first.x()))
@@ -94,8 +97,7 @@ void TextView::setCursorPositionInternal(int line, int column, bool select)
         // been put in order.
         if (selected.right() <= selected.left() && selected.bottom() <= selected.top())
             d->selectionStart = d->cursor->pos();
-        d->selectionEnd = QPoint(column, line);
-        setSelection(d->selectionStart, d->selectionEnd);
+        setSelection(d->selectionStart, QPoint(column, line));
     } else if (!d->endDrag) {
         if (hasSelection())
             clearSelection();
@@ -110,8 +112,8 @@ void TextView::setCursorPositionInternal(int line, int column, bool select)
 void TextView::setCursorPosition(int line, int column, bool select)
 {
     setCursorPositionInternal(line, column, select);
-    d->cursor->setWantedColumn(column);
     d->cursor->set(line, column, true);
+    d->cursor->setWantedColumn(column);
     d->editor->notifyChange(TextEditor::CursorPosition);
 }
 
