@@ -267,7 +267,11 @@ void TestEditors::closingAnotherEditorSavesThatOne()
     type(u"A"_s);
     editors()->open(b);
     type(u"B"_s);
-    responder->expect(QMessageBox::Yes);
+    // The user sees the text that the question is about.
+    responder->expect([this, first](QWidget *box) {
+        QCOMPARE(editors()->current(), first);
+        qobject_cast<QMessageBox *>(box)->button(QMessageBox::Yes)->click();
+    });
     QVERIFY(editors()->close(first));
     QCOMPARE(readFile(a), QByteArray("Atext"));
     QCOMPARE(readFile(b), QByteArray("text"));
