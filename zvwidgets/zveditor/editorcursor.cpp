@@ -105,6 +105,7 @@ struct EditorCursor::Private
     void moveBackward(const EditorCursor *cursor);
     void moveForward(const EditorCursor *cursor);
     void moveLineStart();
+    bool apply(const EditorCursor *cursor, CursorAction action);
     void applyWantedColumn();
     void killTimer(EditorCursor *cursor);
     void hide(EditorCursor *cursor);
@@ -358,8 +359,7 @@ void EditorCursor::typeText(const QString &text)
 /// The document's commands work at the cursor of its active view.
 void EditorCursor::Private::makeViewActive()
 {
-    if (document->activeView() != view)
-        document->setActiveView(view);
+    document->setActiveView(view);
 }
 
 void EditorCursor::Private::insertTyped(int atLine, int atColumn, const QString &text)
@@ -376,60 +376,61 @@ void EditorCursor::Private::insertTyped(int atLine, int atColumn, const QString 
     document->cmdReplace(atLine, atColumn, length, text);
 }
 
+/// Moves the place. True for a move up or down, which leaves the column to the
+/// wanted one.
+bool EditorCursor::Private::apply(const EditorCursor *cursor, CursorAction action)
+{
+    const int page = view->height() / std::max(view->lineHeight(), 1);
+    const int lastLine = document->lastLine();
+    switch (action) {
+    case MoveBackward:
+        moveBackward(cursor);
+        return false;
+    case MoveForward:
+        moveForward(cursor);
+        return false;
+    case MoveWordBackward:
+        moveWordBackward(cursor);
+        return false;
+    case MoveWordForward:
+        moveWordForward(cursor);
+        return false;
+    case MoveUp:
+        line = cursor->prevVisibleLine(line);
+        return true;
+    case MoveDown:
+        line = cursor->nextVisibleLine(line);
+        return true;
+    case MoveLineStart:
+        moveLineStart();
+        return false;
+    case MoveLineEnd:
+        column = lengthOf(line);
+        return false;
+    case MoveHome:
+        line = 0;
+        column = 0;
+        return false;
+    case MoveEnd:
+        line = lastLine;
+        column = lengthOf(lastLine);
+        return false;
+    case MovePgUp:
+        line = std::max(line - page, 0);
+        return true;
+    case MovePgDown:
+        line = std::min(line + page, lastLine);
+        return true;
+    }
+    return false;
+}
+
 void EditorCursor::move(CursorAction action, bool select)
 {
     d->line = line();
     const int oldLine = d->line;
     const int oldColumn = d->column;
-    const int page = d->view->height() / std::max(d->view->lineHeight(), 1);
-    const int lastLine = d->document->lastLine();
-    bool vertical = false;
-    switch (action) {
-    case MoveBackward:
-        d->moveBackward(this);
-        break;
-    case MoveForward:
-        d->moveForward(this);
-        break;
-    case MoveWordBackward:
-        d->moveWordBackward(this);
-        break;
-    case MoveWordForward:
-        d->moveWordForward(this);
-        break;
-    case MoveUp:
-        d->line = prevVisibleLine(d->line);
-        vertical = true;
-        break;
-    case MoveDown:
-        if (d->line < lastLine)
-            d->line = nextVisibleLine(d->line);
-        vertical = true;
-        break;
-    case MoveLineStart:
-        d->moveLineStart();
-        break;
-    case MoveLineEnd:
-        d->column = d->lengthOf(d->line);
-        break;
-    case MoveHome:
-        d->line = 0;
-        d->column = 0;
-        break;
-    case MoveEnd:
-        d->line = lastLine;
-        d->column = d->lengthOf(lastLine);
-        break;
-    case MovePgUp:
-        d->line = std::max(d->line - page, 0);
-        vertical = true;
-        break;
-    case MovePgDown:
-        d->line = std::min(d->line + page, lastLine);
-        vertical = true;
-        break;
-    }
-    if (vertical)
+    if (d->apply(this, action))
         d->applyWantedColumn();
     else
         d->wantingColumn = d->column2wanted(d->line, d->column);

@@ -342,8 +342,7 @@ void TextEditor::clearLineIcon(int line)
 
 void TextEditor::Private::makeViewActive()
 {
-    if (doc->activeView() != view)
-        doc->setActiveView(view);
+    doc->setActiveView(view);
 }
 
 bool TextEditor::event(QEvent *event)
