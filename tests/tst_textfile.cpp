@@ -439,6 +439,7 @@ void TestTextFile::saveWithoutFolderRights()
 void TestTextFile::saveFailureKeepsOldFile_data()
 {
     const Rows<QString, QByteArray> row("name", "bytes");
+    row("no room for a file of the user's own", "own", QByteArray(5000, 'x'));
     row("no room", "f", QByteArray(5000, 'x'));
     row("no room for a file of two names", "two", QByteArray(5000, 'x'));
     row("no right to write", "read-only", "x");
@@ -453,11 +454,14 @@ void TestTextFile::saveFailureKeepsOldFile()
     QFETCH(QByteArray, bytes);
     const QTemporaryDir dir;
     const QByteArray old(900, 'o');
-    for (const char *file : {"f", "two", "read-only"})
+    for (const char *file : {"f", "own", "two", "read-only"})
         writeFile(dir.filePath(QLatin1String(file)), old);
     QCOMPARE(::chmod(qPrintable(dir.path()), 0777), 0);
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"f"_s)), 0666), 0);
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"two"_s)), 0666), 0);
+    // Only the user's own file can be replaced by a new one.
+    if (::geteuid() == 0)
+        QCOMPARE(::chown(qPrintable(dir.filePath(u"own"_s)), stranger, gid_t(-1)), 0);
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"read-only"_s)), 0444), 0);
     QCOMPARE(::link(qPrintable(dir.filePath(u"two"_s)), qPrintable(dir.filePath(u"second name"_s))),
              0);
@@ -473,7 +477,7 @@ void TestTextFile::saveFailureKeepsOldFile()
         QVERIFY(!save(dir.filePath(name), bytes, &error));
     }
     QVERIFY(!error.isEmpty());
-    for (const char *file : {"f", "two", "read-only"})
+    for (const char *file : {"f", "own", "two", "read-only"})
         QCOMPARE(readFile(dir.filePath(QLatin1String(file))), old);
     QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System), entries);
 }

@@ -225,6 +225,11 @@ Replacement replaceFile(const QString &path, const struct stat *old, const TextL
         return Replacement::NotPossible;
     if (!TextFile::write(file, lines, format, error))
         return Replacement::Failed;
+    // commit() would not notice that what is still buffered found no room.
+    if (!file.flush()) {
+        *error = file.errorString();
+        return Replacement::Failed;
+    }
     if (file.commit())
         return Replacement::Done;
     *error = file.errorString();
