@@ -79,6 +79,9 @@ struct MessageOutput::Private
     static QPointer<MessageOutput> self;
 
     uint maxItems = 500;
+    /// At least what all rows hold: what has come since they were last counted is in
+    /// it, what has gone is not out of it.
+    qint64 textLength = 0;
     QTimer *follow = nullptr;
 };
 
@@ -176,16 +179,26 @@ void MessageOutput::checkMaxItems()
     }
     if (uint(count()) >= d->maxItems)
         delete takeItem(0);
+    if (d->textLength > maxTextLength)
+        dropLongRows();
+}
+
+/// Takes as many of the oldest rows away as the list holds too much text.
+void MessageOutput::dropLongRows()
+{
     qint64 length = 0;
     for (int row = count() - 1; row >= 0; --row) {
         const QListWidgetItem *each = item(row);
-        if (each->type() == MessageItem::itemType)
-            length += static_cast<const MessageItem *>(each)->rawLength();
-        if (length <= maxTextLength)
-            continue;
-        for (; row >= 0; --row)
-            delete takeItem(row);
+        const bool isMessage = each->type() == MessageItem::itemType;
+        const int own = isMessage ? static_cast<const MessageItem *>(each)->rawLength() : 0;
+        if (length + own > maxTextLength) {
+            for (; row >= 0; --row)
+                delete takeItem(row);
+            break;
+        }
+        length += own;
     }
+    d->textLength = length;
 }
 
 void MessageOutput::followEnd()
@@ -197,6 +210,7 @@ void MessageOutput::followEnd()
 void MessageOutput::insertItem(const QString &s)
 {
     checkMaxItems();
+    d->textLength += s.size();
     new MessageItem(this, s, -1, QString());
     followEnd();
 }
@@ -236,9 +250,12 @@ void MessageOutput::showMessage(const QString &message)
 
 void MessageOutput::addToLastItem(const QString &s)
 {
-    if (count() == 0)
+    if (count() == 0) {
         insertItem(s);
-    else if (MessageItem *last = lastItem())
+        return;
+    }
+    d->textLength += s.size();
+    if (MessageItem *last = lastItem())
         last->addText(s);
     else
         item(count() - 1)->setText(item(count() - 1)->text() + s);

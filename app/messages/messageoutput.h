@@ -54,6 +54,7 @@ private:
     explicit MessageOutput(QWidget *parent);
 
     MessageItem *lastItem() const;
+    void dropLongRows();
     void followEnd();
 
     const std::unique_ptr<Private> d;
