@@ -52,6 +52,22 @@ QLabel *label(QWidget *parent, const QString &name, const QString &text)
     return made;
 }
 
+QLabel *note(QWidget *parent, const QString &name, const QString &text)
+{
+    QLabel *const made = label(parent, name, text);
+    made->setTextFormat(Qt::PlainText);
+    QFont bold = made->font();
+    bold.setBold(true);
+    made->setFont(bold);
+    QPalette paper = made->palette();
+    paper.setColor(QPalette::Window, QColor(242, 236, 200));
+    paper.setColor(QPalette::WindowText, Qt::black);
+    made->setPalette(paper);
+    made->setAutoFillBackground(true);
+    made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    return made;
+}
+
 QHBoxLayout *okAndCancel(QDialog *dialog)
 {
     auto *const row = new QHBoxLayout;

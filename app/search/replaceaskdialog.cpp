@@ -14,19 +14,8 @@ ReplaceAskDialog::ReplaceAskDialog(QWidget *parent) : QDialog(parent)
     auto *const all = new QVBoxLayout(this);
     all->addWidget(
         DialogParts::label(this, QStringLiteral("TextLabel2"), tr("Replace this occurrence of:")));
-    labelText = DialogParts::label(this, QStringLiteral("labelText"), tr("Some text"));
-    labelText->setTextFormat(Qt::PlainText);
-    QFont bold = labelText->font();
-    bold.setBold(true);
-    labelText->setFont(bold);
-    QPalette paper = labelText->palette();
-    paper.setColor(QPalette::Window, QColor(242, 236, 200));
-    paper.setColor(QPalette::WindowText, Qt::black);
-    labelText->setPalette(paper);
-    labelText->setAutoFillBackground(true);
+    labelText = DialogParts::note(this, QStringLiteral("labelText"), tr("Some text"));
     labelText->setMargin(4);
-    // A searched text may be longer than the screen is wide.
-    labelText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     all->addWidget(labelText);
     all->addStretch();
 
