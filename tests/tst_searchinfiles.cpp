@@ -100,6 +100,7 @@ private slots:
     void hitsAreThoseOfReadingByLine_data();
     void hitsAreThoseOfReadingByLine();
     void blocksDoNotCutLines();
+    void stopsInsideOfAFile_data();
     void stopsInsideOfAFile();
     void whatIsNoFileHasNoHits();
     void walkReportsFilesThenFolders();
@@ -165,8 +166,10 @@ void TestSearchInFiles::hitsAreThoseOfReadingByLine()
     const QString path = write(u"file"_s, bytes);
     const QStringList literals{u"foo"_s,    u"FOO"_s, u"k"_s,    u"\u00e9"_s,
                                u"\u00c3"_s, u"o"_s,   u"o\nf"_s, u"\u20ac"_s};
-    const QStringList expressions{u"fo+"_s, u"^foo"_s, u"o$"_s,        u"[a-z]+\\s"_s,
-                                  u"x*"_s,  u"("_s,    u"\\w+\u00e9"_s};
+    const QStringList expressions{u"fo+"_s,        u"^foo"_s,        u"o$"_s,
+                                  u"[a-z]+\\s"_s,  u"x*"_s,          u"("_s,
+                                  u"Oo|ba"_s,      u"(fo){1,2}o?"_s, u"\\bfo(?!o_)o*b?"_s,
+                                  u"[Ff]oo.bar"_s, u"\\w+\u00e9"_s};
     int hits = 0;
     for (const bool regExp : {false, true}) {
         for (const QString &wanted : regExp ? expressions : literals) {
@@ -215,13 +218,39 @@ void TestSearchInFiles::blocksDoNotCutLines()
     }
 }
 
+void TestSearchInFiles::stopsInsideOfAFile_data()
+{
+    const Rows<QByteArray, SearchQuery> row("bytes", "query");
+    const QByteArray lines = QByteArray("nothing here\n").repeated(1000000);
+    const QByteArray line = QByteArray("nothing here ").repeated(1000000);
+    row("lines, text", lines, {u"absent"_s, false, true, false});
+    row("lines, expression without a fixed text", lines, {u"[xyz]+"_s, true, true, false});
+    row("one line, text", line, {u"absent"_s, false, true, false});
+    row("one line, any case", line, {u"absent"_s, false, false, false});
+    row("one line, expression", line, {u"[a-z]+absent"_s, true, true, false});
+    row("one line, expression without a fixed text", line, {u"[xyz]+"_s, true, true, false});
+    row("one line, not ascii", line + "\u00e9", {u"\u00e8"_s, false, true, false});
+}
+
 void TestSearchInFiles::stopsInsideOfAFile()
 {
-    const QString path = write(u"large"_s, QByteArray("nothing here\n").repeated(1000000));
+    QFETCH(QByteArray, bytes);
+    QFETCH(SearchQuery, query);
+    const QString path = write(u"large"_s, bytes);
+    const auto nothing = [](const FileSearch::Hit &) {};
     int asked = 0;
-    FileSearch engine({u"absent"_s, false, true, false}, [&asked] { return ++asked < 3; });
-    QVERIFY(!engine.search(path, [](const FileSearch::Hit &) {}));
-    QCOMPARE(asked, 3);
+    FileSearch whole(query, [&asked] { return ++asked > 0; });
+    QVERIFY(whole.search(path, nothing));
+    // While 12 blocks are read, and while what was read is looked through.
+    const int times = asked;
+    QVERIFY2(times > (bytes.contains('\n') ? 11 : 22), qPrintable(QString::number(times)));
+    // Wherever the stop comes it is obeyed at once.
+    for (const int last : {3, times - 1}) {
+        asked = 0;
+        FileSearch stopped(query, [&asked, last] { return ++asked < last; });
+        QVERIFY(!stopped.search(path, nothing));
+        QCOMPARE(asked, last);
+    }
 }
 
 void TestSearchInFiles::whatIsNoFileHasNoHits()
@@ -297,6 +326,8 @@ void TestSearchInFiles::stopButtonEndsTheSearch()
     QString shown;
     QTimer::singleShot(100, &dialog, [&] {
         shown = dialog.buttonSearch->text();
+        // A double click does not start another search within the one that ends.
+        dialog.buttonSearch->click();
         dialog.buttonSearch->click();
     });
     dialog.buttonSearch->click();

@@ -13,8 +13,8 @@ namespace vesk {
 
 namespace {
 
-/// Read in blocks of this many bytes. A block is searched between two looks at
-/// the user's wishes, so it is no work of more than a few milliseconds.
+/// Read, and worked on, in blocks of this many bytes or characters, between two looks
+/// at the user's wishes: no work of more than a few milliseconds.
 constexpr qsizetype blockSize = 1024 * 1024;
 
 bool isAscii(const char *data, qsizetype size)
@@ -46,12 +46,6 @@ qsizetype readFully(int fd, char *data, qsizetype size)
     return done;
 }
 
-const char *findBytes(const char *data, qsizetype size, const QByteArray &needle)
-{
-    return static_cast<const char *>(
-        memmem(data, size_t(size), needle.constData(), size_t(needle.size())));
-}
-
 /// Number of line ends in \a data, CR LF counting as one.
 int countLineEnds(const char *data, qsizetype size)
 {
@@ -69,16 +63,20 @@ int countLineEnds(const char *data, qsizetype size)
 
 const char *lineStart(const char *data, const char *at)
 {
-    while (at > data && at[-1] != '\n' && at[-1] != '\r')
-        --at;
-    return at;
+    for (const char end : {'\n', '\r'}) {
+        if (const void *const found = memrchr(data, end, size_t(at - data)))
+            data = static_cast<const char *>(found) + 1;
+    }
+    return data;
 }
 
 const char *lineEnd(const char *at, const char *end)
 {
-    while (at < end && *at != '\n' && *at != '\r')
-        ++at;
-    return at;
+    for (const char mark : {'\n', '\r'}) {
+        if (const void *const found = memchr(at, mark, size_t(end - at)))
+            end = static_cast<const char *>(found);
+    }
+    return end;
 }
 
 /// The length of the leading part of \a data that holds whole lines. A CR at the
@@ -150,6 +148,8 @@ FileSearch::FileSearch(const SearchQuery &wanted, GoOn callback)
         query.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
     if (query.regExp) {
         pattern = SearchPattern(query.text, sensitivity);
+        utf8Needle = pattern.requiredText().toLatin1();
+        asciiNeedle = true;
         return;
     }
     matcher = QStringMatcher(query.text, sensitivity);
@@ -185,17 +185,31 @@ bool FileSearch::search(const QString &path, const HitHandler &hitHandler)
     return wentOn;
 }
 
+/// Does \a work on one piece after the other of what may be a line of megabytes:
+/// it gets the start and the length of each, and answers with false when it has
+/// enough. False if the search was stopped.
+template <typename Work>
+bool FileSearch::inPieces(qsizetype size, const Work &work) const
+{
+    for (qsizetype at = 0; at < size; at += blockSize) {
+        if (at > 0 && !goOn())
+            return false;
+        if (!work(at, qMin(blockSize, size - at)))
+            break;
+    }
+    return true;
+}
+
 bool FileSearch::searchFile(int fd)
 {
-    qsizetype kept = 0;
-    qsizetype wanted = blockSize;
+    qsizetype kept = 0; // of a line that has not come to its end
     bool first = true;
     for (;;) {
-        if (buffer.size() < kept + wanted)
-            buffer.resize(kept + wanted);
+        if (buffer.size() < kept + blockSize)
+            buffer.resize(qMax(kept + blockSize, 2 * kept));
         char *const data = buffer.data();
-        const qsizetype got = readFully(fd, data + kept, wanted);
-        const bool atEnd = got < wanted;
+        const qsizetype got = readFully(fd, data + kept, blockSize);
+        const bool atEnd = got < blockSize;
         const qsizetype size = kept + got;
         qsizetype offset = 0;
         if (first) {
@@ -208,23 +222,17 @@ bool FileSearch::searchFile(int fd)
                 offset = 3;
             }
         }
-        const qsizetype whole = atEnd ? size : wholeLines(data, size);
-        if (whole == 0 && !atEnd) {
-            // No line ends in here yet: a larger step each time keeps the
-            // looking for it linear.
-            kept = size;
-            wanted = size;
-            if (!goOn())
-                return false;
-            continue;
-        }
-        if (!searchBytes(data + offset, whole - offset, fd))
+        // The kept part can hold a line end only in its last byte, a CR.
+        const qsizetype unseen = qMax<qsizetype>(0, kept - 1);
+        const qsizetype ends = wholeLines(data + unseen, size - unseen);
+        const qsizetype whole = atEnd ? size : ends > 0 ? unseen + ends : 0;
+        if (whole > 0 && !searchBytes(data + offset, whole - offset, fd))
             return false;
         if (atEnd)
             return true;
         kept = size - whole;
-        memmove(data, data + whole, size_t(kept));
-        wanted = blockSize;
+        if (whole > 0)
+            memmove(data, data + whole, size_t(kept));
         if (!goOn())
             return false;
     }
@@ -260,11 +268,12 @@ bool FileSearch::searchDecoded(int fd, QStringConverter::Encoding encoding)
     }
 }
 
-/// Finds out whether the whole file is UTF-8 or has to be read as Latin-1.
-void FileSearch::decide(int fd)
+/// Finds out whether the whole file is UTF-8 or has to be read as Latin-1. False if
+/// the search was stopped.
+bool FileSearch::decide(int fd)
 {
     if (decoding != Decoding::Undecided)
-        return;
+        return true;
     Utf8Check check;
     QByteArray block(blockSize, Qt::Uninitialized);
     off_t at = 0;
@@ -275,68 +284,126 @@ void FileSearch::decide(int fd)
         at += got;
         if (!check.feed(block.constData(), got))
             break;
+        if (!goOn())
+            return false;
     }
     decoding = check.isValid() ? Decoding::Utf8 : Decoding::Latin1;
+    return true;
 }
 
-QStringView FileSearch::decoded(const char *data, qsizetype size)
+/// Puts the text of \a data into textBuffer. False if the search was stopped.
+bool FileSearch::decode(const char *data, qsizetype size, int fd)
 {
-    if (decoding == Decoding::Utf8 && !isAscii(data, size))
-        textBuffer = QString::fromUtf8(data, size);
-    else
-        textBuffer = QString::fromLatin1(data, size);
-    return textBuffer;
+    textBuffer.clear();
+    textBuffer.reserve(size);
+    QStringDecoder decoder;
+    bool wentOn = true;
+    const bool isDone = inPieces(size, [&](qsizetype at, qsizetype length) {
+        const QByteArrayView piece(data + at, length);
+        if (!decoder.isValid()) {
+            if (isAscii(piece.data(), length)) {
+                textBuffer += QLatin1String(piece);
+                return true;
+            }
+            wentOn = decide(fd);
+            if (!wentOn)
+                return false;
+            decoder = QStringDecoder(decoding == Decoding::Utf8 ? QStringConverter::Utf8
+                                                                : QStringConverter::Latin1,
+                                     QStringConverter::Flag::ConvertInitialBom);
+        }
+        textBuffer += decoder.decode(piece);
+        return true;
+    });
+    return isDone && wentOn;
+}
+
+/// Puts \a data in lower case into folded. False if the search was stopped.
+bool FileSearch::fold(const char *data, qsizetype size)
+{
+    if (folded.size() < size)
+        folded.resize(size);
+    char *const to = folded.data();
+    return inPieces(size, [&](qsizetype at, qsizetype length) {
+        for (qsizetype i = at; i < at + length; ++i)
+            to[i] = char(data[i] | ((data[i] >= 'A' && data[i] <= 'Z') ? 0x20 : 0));
+        return true;
+    });
+}
+
+/// Where \a hit, null if nowhere, \a needle begins in \a data. False if the search
+/// was stopped.
+bool FileSearch::findBytes(const char *data, qsizetype size, const QByteArray &needle,
+                           const char **hit) const
+{
+    *hit = nullptr;
+    return inPieces(size, [&](qsizetype at, qsizetype length) {
+        // Up to where a needle ends that begins in this piece.
+        const qsizetype reach = qMin(length + needle.size() - 1, size - at);
+        *hit = static_cast<const char *>(
+            memmem(data + at, size_t(reach), needle.constData(), size_t(needle.size())));
+        return !*hit;
+    });
+}
+
+/// Counts the lines that end from \a data on. False if the search was stopped.
+bool FileSearch::countLines(const char *data, const char *end)
+{
+    return inPieces(end - data, [&](qsizetype at, qsizetype length) {
+        const char *const piece = data + at;
+        lineNumber += countLineEnds(piece, length);
+        // A pair that is cut in two has been counted here and counts there.
+        const bool cutsPair =
+            piece + length < end && piece[length - 1] == '\r' && piece[length] == '\n';
+        lineNumber -= cutsPair ? 1 : 0;
+        return true;
+    });
 }
 
 bool FileSearch::searchBytes(const char *data, qsizetype size, int fd)
 {
-    const int firstLine = lineNumber;
-    const auto skip = [&] {
-        lineNumber = firstLine + countLineEnds(data, size);
-        return true;
-    };
-    const bool ascii = isAscii(data, size);
-    if (!query.regExp && query.caseSensitive) {
-        if (asciiNeedle) {
-            if (!findBytes(data, size, utf8Needle))
-                return skip();
-            if (!ascii)
-                decide(fd);
-            return searchRawLines(data, size, utf8Needle);
-        }
-        const bool found = findBytes(data, size, utf8Needle) ||
-                           (!latin1Needle.isEmpty() && findBytes(data, size, latin1Needle));
-        if (!found)
-            return skip();
-        decide(fd);
-        const bool latin1 = decoding == Decoding::Latin1;
-        if (latin1 && latin1Needle.isEmpty())
-            return skip();
-        return searchRawLines(data, size, latin1 ? latin1Needle : utf8Needle);
-    }
-    if (!query.regExp && asciiNeedle && ascii) {
-        folded.resize(size);
-        char *const to = folded.data();
-        for (qsizetype i = 0; i < size; ++i)
-            to[i] = char(data[i] | ((data[i] >= 'A' && data[i] <= 'Z') ? 0x20 : 0));
-        if (!findBytes(to, size, utf8Needle))
-            return skip();
-    }
-    if (!ascii)
-        decide(fd);
-    return searchText(decoded(data, size));
+    bool ascii = true;
+    const bool wentOn = inPieces(size, [&](qsizetype at, qsizetype length) {
+        ascii = isAscii(data + at, length);
+        return ascii;
+    });
+    if (!wentOn)
+        return false;
+    if (ascii && query.caseSensitive && !asciiNeedle)
+        return countLines(data, data + size);
+    const bool knowsNeedle =
+        !utf8Needle.isEmpty() && (query.caseSensitive || (ascii && asciiNeedle));
+    if (!knowsNeedle)
+        return decode(data, size, fd) && searchText(textBuffer);
+    if (!query.caseSensitive)
+        return fold(data, size) && searchRawLines(data, size, folded.constData(), utf8Needle, fd);
+    if (asciiNeedle)
+        return searchRawLines(data, size, data, utf8Needle, fd);
+    if (!decide(fd))
+        return false;
+    const QByteArray &needle = decoding == Decoding::Latin1 ? latin1Needle : utf8Needle;
+    return needle.isEmpty() ? countLines(data, data + size)
+                            : searchRawLines(data, size, data, needle, fd);
 }
 
-/// Searches the lines of \a data that hold the bytes \a needle.
-bool FileSearch::searchRawLines(const char *data, qsizetype size, const QByteArray &needle)
+/// Searches the lines of \a data that hold \a needle where \a looked, which is \a data
+/// or what became of it byte by byte, holds it.
+bool FileSearch::searchRawLines(const char *data, qsizetype size, const char *looked,
+                                const QByteArray &needle, int fd)
 {
     const char *const end = data + size;
     const char *at = data;
-    while (const char *hit = findBytes(at, end - at, needle)) {
+    for (;;) {
+        const char *hit = nullptr;
+        if (!findBytes(looked + (at - data), end - at, needle, &hit))
+            return false;
+        if (!hit)
+            return countLines(at, end);
+        hit = data + (hit - looked);
         const char *const start = lineStart(at, hit);
-        lineNumber += countLineEnds(at, start - at);
         const char *stop = lineEnd(hit, end);
-        if (!searchLine(decoded(start, stop - start)) || !goOn())
+        if (!countLines(at, start) || !decode(start, stop - start, fd) || !searchLine(textBuffer) ||
+            !goOn())
             return false;
         if (stop < end) {
             stop += (*stop == '\r' && stop + 1 < end && stop[1] == '\n') ? 2 : 1;
@@ -344,8 +411,6 @@ bool FileSearch::searchRawLines(const char *data, qsizetype size, const QByteArr
         }
         at = stop;
     }
-    lineNumber += countLineEnds(at, end - at);
-    return true;
 }
 
 /// Searches whole lines of text.
@@ -374,21 +439,32 @@ bool FileSearch::searchText(QStringView text)
 
 bool FileSearch::searchLine(QStringView line)
 {
+    if (query.regExp)
+        pattern.setText(line);
     qsizetype column = 0;
     for (;;) {
+        // Up to here, not included, a match may begin before the next look around.
+        const qsizetype limit = qMin(column + blockSize, line.size() + 1);
         qsizetype length = query.text.size();
-        if (query.regExp)
-            column = pattern.search(line, column, &length);
-        else
-            column = matcher.indexIn(line, column);
-        if (column < 0 || length == 0)
+        const qsizetype found = query.regExp
+                                    ? pattern.search(column, limit, &length)
+                                    : matcher.indexIn(line.left(limit + length - 1), column);
+        if (found < 0) {
+            if (limit > line.size())
+                return true;
+            if (!goOn())
+                return false;
+            column = limit;
+            continue;
+        }
+        if (length == 0)
             return true;
-        if (accepted(line, column, length)) {
-            (*handler)({lineNumber, line, column, length});
+        if (accepted(line, found, length)) {
+            (*handler)({lineNumber, line, found, length});
             if (!goOn())
                 return false;
         }
-        column += length;
+        column = found + length;
     }
 }
 

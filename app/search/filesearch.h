@@ -61,21 +61,30 @@ private:
         Stateful, ///< a mark says UTF-16 or UTF-32
     };
 
+    template <typename Work>
+    bool inPieces(qsizetype size, const Work &work) const;
     bool searchFile(int fd);
     bool searchDecoded(int fd, QStringConverter::Encoding encoding);
     bool searchBytes(const char *data, qsizetype size, int fd);
-    bool searchRawLines(const char *data, qsizetype size, const QByteArray &needle);
+    bool searchRawLines(const char *data, qsizetype size, const char *looked,
+                        const QByteArray &needle, int fd);
     bool searchText(QStringView text);
     bool searchLine(QStringView line);
     bool accepted(QStringView line, qsizetype column, qsizetype length) const;
-    void decide(int fd);
-    QStringView decoded(const char *data, qsizetype size);
+    bool decide(int fd);
+    bool decode(const char *data, qsizetype size, int fd);
+    bool fold(const char *data, qsizetype size);
+    bool findBytes(const char *data, qsizetype size, const QByteArray &needle,
+                   const char **hit) const;
+    bool countLines(const char *data, const char *end);
 
     const SearchQuery query;
     const GoOn goOn;
     const HitHandler *handler = nullptr;
     SearchPattern pattern;
     QStringMatcher matcher;
+    /// What a line with a hit holds; empty if that is not known. In lower case if
+    /// case does not count, and only for lines in ASCII then.
     QByteArray utf8Needle;
     QByteArray latin1Needle; ///< empty if the text doesn't fit in Latin-1
     bool asciiNeedle = false;

@@ -1,6 +1,7 @@
 #include "app/search/searchinfiles.h"
 
 #include "app/editors/editors.h"
+#include "app/search/dialogparts.h"
 #include "app/search/filesearch.h"
 #include "app/settings.h"
 #include "app/utils.h"
@@ -30,14 +31,16 @@ namespace vesk {
 
 namespace {
 
-/// The window gets its turn this often, in ms.
-constexpr int turn = 15;
+/// The window gets its turn this often, in ms. Laying out a list that has changed as
+/// a whole takes it 10.
+constexpr int turn = 25;
 
 /// What the rows of lines longer than longLine may hold together, in UTF-16
-/// units. Past it such rows show an excerpt: each hit of a line of megabytes
-/// makes a copy of the line.
+/// units. Past it such rows show an excerpt, those of lines longer than hugeLine
+/// always: each hit of a line of megabytes makes a copy of the line.
 constexpr qint64 longLineBudget = 128 * 1024 * 1024;
 constexpr qsizetype longLine = 64 * 1024;
+constexpr qsizetype hugeLine = 1024 * 1024;
 constexpr qsizetype excerpt = 1000;
 
 /// File name masks with "*", "?" and "[...]", separated by ";" if there is one,
@@ -123,13 +126,9 @@ QString below(const QString &folder, const QString &name)
 
 QComboBox *editableCombo(QWidget *parent, const QString &name)
 {
-    auto *combo = new QComboBox(parent);
-    combo->setObjectName(name);
-    combo->setEditable(true);
-    combo->setCompleter(nullptr);
+    QComboBox *const combo = DialogParts::textCombo(parent, name);
+    combo->setInsertPolicy(QComboBox::InsertAtBottom);
     combo->setDuplicatesEnabled(true);
-    combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    combo->setMinimumContentsLength(20);
     return combo;
 }
 
@@ -148,7 +147,7 @@ QStringList history(const QString &current, const QComboBox *combo)
 
 struct SearchInFiles::Private
 {
-    std::unique_ptr<FileSearch> search;
+    std::unique_ptr<FileSearch> search; ///< only during a walk
     std::unique_ptr<NameFilter> filter;
     /// The folders on the way down to the one that is walked: entering one of
     /// them again through a link would never end.
@@ -166,7 +165,7 @@ QString SearchInFiles::Private::row(const FileSearch::Hit &hit)
     qsizetype last = hit.line.size();
     if (last > longLine) {
         longRows += last;
-        if (longRows > longLineBudget) {
+        if (last > hugeLine || longRows > longLineBudget) {
             first = qMax<qsizetype>(0, hit.column - excerpt);
             last = qMin(last, hit.column + hit.length + excerpt);
         }
@@ -206,14 +205,10 @@ SearchInFiles::~SearchInFiles() = default;
 void SearchInFiles::createWidgets()
 {
     const auto label = [this](const QString &name, const QString &text) {
-        auto *result = new QLabel(text, this);
-        result->setObjectName(name);
-        return result;
+        return DialogParts::label(this, name, text);
     };
     const auto check = [this](const QString &name, const QString &text) {
-        auto *result = new QCheckBox(text, this);
-        result->setObjectName(name);
-        return result;
+        return DialogParts::option(this, name, text, QKeySequence::mnemonic(text).toString());
     };
     TextLabel2 = label(u"TextLabel2"_s, tr("Search for:"));
     comboSearch = editableCombo(this, u"comboSearch"_s);
@@ -238,18 +233,7 @@ void SearchInFiles::createWidgets()
     buttonCancel = new QPushButton(tr("Cancel"), this);
     buttonCancel->setObjectName(u"buttonCancel"_s);
     buttonCancel->setAutoDefault(false);
-    labelProcessing = label(u"labelProcessing"_s, tr("No file"));
-    labelProcessing->setTextFormat(Qt::PlainText);
-    QFont bold = labelProcessing->font();
-    bold.setBold(true);
-    labelProcessing->setFont(bold);
-    labelProcessing->setAutoFillBackground(true);
-    QPalette colors = labelProcessing->palette();
-    colors.setColor(QPalette::Window, QColor(242, 236, 200));
-    colors.setColor(QPalette::WindowText, Qt::black);
-    labelProcessing->setPalette(colors);
-    // A long path must not widen the dialog.
-    labelProcessing->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    labelProcessing = DialogParts::note(this, u"labelProcessing"_s, tr("No file"));
 }
 
 void SearchInFiles::layOutWidgets()
@@ -340,7 +324,8 @@ void SearchInFiles::saveHistory()
 
 void SearchInFiles::searchPressed()
 {
-    if (searching) {
+    // Also between a stop and the end of the walk, from within which this is called.
+    if (searching || d->search) {
         canceled = true;
         searching = false;
         return;
@@ -359,7 +344,9 @@ void SearchInFiles::searchPressed()
         d->way.clear();
         d->longRows = 0;
         d->sinceTurn.start();
-        processDirectory(dir);
+        // A folder without a name is the one that the program runs in.
+        processDirectory(dir.isEmpty() ? u"."_s : dir);
+        d->search.reset();
     } else {
         QMessageBox box(QMessageBox::Warning, tr("warning"),
                         tr("The directory \n%1\n dosn't exist.").arg(dir), QMessageBox::Ok, this);

@@ -130,21 +130,23 @@ int PatternAutomaton::longScan(const Subject &subject, int at, quint32 row, int 
     return found < 0 ? last : found;
 }
 
-/// The first place from \a from on, not the text's start, where a match may begin.
-int PatternAutomaton::nextCandidate(const Subject &subject, int from) const
+/// The first place from \a from on, not the text's start, where a match may begin;
+/// \a limit if there is none in front of it.
+int PatternAutomaton::nextCandidate(const Subject &subject, int from, int limit) const
 {
+    const int stop = std::min(limit, subject.end);
     if (onlyUnit >= 0) {
-        const QStringView rest(subject.text + from, subject.end - from);
+        const QStringView rest(subject.text + from, stop - from);
         const qsizetype found = rest.indexOf(QChar(char16_t(onlyUnit)));
-        return found < 0 ? subject.end + 1 : from + int(found);
+        return found < 0 ? limit : from + int(found);
     }
-    while (from < subject.end && !occurs[classOf(subject.text[from])])
+    while (from < stop && !occurs[classOf(subject.text[from])])
         ++from;
-    return from < subject.end || occurs[endClass] ? from : subject.end + 1;
+    return from < subject.end || occurs[endClass] ? from : limit;
 }
 
-int PatternAutomaton::search(const Subject &subject, int from, int *foundEnd,
-                             PatternMemo *memo) const
+int PatternAutomaton::searchBefore(const Subject &subject, int from, int limit, int *foundEnd,
+                                   PatternMemo *memo) const
 {
     if (from == subject.begin) {
         *foundEnd = matchEnd(subject, from, memo);
@@ -154,9 +156,9 @@ int PatternAutomaton::search(const Subject &subject, int from, int *foundEnd,
     }
     if (onlyAtBegin)
         return -1;
-    while (from <= subject.end) {
-        from = nextCandidate(subject, from);
-        if (from > subject.end)
+    while (from < limit) {
+        from = nextCandidate(subject, from, limit);
+        if (from >= limit)
             break;
         *foundEnd = matchEnd(subject, from, memo);
         if (*foundEnd >= 0)

@@ -52,7 +52,13 @@ public:
     int matchEnd(const Subject &subject, int at, PatternMemo *memo) const;
     /// The first place from \a from on where a match begins, -1 if there is none;
     /// \a foundEnd receives where it ends.
-    int search(const Subject &subject, int from, int *foundEnd, PatternMemo *memo) const;
+    int search(const Subject &subject, int from, int *foundEnd, PatternMemo *memo) const
+    {
+        return searchBefore(subject, from, subject.end + 1, foundEnd, memo);
+    }
+    /// As search(), for a match that begins in front of \a limit, at most the end + 1.
+    int searchBefore(const Subject &subject, int from, int limit, int *foundEnd,
+                     PatternMemo *memo) const;
 
     /// A match can begin at the start of the text alone.
     bool beginOnly() const { return onlyAtBegin; }
@@ -96,7 +102,7 @@ private:
     quint32 startRow(const Subject &subject, int at) const;
     quint32 lookedRow(const Subject &subject, quint32 row, int at, PatternMemo *memo) const;
     int longScan(const Subject &subject, int at, quint32 row, int last, PatternMemo *memo) const;
-    int nextCandidate(const Subject &subject, int from) const;
+    int nextCandidate(const Subject &subject, int from, int limit) const;
 
     std::array<quint8, CharSet::asciiCount> asciiClass{};
     std::vector<char16_t> bounds;    ///< sorted; where classes of units from 128 on change

@@ -537,4 +537,87 @@ PatternLength patternLength(const PatternNode &node)
     return sum;
 }
 
+namespace {
+
+/// The one unit below 128 that \a set holds, as requiredText() gives it; 0 if there
+/// is none or are several.
+char16_t requiredUnit(const CharSet &set, bool caseInsensitive)
+{
+    if (!caseInsensitive && set.reachesWide())
+        return 0;
+    char16_t only = 0;
+    for (char16_t unit = 0; unit < CharSet::asciiCount; ++unit) {
+        if (!set.contains(unit))
+            continue;
+        const bool isUpper = unit >= u'A' && unit <= u'Z';
+        const char16_t folded = caseInsensitive && isUpper ? char16_t(unit | 0x20) : unit;
+        if (unit == 0 || (only != 0 && only != folded))
+            return 0;
+        only = folded;
+    }
+    return only;
+}
+
+/// Collects the texts that stand one behind the other in every match.
+struct RequiredText
+{
+    void visit(const PatternNode &node);
+    void endRun();
+
+    const bool caseInsensitive;
+    QString run;
+    QString longest;
+};
+
+void RequiredText::endRun()
+{
+    if (run.size() > longest.size())
+        longest = run;
+    run.clear();
+}
+
+void RequiredText::visit(const PatternNode &node)
+{
+    switch (node.type) {
+    case Type::Set:
+        if (const char16_t unit = requiredUnit(node.set, caseInsensitive))
+            run += QChar(unit);
+        else
+            endRun();
+        return;
+    case Type::Sequence:
+    case Type::Group:
+        for (const NodePtr &part : node.parts)
+            visit(*part);
+        return;
+    case Type::Repeat:
+        if (node.min > 0)
+            visit(*node.parts.front());
+        if (node.min != 1 || node.max != 1)
+            endRun();
+        return;
+    case Type::Choice:
+    case Type::BackReference:
+        endRun();
+        return;
+    case Type::Begin:
+    case Type::End:
+    case Type::WordBound:
+    case Type::NotWordBound:
+    case Type::LookAhead:
+        // These take nothing: what stands around them is adjacent.
+        return;
+    }
+}
+
+} // namespace
+
+QString requiredText(const PatternNode &node, bool caseInsensitive)
+{
+    RequiredText required{caseInsensitive, {}, {}};
+    required.visit(node);
+    required.endRun();
+    return required.longest;
+}
+
 } // namespace zvwidgets

@@ -64,4 +64,9 @@ struct PatternLength
 };
 PatternLength patternLength(const PatternNode &node);
 
+/// A text of units below 128 that every match of \a node holds, the longest that
+/// is easily seen; empty if there is none. With \a caseInsensitive it is in lower
+/// case, and holds for subjects without units from 128 on if their case is ignored.
+QString requiredText(const PatternNode &node, bool caseInsensitive);
+
 } // namespace zvwidgets

@@ -216,4 +216,11 @@ const PatternAutomaton *TextPattern::filter() const
     return d->automaton ? d->automaton.get() : d->filter.get();
 }
 
+QString TextPattern::requiredText() const
+{
+    const bool caseInsensitive = d->options.testFlag(CaseInsensitive);
+    const std::unique_ptr<PatternNode> root = parsePattern(d->pattern, caseInsensitive);
+    return root ? zvwidgets::requiredText(*root, caseInsensitive) : QString();
+}
+
 } // namespace zvwidgets

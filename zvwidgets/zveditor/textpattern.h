@@ -62,6 +62,8 @@ public:
     /// automaton(), or where there is none a table that matches wherever the
     /// expression does and possibly elsewhere; null if there is none either.
     const PatternAutomaton *filter() const;
+    /// requiredText() of the expression; empty if it is not valid.
+    QString requiredText() const;
 
 private:
     struct Private;

@@ -1,12 +1,18 @@
 #include "app/editors/zveditor/searchpattern.h"
 
+#include "zvwidgets/zveditor/patternautomaton.h"
 #include "zvwidgets/zveditor/textpattern.h"
 
 namespace vesk {
 
+using zvwidgets::PatternAutomaton;
+using zvwidgets::TextPattern;
+
 struct SearchPattern::Private
 {
-    zvwidgets::TextPattern pattern;
+    TextPattern pattern;
+    QStringView text;
+    zvwidgets::PatternMemo memo; ///< of text
 };
 
 SearchPattern::SearchPattern() : d(std::make_unique<Private>())
@@ -15,7 +21,6 @@ SearchPattern::SearchPattern() : d(std::make_unique<Private>())
 SearchPattern::SearchPattern(const QString &pattern, Qt::CaseSensitivity sensitivity)
     : d(std::make_unique<Private>())
 {
-    using zvwidgets::TextPattern;
     d->pattern =
         TextPattern(pattern, sensitivity == Qt::CaseSensitive ? TextPattern::NoOption
                                                               : TextPattern::CaseInsensitive);
@@ -25,12 +30,30 @@ SearchPattern::~SearchPattern() = default;
 SearchPattern::SearchPattern(SearchPattern &&other) noexcept = default;
 SearchPattern &SearchPattern::operator=(SearchPattern &&other) noexcept = default;
 
-qsizetype SearchPattern::search(QStringView text, qsizetype from, qsizetype *length) const
+void SearchPattern::setText(QStringView text)
 {
-    int matched = 0;
-    const int at = d->pattern.search(text, int(from), &matched);
-    *length = matched;
+    d->text = text;
+    d->memo.clear();
+}
+
+qsizetype SearchPattern::search(qsizetype from, qsizetype limit, qsizetype *length)
+{
+    int found = -1;
+    const PatternAutomaton *const automaton = d->pattern.automaton();
+    if (!automaton) {
+        const int at = d->pattern.search(d->text, int(from), &found);
+        *length = found;
+        return at;
+    }
+    const PatternAutomaton::Subject subject{d->text.utf16(), 0, int(d->text.size())};
+    const int at = automaton->searchBefore(subject, int(from), int(limit), &found, &d->memo);
+    *length = found - at;
     return at;
+}
+
+QString SearchPattern::requiredText() const
+{
+    return d->pattern.requiredText();
 }
 
 } // namespace vesk

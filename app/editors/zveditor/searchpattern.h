@@ -18,9 +18,16 @@ public:
     SearchPattern(SearchPattern &&other) noexcept;
     SearchPattern &operator=(SearchPattern &&other) noexcept;
 
-    /// Where the first match at or after \a from stands, -1 if there is none.
-    /// "^" is the start of \a text whatever \a from is.
-    [[nodiscard]] qsizetype search(QStringView text, qsizetype from, qsizetype *length) const;
+    /// What is searched from now on; it must live and stay as it is meanwhile.
+    void setText(QStringView text);
+    /// Where the first match stands that begins at or after \a from and in front of
+    /// \a limit, -1 if there is none; \a length receives its length. "^" is the
+    /// start of the text whatever \a from is. Some expressions pass over \a limit.
+    [[nodiscard]] qsizetype search(qsizetype from, qsizetype limit, qsizetype *length);
+
+    /// A text in ASCII that every match holds; empty if none is known. If case does
+    /// not count it is in lower case, and holds for ASCII texts only.
+    QString requiredText() const;
 
 private:
     struct Private;
