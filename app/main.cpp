@@ -59,6 +59,8 @@ int main(int argc, char **argv)
     // Files written as XML must not differ from run to run.
     QHashSeed::setDeterministicGlobalSeed();
     QApplication application(argc, argv);
+    // A window without a title of its own is shown under this name.
+    QCoreApplication::setApplicationName(QStringLiteral("Vesk"));
     // The shell leaves by itself once every text is dealt with.
     QApplication::setQuitOnLastWindowClosed(false);
     Settings::setKeyPrefix(QStringLiteral("/vesk"));
