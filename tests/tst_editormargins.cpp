@@ -16,6 +16,7 @@ private slots:
 
     void lineSelection_data();
     void lineSelection();
+    void linesGoDuringADrag();
     void selectionBecomesAFold_data();
     void selectionBecomesAFold();
     void clicksOnAFold();
@@ -98,6 +99,17 @@ void TestEditorMargins::lineSelection()
         dragTo(margin, at(row));
     QTest::mouseRelease(margin, Qt::LeftButton, Qt::NoModifier, at(rows.last()));
     QCOMPARE(editor->getSelectedText(), selected);
+}
+
+void TestEditorMargins::linesGoDuringADrag()
+{
+    QWidget *margin = view->selectionMargin();
+    QTest::mousePress(margin, Qt::LeftButton, Qt::NoModifier, at(5));
+    dragTo(margin, at(7));
+    editor->setText(u"zero\none\ntwo"_s);
+    dragTo(margin, at(1));
+    QTest::mouseRelease(margin, Qt::LeftButton, Qt::NoModifier, at(1));
+    QCOMPARE(editor->getSelectedText(), u"one\ntwo"_s);
 }
 
 void TestEditorMargins::selectionBecomesAFold_data()

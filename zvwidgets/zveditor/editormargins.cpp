@@ -351,8 +351,10 @@ void SelectionMargin::mouseReleaseEvent(QMouseEvent *)
 
 void SelectionMargin::moveBehind(int line, bool select)
 {
-    if (line >= document->lastLine())
-        view->setCursorPosition(line, document->textLength(line), select);
+    // The line a drag began at may have been removed meanwhile.
+    const int lastLine = document->lastLine();
+    if (line >= lastLine)
+        view->setCursorPosition(lastLine, document->textLength(lastLine), select);
     else
         view->setCursorPosition(line + 1, 0, select);
 }
