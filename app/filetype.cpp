@@ -14,6 +14,7 @@ struct FileType::Private
     QStringList mask;
     QPixmap pixmap;
     QPixmap bigPixmap;
+    QString builtinIcon; ///< without its size
     int listOrder = 0;
     bool associacion = false;
     Parser *parser = nullptr;
@@ -79,11 +80,15 @@ bool FileType::match(const QString &fileName) const
 
 QPixmap FileType::pixmap() const
 {
+    if (d->pixmap.isNull() && !d->builtinIcon.isEmpty())
+        d->pixmap = Utils::icon(QStringLiteral("18x18_") + d->builtinIcon);
     return d->pixmap;
 }
 
 QPixmap FileType::bigPixmap() const
 {
+    if (d->bigPixmap.isNull() && !d->builtinIcon.isEmpty())
+        d->bigPixmap = Utils::icon(QStringLiteral("32x32_") + d->builtinIcon);
     return d->bigPixmap;
 }
 
@@ -95,6 +100,11 @@ void FileType::setPixmap(const QPixmap &pixmap)
 void FileType::setBigPixmap(const QPixmap &pixmap)
 {
     d->bigPixmap = pixmap;
+}
+
+void FileType::setBuiltinIcon(const QString &name)
+{
+    d->builtinIcon = name;
 }
 
 int FileType::listOrder() const
@@ -222,10 +232,9 @@ void FileTypeManager::installBuiltinTypes()
         {"file", nullptr, "File", 500},
     };
     for (const Row &row : rows) {
-        const QString icon = QString::fromLatin1(row.icon);
         d->stdType = new FileType(QString::fromLatin1(row.name), QString::fromLatin1(row.mask),
-                                  Utils::icon(QStringLiteral("18x18_") + icon),
-                                  Utils::icon(QStringLiteral("32x32_") + icon), row.listOrder);
+                                  QPixmap(), QPixmap(), row.listOrder);
+        d->stdType->setBuiltinIcon(QString::fromLatin1(row.icon));
     }
 }
 

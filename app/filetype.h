@@ -38,6 +38,9 @@ public:
     virtual QPixmap bigPixmap() const;
     void setPixmap(const QPixmap &pixmap);
     void setBigPixmap(const QPixmap &pixmap);
+    /// Takes the pixmaps that are null from the built-in icon \a name when they
+    /// are first asked for: most types are never seen.
+    void setBuiltinIcon(const QString &name);
 
     int listOrder() const;
     void setListOrder(int order);
