@@ -48,6 +48,7 @@ private slots:
     void find_data();
     void find();
     void searchInSelectionGoesOn();
+    void foldsOpenForTheirText();
     void findRegexp_data();
     void findRegexp();
     void findRegexpComesToAnEnd();
@@ -247,6 +248,21 @@ void TestTextEditor::searchInSelectionGoesOn()
         found = find(u"a"_s, InSelection | FromCursor);
     }
     QCOMPARE(editor->text(), u"a b\n b\nb a a"_s);
+}
+
+void TestTextEditor::foldsOpenForTheirText()
+{
+    editor->setText(u"0\none\n2\n3\ntwo\n5\nsix\n7"_s);
+    QVERIFY(editor->folding()->createFold(1, 2));
+    QVERIFY(editor->folding()->createFold(3, 4));
+    QVERIFY(editor->folding()->createFold(5, 6));
+    QVERIFY(editor->find(u"one"_s, true, false, false, false));
+    QVERIFY2(!doc->lineOf(2)->isFoldVisible, "the match was on screen already");
+    QVERIFY(editor->find(u"two"_s, true, false, true, false));
+    QVERIFY(doc->lineOf(4)->isFoldVisible);
+    QVERIFY(!doc->lineOf(6)->isFoldVisible);
+    editor->moveCursor(6, 0);
+    QVERIFY(doc->lineOf(6)->isFoldVisible);
 }
 
 void TestTextEditor::findRegexp_data()

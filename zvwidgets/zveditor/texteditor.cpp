@@ -15,6 +15,8 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
+#include <algorithm>
+
 namespace zvwidgets {
 
 TextEditor::TextEditor(TextDocument *doc, QWidget *parent, const QString &name)
@@ -324,6 +326,7 @@ void TextEditor::unindent()
 
 void TextEditor::moveCursor(int line, int column)
 {
+    d->reveal(line);
     d->view->centerCursor(line, column);
 }
 
@@ -338,6 +341,14 @@ void TextEditor::setLineIcon(int line, QPixmap *pixmap)
 void TextEditor::clearLineIcon(int line)
 {
     setLineIcon(line, nullptr);
+}
+
+void TextEditor::Private::reveal(int line)
+{
+    line = std::clamp(line, 0, doc->lastLine());
+    // A closed fold that begins here may stay closed.
+    if (!doc->lineOf(line)->isFoldVisible)
+        doc->folding()->ensureLineVisible(line);
 }
 
 void TextEditor::Private::makeViewActive()

@@ -97,14 +97,16 @@ public:
     bool canRedo() const;
     void indent();
     void unindent();
-    /// Places the cursor and brings it to the middle of the view.
+    /// Places the cursor and brings it to the middle of the view, out of any
+    /// closed fold.
     void moveCursor(int line, int column);
 
     /// \a pixmap is not owned.
     void setLineIcon(int line, QPixmap *pixmap);
     void clearLineIcon(int line);
 
-    /// Selects the next match and puts the cursor behind it. An empty \a text
+    /// Selects the next match and puts the cursor behind it, opening what folds
+    /// hide it. An empty \a text
     /// matches nothing. No wrapping round at the end.
     bool find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
               bool inSelection);
