@@ -741,7 +741,6 @@ void TestTextView::keysBeforeShortcuts()
     QTEST(event.isAccepted(), "taken");
 }
 
-Q_DECLARE_METATYPE(std::function<void(TestTextView *)>)
 
 QTEST_MAIN(TestTextView)
 #include "tst_textview.moc"
