@@ -25,6 +25,7 @@ private slots:
     void plainTextAndLine_data();
     void plainTextAndLine();
     void coloursAreDrawnWhereTheyStand();
+    void whatIsInSightDoesNotDependOnTheRest();
     void oldestRowGoes();
     void chunksBecomeRows();
     void tracebackLeadsToItsFile();
@@ -34,7 +35,7 @@ private slots:
     void clearButtonClears();
 
 private:
-    QImage drawn(const MessageItem &item) const;
+    QImage drawn(const MessageItem &item, bool isClipped = false) const;
 
     MessageOutput *output = nullptr;
 };
@@ -78,13 +79,15 @@ void TestMessageOutput::plainTextAndLine()
     QCOMPARE(item.line(), line);
 }
 
-QImage TestMessageOutput::drawn(const MessageItem &item) const
+QImage TestMessageOutput::drawn(const MessageItem &item, bool isClipped) const
 {
     QImage image(300, 30, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setFont(output->font());
     painter.setPen(Qt::black);
+    if (isClipped)
+        painter.setClipRect(image.rect());
     item.paint(&painter);
     return image;
 }
@@ -98,6 +101,15 @@ void TestMessageOutput::coloursAreDrawnWhereTheyStand()
     const int to = from + metrics.horizontalAdvance(u"cd"_s);
     for (int x = 0; x < image.width(); ++x)
         QCOMPARE(image.pixelColor(x, 0) == QColor(Qt::green), x >= from && x < to);
+}
+
+void TestMessageOutput::whatIsInSightDoesNotDependOnTheRest()
+{
+    for (const QString &text :
+         {u"il#color{blue}WM#bgcolor{red}"_s.repeated(200), QString(2000, u'i')}) {
+        const MessageItem item(nullptr, text, -1, QString());
+        QCOMPARE(drawn(item, true), drawn(item));
+    }
 }
 
 void TestMessageOutput::oldestRowGoes()

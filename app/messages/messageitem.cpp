@@ -1,6 +1,5 @@
 #include "app/messages/messageitem.h"
 
-#include <QFontMetrics>
 #include <QPainter>
 
 namespace vesk {
@@ -9,7 +8,17 @@ namespace {
 
 /// What is drawn of a row at most, in UTF-16 units: nobody scrolls that far, and
 /// laying out a row of megabytes would hold up the window.
-constexpr int drawnLength = 20000;
+constexpr int drawnLength = 4000;
+
+/// The width of \a text, told from its start if it is long: exact enough to scroll by,
+/// and the list asks for the widths of hundreds of rows at once.
+int roughWidth(const QString &text, const QFontMetrics &metrics)
+{
+    constexpr qsizetype sample = 150;
+    if (text.size() <= sample)
+        return metrics.horizontalAdvance(text);
+    return int(metrics.horizontalAdvance(text.left(sample)) * text.size() / sample);
+}
 
 /// Text as it can be drawn in one line.
 QString drawable(QStringView text)
@@ -138,6 +147,7 @@ void MessageItem::addText(const QString &text)
 
 void MessageItem::announceText()
 {
+    measuredFor.reset();
     // The list learns of a change through the data it stores.
     setData(Qt::UserRole, rawText);
 }
@@ -147,10 +157,14 @@ void MessageItem::paint(QPainter *p) const
     const QFontMetrics metrics = p->fontMetrics();
     const int baseline = metrics.ascent() + metrics.leading() / 2;
     const int fillHeight = metrics.height() + metrics.ascent() + metrics.descent();
+    const int right = p->hasClipping() ? int(p->clipBoundingRect().right()) : QWIDGETSIZE_MAX;
     int x = 0;
     int left = drawnLength;
     walk([&](const Run &run) {
-        const QString text = drawable(run.text.left(left));
+        // What lies to the right of all that can be seen is not even laid out; no
+        // text is narrower than two pixels a character.
+        const int visible = qBound(0, (right - x) / 2 + 1, left);
+        const QString text = drawable(run.text.left(visible));
         left -= int(text.size());
         const int width = metrics.horizontalAdvance(text);
         if (run.background.isValid())
@@ -164,14 +178,19 @@ void MessageItem::paint(QPainter *p) const
 
 int MessageItem::width(const QFontMetrics &metrics) const
 {
+    // The list asks every row whenever one is added.
+    if (measuredFor == metrics)
+        return measured;
     int x = 0;
     int left = drawnLength;
     walk([&](const Run &run) {
         const QString text = drawable(run.text.left(left));
         left -= int(text.size());
-        x += metrics.horizontalAdvance(text);
+        x += roughWidth(text, metrics);
     });
-    return x + 6;
+    measuredFor = metrics;
+    measured = x + 6;
+    return measured;
 }
 
 QVariant MessageItem::data(int role) const

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <QColor>
+#include <QFontMetrics>
 #include <QListWidgetItem>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
-class QFontMetrics;
 class QPainter;
 
 namespace vesk {
@@ -38,9 +39,11 @@ public:
     /// Length of the text with its directives, in UTF-16 units.
     int rawLength() const { return int(rawText.size()); }
 
-    /// Draws the row with its top left corner at the painter's origin.
+    /// Draws the row with its top left corner at the painter's origin, as far as
+    /// the painter's clip reaches to the right.
     void paint(QPainter *p) const;
-    /// Width of the drawn text in pixels.
+    /// Width of the drawn text in pixels, roughly for a long one. Measured once for
+    /// a font.
     int width(const QFontMetrics &metrics) const;
 
     QVariant data(int role) const override;
@@ -63,6 +66,8 @@ private:
     bool lineDefined;
     QString filename;
     QString rawText;
+    mutable int measured = 0;
+    mutable std::optional<QFontMetrics> measuredFor;
 };
 
 } // namespace vesk

@@ -41,7 +41,7 @@ public:
             return;
         }
         painter->save();
-        painter->setClipRect(option.rect);
+        painter->setClipRect(option.rect & list->viewport()->rect());
         if (option.state & QStyle::State_Selected)
             painter->fillRect(option.rect, option.palette.highlight());
         painter->translate(option.rect.topLeft());
