@@ -41,7 +41,7 @@ constexpr int turn = 25;
 constexpr qint64 longLineBudget = 128 * 1024 * 1024;
 constexpr qsizetype longLine = 64 * 1024;
 constexpr qsizetype hugeLine = 1024 * 1024;
-constexpr qsizetype excerpt = 1000;
+constexpr qsizetype excerpt = 200;
 
 /// File name masks with "*", "?" and "[...]", separated by ";" if there is one,
 /// else by blanks.

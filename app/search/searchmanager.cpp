@@ -227,6 +227,7 @@ void SearchManager::findInFiles()
         connect(d->searchInFiles, &SearchInFiles::newEntry, MessageOutput::self(),
                 qOverload<const QString &, int, const QString &>(&MessageOutput::insertItem));
     }
+    d->searchInFiles->comboSearch->setFocus();
     d->searchInFiles->show();
     MessageOutput::self()->clear();
 }
