@@ -117,26 +117,7 @@ MessageOutput::MessageOutput(QWidget *parent) : QListWidget(parent), d(std::make
     d->follow->setSingleShot(true);
     connect(d->follow, &QTimer::timeout, this, &QListWidget::scrollToBottom);
 
-    auto *clearButton = new QToolButton(this);
-    clearButton->setObjectName(QStringLiteral("buttonClear"));
-    clearButton->setAutoRaise(true);
-    clearButton->setIcon(Utils::iconSet(QStringLiteral("32x32_Clean")));
-    clearButton->setIconSize(QSize(32, 32));
-    clearButton->setToolTip(tr("Clear"));
-    clearButton->setFocusPolicy(Qt::NoFocus);
-    clearButton->setAutoFillBackground(true);
-    QPalette buttonColors = clearButton->palette();
-    buttonColors.setColor(QPalette::Window, colors.color(QPalette::Base));
-    buttonColors.setColor(QPalette::Button, colors.color(QPalette::Base));
-    clearButton->setPalette(buttonColors);
-    connect(clearButton, &QToolButton::clicked, this, [this] { clear(); });
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setSpacing(0);
-    grid->addItem(new QSpacerItem(1, 1, QSizePolicy::Expanding, QSizePolicy::Minimum), 1, 0);
-    grid->addItem(new QSpacerItem(1, 1, QSizePolicy::Minimum, QSizePolicy::Expanding), 0, 1);
-    grid->addWidget(clearButton, 1, 1);
-    grid->addItem(new QSpacerItem(16, 16, QSizePolicy::Fixed, QSizePolicy::Fixed), 2, 2);
+    createClearButton();
 
     Action *show =
         Actions::createAction(QStringLiteral("Messages"), QStringLiteral("bottomDock/messages"),
@@ -146,6 +127,31 @@ MessageOutput::MessageOutput(QWidget *parent) : QListWidget(parent), d(std::make
     show->setIcon(Utils::iconSet(QStringLiteral("16x16_Messages")));
     show->addTo(Shell::self()->bottomDockTab());
     Shell::self()->bottomDock()->addWidget(this, -1);
+}
+
+/// The button stands over the rows, clear of the scroll bar.
+void MessageOutput::createClearButton()
+{
+    auto *clearButton = new QToolButton(this);
+    clearButton->setObjectName(QStringLiteral("buttonClear"));
+    clearButton->setAutoRaise(true);
+    clearButton->setIcon(Utils::iconSet(QStringLiteral("32x32_Clean")));
+    clearButton->setIconSize(QSize(32, 32));
+    clearButton->setToolTip(tr("Clear"));
+    clearButton->setFocusPolicy(Qt::NoFocus);
+    clearButton->setAutoFillBackground(true);
+    QPalette buttonColors = clearButton->palette();
+    buttonColors.setColor(QPalette::Window, palette().color(QPalette::Base));
+    buttonColors.setColor(QPalette::Button, palette().color(QPalette::Base));
+    clearButton->setPalette(buttonColors);
+    connect(clearButton, &QToolButton::clicked, this, [this] { clear(); });
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(0);
+    grid->addItem(new QSpacerItem(1, 1, QSizePolicy::Expanding, QSizePolicy::Minimum), 1, 0);
+    grid->addItem(new QSpacerItem(1, 1, QSizePolicy::Minimum, QSizePolicy::Expanding), 0, 1);
+    grid->addWidget(clearButton, 1, 1);
+    grid->addItem(new QSpacerItem(16, 16, QSizePolicy::Fixed, QSizePolicy::Fixed), 2, 2);
 }
 
 MessageOutput::~MessageOutput() = default;
@@ -178,9 +184,14 @@ void MessageOutput::checkMaxItems()
         }
     }
     if (uint(count()) >= d->maxItems)
-        delete takeItem(0);
+        dropRow(0);
     if (d->textLength > maxTextLength)
         dropLongRows();
+}
+
+void MessageOutput::dropRow(int row)
+{
+    const std::unique_ptr<QListWidgetItem> dropped(takeItem(row));
 }
 
 /// Takes as many of the oldest rows away as the list holds too much text.
@@ -193,7 +204,7 @@ void MessageOutput::dropLongRows()
         const int own = isMessage ? static_cast<const MessageItem *>(each)->rawLength() : 0;
         if (length + own > maxTextLength) {
             for (; row >= 0; --row)
-                delete takeItem(row);
+                dropRow(row);
             break;
         }
         length += own;

@@ -54,6 +54,8 @@ private:
     explicit MessageOutput(QWidget *parent);
 
     MessageItem *lastItem() const;
+    void createClearButton();
+    void dropRow(int row);
     void dropLongRows();
     void followEnd();
 
