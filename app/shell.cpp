@@ -72,14 +72,29 @@ QToolBar *frameToolBar(const QString &title, QWidget *frame, Qt::Orientation ori
 
 QList<int> storedSizes(const char *storeKey, const QString &defaults)
 {
-    bool found = false;
-    QStringList entries = Settings::readList(key(storeKey), &found);
-    if (!found)
-        entries = defaults.split(QLatin1Char(','));
-    QList<int> sizes;
-    for (const QString &entry : std::as_const(entries))
-        sizes.append(entry.toInt());
-    return sizes;
+    const auto toSizes = [](const QStringList &entries) {
+        QList<int> sizes;
+        for (const QString &entry : entries) {
+            bool isNumber = false;
+            const int size = entry.toInt(&isNumber);
+            if (isNumber && size >= 0)
+                sizes.append(size);
+        }
+        return sizes;
+    };
+    const QStringList entries = Settings::readList(key(storeKey));
+    const QList<int> stored = toSizes(entries);
+    // One that is no size would shut a pane.
+    if (stored.isEmpty() || stored.size() != entries.size())
+        return toSizes(defaults.split(QLatin1Char(',')));
+    return stored;
+}
+
+/// A width or height of the window in pixels.
+int storedEdge(const char *storeKey, int standard)
+{
+    const int edge = Settings::readNum(key(storeKey), standard);
+    return edge > 0 ? edge : standard;
 }
 
 void storeSizes(const char *storeKey, const QList<int> &sizes)
@@ -429,13 +444,10 @@ void Shell::Private::initCentre(QWidget *workspaceWidget)
 
 void Shell::Private::restoreGeometry(Shell *shell) const
 {
-    constexpr int largestEdge = 16384; // pixels; more than a window system takes
     QPoint position(Settings::readNum(QStringLiteral("/geometry/x"), 50),
                     Settings::readNum(QStringLiteral("/geometry/y"), 50));
-    const QSize size = QSize(Settings::readNum(QStringLiteral("/geometry/w"), 900),
-                             Settings::readNum(QStringLiteral("/geometry/h"), 700))
-                           .boundedTo(QSize(largestEdge, largestEdge))
-                           .expandedTo(QSize(1, 1));
+    const QSize size = QSize(storedEdge("/geometry/w", 900), storedEdge("/geometry/h", 700))
+                           .boundedTo(QGuiApplication::primaryScreen()->virtualSize());
     // The screen it stood on may be gone.
     if (!isReachable(position, size.width()))
         position = QGuiApplication::primaryScreen()->availableGeometry().topLeft() + QPoint(50, 50);
