@@ -201,6 +201,7 @@ void ShellTest::storedGeometryThatCannotBe_data()
     row("negative size", "w", "-5");
     row("absurd size", "h", "2000000000");
     row("splitter of words", "vSplitter", "a,b,c");
+    row("negative pane", "hSplitter", "-7,400");
     row("stale panel", "leftDockPanelID", "77");
 }
 
@@ -212,7 +213,9 @@ void ShellTest::storedGeometryThatCannotBe()
     makeShell();
     const QRect title(shell->pos(), QSize(shell->width(), 20));
     QVERIFY(QGuiApplication::primaryScreen()->availableGeometry().intersects(title));
-    QVERIFY(shell->width() <= 16384 && shell->height() <= 16384);
+    const QSize screen = QGuiApplication::primaryScreen()->virtualSize();
+    QVERIFY(shell->width() <= screen.width() && shell->height() <= screen.height());
+    QVERIFY(sizesOf(*shell, "hSplitter").first() > 0);
 }
 
 void ShellTest::hiddenDockComesBackWithItsSize()
