@@ -19,7 +19,7 @@
 class XSession
 {
 public:
-    static constexpr int patience = 8000; // ms; a sanitizer on a busy machine
+    static constexpr int patience = 20000; // ms; a sanitizer on a busy machine
 
     XSession()
     {
