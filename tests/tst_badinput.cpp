@@ -243,7 +243,7 @@ void TestBadInput::settings_data()
     QTest::addColumn<int>("mode");
 
     QTest::newRow("no settings at all") << QByteArray() << 0644;
-    QTest::newRow("not an ini file") << QByteArray("\0\xff[[[\n=\n]\x01\xfe%", 14) << 0644;
+    QTest::newRow("not an ini file") << QByteArray("\0\xff[[[\n=\n]\x01\xfe%", 12) << 0644;
     QTest::newRow("numbers out of range")
         << QByteArray("[geometry]\nx=-99999\ny=99999999999\nw=2000000000\nh=-5\n"
                       "hSplitter=-7, 99999999\nvSplitter=a, b, c\nbottomDockPanelID=77\n"
