@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QByteArrayList>
 #include <QDialog>
 #include <QFile>
 #include <QMessageBox>
@@ -66,6 +67,29 @@ inline QByteArray readFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+/// Empty if the bytes are the same, otherwise the first line that differs.
+[[nodiscard]] inline QString difference(const QByteArray &actual, const QByteArray &expected)
+{
+    if (actual == expected)
+        return {};
+    const QByteArrayList got = actual.split('\n');
+    const QByteArrayList wanted = expected.split('\n');
+    const qsizetype shared = qMin(got.size(), wanted.size());
+    qsizetype line = 0;
+    while (line < shared && got.at(line) == wanted.at(line))
+        ++line;
+    const auto shown = [line](const QByteArrayList &lines) {
+        return line < lines.size() ? QString::fromLatin1(lines.at(line).left(200).toPercentEncoding(
+                                         " !\"#$&'()*+,/:;<=>?@[]^`{|}\\"))
+                                   : QStringLiteral("(no line)");
+    };
+    return QStringLiteral("line %1 of %2: \"%3\" instead of \"%4\" (%5 lines)")
+        .arg(line)
+        .arg(got.size())
+        .arg(shown(got), shown(wanted))
+        .arg(wanted.size());
 }
 
 /// Shows \a window and gives it the keyboard; false if it doesn't come. A window

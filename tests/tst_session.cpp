@@ -1,9 +1,9 @@
-#include "xsession.h"
+#include "tests/xsession.h"
 
 #include <QApplication>
 #include <QClipboard>
 
-#include <memory>
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -37,20 +37,18 @@ constexpr int lineOf(int i)
 
 } // namespace
 
-class TestSession : public QObject
+class TestSession : public SessionTest
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { dropSession(); }
 
     void typingAndUndo();
-    void movesByKeys();
-    void indentsASelection();
+    void movesAndIndentsByKeys();
     void mouse();
     void otherProgramsSelection();
-    void boxSelection();
     void folds();
     void wrap();
     void closingAChangedFile_data();
@@ -65,9 +63,8 @@ private:
     /// Starts the editor with the source and lets \a lines be what is on disk.
     void startWithSource();
     void find(const QString &text);
-    void save() { session->keys(QStringLiteral("ctrl+s")); }
+    void save() { session->keys(u"ctrl+s"_s); }
 
-    std::unique_ptr<XSession> session;
     QString source;
     QByteArrayList lines;
 };
@@ -81,35 +78,25 @@ private:
 
 void TestSession::init()
 {
-    session = std::make_unique<XSession>();
+    makeSession();
     lines = sourceLines();
-}
-
-void TestSession::cleanup()
-{
-    const QString pictures = qEnvironmentVariable("VESK_TEST_PICTURES");
-    if (QTest::currentTestFailed() && !pictures.isEmpty())
-        XSession::screenshot().save(pictures + u'/' +
-                                    QString::fromLatin1(QTest::currentTestFunction()) +
-                                    QStringLiteral(".png"));
-    session.reset();
 }
 
 void TestSession::startWithSource()
 {
-    source = session->write(QStringLiteral("source.cpp"), lines.join('\n'));
-    QVERIFY(session->start({QStringLiteral("source.cpp")}));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
+    source = session->write(u"source.cpp"_s, lines.join('\n'));
+    QVERIFY(session->start({u"source.cpp"_s}));
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
 }
 
 void TestSession::find(const QString &text)
 {
-    session->keys(QStringLiteral("ctrl+f"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Find...")));
-    session->keys(QStringLiteral("ctrl+a"));
+    session->keys(u"ctrl+f"_s);
+    QVERIFY(XSession::waitForTitle(u"Find..."_s));
+    session->keys(u"ctrl+a"_s);
     session->type(text);
-    session->keys(QStringLiteral("Return"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
+    session->keys(u"Return"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
 }
 
 void TestSession::typingAndUndo()
@@ -117,60 +104,55 @@ void TestSession::typingAndUndo()
     startWithSource();
     const int line = lineOf(250) + 4;
     GO(line);
-    session->keys(QStringLiteral("End Return"));
-    session->type(QStringLiteral("call(a); // \"{}\""));
+    session->keys(u"End Return"_s);
+    session->type(u"call(a); // \"{}\""_s);
     lines.insert(line + 1, "\t\tcall(a); // \"{}\"");
     SAVE_AND_COMPARE();
 
-    session->type(QStringLiteral("xyz"));
-    session->keys(QStringLiteral("ctrl+z ctrl+z"));
+    session->type(u"xyz"_s);
+    session->keys(u"ctrl+z ctrl+z"_s);
     lines[line + 1] += "x";
     SAVE_AND_COMPARE();
-    session->keys(QStringLiteral("ctrl+shift+z"));
+    session->keys(u"ctrl+shift+z"_s);
     lines[line + 1] += "y";
     SAVE_AND_COMPARE();
     // Past the saves, the indent and the line break to the beginning.
-    session->keys(QStringLiteral("ctrl+z ").repeated(22));
+    session->keys(u"ctrl+z "_s.repeated(22));
     lines = sourceLines();
     SAVE_AND_COMPARE();
-    session->keys(QStringLiteral("ctrl+shift+z ").repeated(10));
+    session->keys(u"ctrl+shift+z "_s.repeated(10));
     lines.insert(line + 1, "\t\tcall(a); ");
     SAVE_AND_COMPARE();
 }
 
-void TestSession::movesByKeys()
+void TestSession::movesAndIndentsByKeys()
 {
     startWithSource();
     const int line = lineOf(250) + 3;
     GO(line);
     // Home goes to the text and to the column 0 in turn.
-    session->keys(QStringLiteral("Home A Home Home B End C"));
-    session->keys(QStringLiteral("ctrl+Left D ctrl+Right E Left Left BackSpace Delete"));
+    session->keys(u"Home A Home Home B End C"_s);
+    session->keys(u"ctrl+Left D ctrl+Right E Left Left BackSpace Delete"_s);
     lines[line] = "B\tAif (a > 250) {E";
-    session->keys(QStringLiteral("Down Down"));
-    session->keys(QStringLiteral("shift+Up shift+Home Delete"));
+    session->keys(u"Down Down"_s);
+    session->keys(u"shift+Up shift+Home Delete"_s);
     lines[line + 1] = "\t\t";
     lines.removeAt(line + 2);
-    session->keys(QStringLiteral("ctrl+Home T ctrl+End Z"));
+    session->keys(u"ctrl+Home T ctrl+End Z"_s);
     lines.first().prepend('T');
     lines.last() += "Z";
     SAVE_AND_COMPARE();
-}
 
-void TestSession::indentsASelection()
-{
-    startWithSource();
-    const int line = lineOf(100);
-    GO(line);
-    session->keys(QStringLiteral("shift+Down shift+Down shift+Down Tab Tab Tab"));
-    session->keys(QStringLiteral("shift+Tab"));
+    const int selected = lineOf(100);
+    GO(selected);
+    session->keys(u"shift+Down shift+Down shift+Down Tab Tab Tab shift+Tab"_s);
     for (int i = 0; i < 3; ++i)
-        lines[line + i].prepend("\t\t");
+        lines[selected + i].prepend("\t\t");
     SAVE_AND_COMPARE();
     // One step for each key, whatever the number of lines.
-    session->keys(QStringLiteral("ctrl+z ctrl+z ctrl+z"));
+    session->keys(u"ctrl+z ctrl+z ctrl+z"_s);
     for (int i = 0; i < 3; ++i)
-        lines[line + i].remove(0, 1);
+        lines[selected + i].remove(0, 1);
     SAVE_AND_COMPARE();
 }
 
@@ -181,17 +163,17 @@ void TestSession::mouse()
     GO(line);
     // "    return 250;": a double click takes the word, typing replaces it.
     session->click(session->pointInLine(12), 1, 2);
-    session->type(QStringLiteral("12"));
+    session->type(u"12"_s);
     lines[line] = "    return 12;";
     SAVE_AND_COMPARE();
 
     // A selection drawn with the mouse is the X selection at once, backward too.
     session->drag(session->pointInLine(10), session->pointInLine(4));
     QTRY_COMPARE_WITH_TIMEOUT(QGuiApplication::clipboard()->text(QClipboard::Selection),
-                              QStringLiteral("return"), XSession::patience);
-    QCOMPARE(session->copied(), QStringLiteral("return"));
+                              u"return"_s, XSession::patience);
+    QCOMPARE(session->copied(), u"return"_s);
     // Dragged to another place, it moves there.
-    session->keys(QStringLiteral("Escape"));
+    session->keys(u"Escape"_s);
     session->click(session->pointInLine(12), 1, 2);
     session->drag(session->pointInLine(12), session->pointInLine(4));
     lines[line] = "    12return ;";
@@ -204,39 +186,19 @@ void TestSession::otherProgramsSelection()
     const int line = lineOf(250) + 6;
     GO(line);
     QClipboard *const clipboard = QGuiApplication::clipboard();
-    clipboard->setText(QStringLiteral("one\ntwo "), QClipboard::Selection);
+    clipboard->setText(u"one\ntwo "_s, QClipboard::Selection);
     session->click(session->pointInLine(4));
     session->click(session->pointInLine(4), 2);
     lines[line] = "    one";
     lines.insert(line + 1, "two return 250;");
     // The paste asks this program for the text.
     SAVE_AND_COMPARE();
-    clipboard->setText(QStringLiteral("\u00e4\u20ac "));
-    session->keys(QStringLiteral("ctrl+v"));
+    clipboard->setText(u"\u00e4\u20ac "_s);
+    session->keys(u"ctrl+v"_s);
     lines[line + 1] = "two \xc3\xa4\xe2\x82\xac return 250;";
     SAVE_AND_COMPARE();
-    session->keys(QStringLiteral("shift+Home"));
-    QCOMPARE(session->copied(), QStringLiteral("two \u00e4\u20ac "));
-}
-
-void TestSession::boxSelection()
-{
-    session->configure(QStringLiteral("zveditor/VerticalSelection"), true);
-    startWithSource();
-    const int line = lineOf(250);
-    GO(line);
-    session->keys(QStringLiteral("Right Right Right shift+Right shift+Right shift+Right"));
-    session->keys(QStringLiteral("shift+Down"));
-    QCOMPARE(session->copied(), QStringLiteral("fun\n fu"));
-    session->keys(QStringLiteral("ctrl+x"));
-    lines[line].remove(3, 3);
-    lines[line + 1].remove(3, 3);
-    SAVE_AND_COMPARE();
-    // Pasted at the end of another line, it comes as a box again.
-    session->keys(QStringLiteral("Down ").repeated(7) + QStringLiteral("End ctrl+v"));
-    lines[line + 7] += "fun";
-    lines[line + 8] = "  fu";
-    SAVE_AND_COMPARE();
+    session->keys(u"shift+Home"_s);
+    QCOMPARE(session->copied(), u"two \u00e4\u20ac "_s);
 }
 
 void TestSession::folds()
@@ -244,27 +206,27 @@ void TestSession::folds()
     startWithSource();
     const int first = lineOf(250) + 2;
     GO(first);
-    session->keys(QStringLiteral("shift+Down ").repeated(5));
+    session->keys(u"shift+Down "_s.repeated(5));
     // Three selected lines and more make their margin a button, above the cursor too.
     QTRY_COMPARE_WITH_TIMEOUT(session->copied().count(u'\n'), 5, XSession::patience);
     session->click(session->pointInFolds(-1));
     // Born closed, with the cursor in its first line: Down leads past it.
-    session->keys(QStringLiteral("Down"));
-    session->type(QStringLiteral("below"));
+    session->keys(u"Down"_s);
+    session->type(u"below"_s);
     lines[first + 6] = "below";
     SAVE_AND_COMPARE();
     // Opened again, it leads into it.
-    session->keys(QStringLiteral("Up"));
+    session->keys(u"Up"_s);
     session->click(session->pointInFolds());
-    session->keys(QStringLiteral("Down Home"));
-    session->type(QStringLiteral("in "));
+    session->keys(u"Down Home"_s);
+    session->type(u"in "_s);
     lines[first + 1] = "\tin if (a > 250) {";
     SAVE_AND_COMPARE();
     // Closed, and a change inside it opens it again rather than hide what happens.
     session->click(session->pointInFolds());
-    session->keys(QStringLiteral("ctrl+z ctrl+z ctrl+z"));
-    session->keys(QStringLiteral("Down"));
-    session->type(QStringLiteral("b"));
+    session->keys(u"ctrl+z ctrl+z ctrl+z"_s);
+    session->keys(u"Down"_s);
+    session->type(u"b"_s);
     lines = sourceLines();
     lines[first + 6] = "below";
     lines[first + 2].insert(1, "b");
@@ -274,43 +236,30 @@ void TestSession::folds()
 void TestSession::wrap()
 {
     startWithSource();
-    session->keys(QStringLiteral("ctrl+End"));
+    session->keys(u"ctrl+End"_s);
     const auto rows = [this] { return XSession::currentLine().height() / session->lineHeight(); };
     QTRY_VERIFY_WITH_TIMEOUT(rows() > 1, XSession::patience);
-    session->keys(QStringLiteral("F2"));
+    session->keys(u"F2"_s);
     QTRY_COMPARE_WITH_TIMEOUT(rows(), 1, XSession::patience);
-    session->keys(QStringLiteral("End"));
-    session->type(QStringLiteral("x"));
+    session->keys(u"End"_s);
+    session->type(u"x"_s);
     lines.last() += "x";
-    session->keys(QStringLiteral("F2"));
+    session->keys(u"F2"_s);
     QTRY_VERIFY_WITH_TIMEOUT(rows() > 1, XSession::patience);
     SAVE_AND_COMPARE();
 }
 
 void TestSession::closingAChangedFile_data()
 {
-    QTest::addColumn<QString>("close");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<bool>("saved");
-    QTest::addColumn<bool>("ends");
-    QTest::addColumn<bool>("closed");
-
-    QTest::newRow("quit, Yes") << "ctrl+q"
-                               << "alt+y" << true << true << true;
-    QTest::newRow("quit, No") << "ctrl+q"
-                              << "alt+n" << false << true << true;
-    QTest::newRow("quit, Cancel") << "ctrl+q"
-                                  << "Escape" << false << false << false;
-    QTest::newRow("window's close, Yes") << "alt+F4"
-                                         << "alt+y" << true << true << true;
-    QTest::newRow("window's close, Cancel") << "alt+F4"
-                                            << "Escape" << false << false << false;
-    QTest::newRow("file's close, Yes") << "ctrl+w"
-                                       << "alt+y" << true << false << true;
-    QTest::newRow("file's close, No") << "ctrl+w"
-                                      << "alt+n" << false << false << true;
-    QTest::newRow("file's close, Cancel") << "ctrl+w"
-                                          << "Escape" << false << false << false;
+    const Rows<QString, QString, bool, bool, bool> row("close", "answer", "saved", "ends",
+                                                       "closed");
+    row("quit, Yes", "ctrl+q", "alt+y", true, true, true);
+    row("quit, No", "ctrl+q", "alt+n", false, true, true);
+    row("quit, Cancel", "ctrl+q", "Escape", false, false, false);
+    row("window's close, Yes", "alt+F4", "alt+y", true, true, true);
+    row("window's close, Cancel", "alt+F4", "Escape", false, false, false);
+    row("file's close, Yes", "ctrl+w", "alt+y", true, false, true);
+    row("file's close, Cancel", "ctrl+w", "Escape", false, false, false);
 }
 
 void TestSession::closingAChangedFile()
@@ -321,15 +270,15 @@ void TestSession::closingAChangedFile()
     QFETCH(const bool, ends);
     QFETCH(const bool, closed);
 
-    const QString path = session->write(QStringLiteral("small.txt"), "text");
+    const QString path = session->write(u"small.txt"_s, "text");
     QVERIFY(session->start({path}));
-    session->type(QStringLiteral("x"));
+    session->type(u"x"_s);
     session->keys(close);
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Warning")));
+    QVERIFY(XSession::waitForTitle(u"Warning"_s));
     session->keys(answer);
     if (ends) {
         QVERIFY(session->waitForEnd());
-        QCOMPARE(XSession::read(path), QByteArray(saved ? "xtext" : "text"));
+        QCOMPARE(readFile(path), QByteArray(saved ? "xtext" : "text"));
         return;
     }
     QVERIFY(QTest::qWaitFor([] { return XSession::activeTitle() != QLatin1String("Warning"); },
@@ -337,25 +286,25 @@ void TestSession::closingAChangedFile()
     QVERIFY(session->isRunning());
     COMPARE_FILE(path, QByteArray(saved ? "xtext" : "text"));
     if (closed) {
-        QVERIFY(XSession::waitForTitle(QStringLiteral("Vesk")));
-        session->keys(QStringLiteral("ctrl+q"));
+        QVERIFY(XSession::waitForTitle(u"Vesk"_s));
+        session->keys(u"ctrl+q"_s);
         QVERIFY(session->waitForEnd());
         return;
     }
     // What was typed is still there.
-    QVERIFY(XSession::waitForFile(QStringLiteral("small.txt")));
-    session->type(QStringLiteral("y"));
+    QVERIFY(XSession::waitForFile(u"small.txt"_s));
+    session->type(u"y"_s);
     save();
     COMPARE_FILE(path, QByteArray("xytext"));
 }
 
 void TestSession::comesBackAsItWas()
 {
-    const QString second = session->write(QStringLiteral("second.py"), "def f():\n    pass\n");
+    const QString second = session->write(u"second.py"_s, "def f():\n    pass\n");
     startWithSource();
     XSession::placeWindow(QPoint(120, 90), QSize(1000, 620));
     QTRY_COMPARE_WITH_TIMEOUT(XSession::windowRect().size(), QSize(1000, 620), XSession::patience);
-    session->keys(QStringLiteral("shift+Down shift+Down shift+Down"));
+    session->keys(u"shift+Down shift+Down shift+Down"_s);
     QTRY_COMPARE_WITH_TIMEOUT(session->copied().count(u'\n'), 3, XSession::patience);
     session->click(session->pointInFolds(-1));
 
@@ -367,93 +316,83 @@ void TestSession::comesBackAsItWas()
 
     const QRect window = XSession::windowRect();
     const QImage picture = XSession::screenshot().copy(window);
-    session->keys(QStringLiteral("ctrl+q"));
+    session->keys(u"ctrl+q"_s);
     QVERIFY(session->waitForEnd());
     QVERIFY(session->start({}));
     // The same to the pixel once the cursor blinks in step: place, size, splitter,
     // file and the closed fold.
     QTRY_COMPARE_WITH_TIMEOUT(XSession::windowRect(), window, XSession::patience);
     QTRY_VERIFY_WITH_TIMEOUT(XSession::screenshot().copy(window) == picture, XSession::patience);
-    session->keys(QStringLiteral("Down"));
-    session->type(QStringLiteral("x"));
+    session->keys(u"Down"_s);
+    session->type(u"x"_s);
     lines[4].prepend("x");
     SAVE_AND_COMPARE();
 
     // A hidden dock stays hidden, and has its old size when it is wanted again.
-    session->keys(QStringLiteral("ctrl+z ctrl+d Up ctrl+s"));
+    session->keys(u"ctrl+z ctrl+d Up ctrl+s"_s);
     lines = sourceLines();
     COMPARE_FILE(source, lines.join('\n'));
     const QImage withoutDock = XSession::screenshot().copy(window);
     QVERIFY(withoutDock != picture);
-    session->keys(QStringLiteral("ctrl+q"));
+    session->keys(u"ctrl+q"_s);
     QVERIFY(session->waitForEnd());
     QVERIFY(session->start({second}));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
-    session->keys(QStringLiteral("alt+Left ctrl+w"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
+    session->keys(u"alt+Left ctrl+w"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
     QTRY_VERIFY_WITH_TIMEOUT(XSession::screenshot().copy(window) == withoutDock,
                              XSession::patience);
-    session->keys(QStringLiteral("ctrl+d"));
+    session->keys(u"ctrl+d"_s);
     QTRY_VERIFY_WITH_TIMEOUT(XSession::screenshot().copy(window) == picture, XSession::patience);
 }
 
 void TestSession::findsAndGoesOn()
 {
     startWithSource();
-    find(QStringLiteral("function25"));
-    QCOMPARE(session->copied(), QStringLiteral("function25"));
-    session->type(QStringLiteral("first"));
+    find(u"function25"_s);
+    QCOMPARE(session->copied(), u"function25"_s);
+    session->type(u"first"_s);
     lines[lineOf(25) + 1] = "int first(int a, const char *s)";
-    session->keys(QStringLiteral("F3 F3"));
-    session->type(QStringLiteral("third"));
+    session->keys(u"F3 F3"_s);
+    session->type(u"third"_s);
     lines[lineOf(251) + 1] = "int third1(int a, const char *s)";
     SAVE_AND_COMPARE();
 
     // A selection of one line is what is looked for, here from the cursor on.
-    session->keys(QStringLiteral("Home shift+Right shift+Right shift+Right ctrl+f"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Find...")));
-    session->keys(QStringLiteral("alt+f Return"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
-    session->type(QStringLiteral("long"));
+    session->keys(u"Home shift+Right shift+Right shift+Right ctrl+f"_s);
+    QVERIFY(XSession::waitForTitle(u"Find..."_s));
+    session->keys(u"alt+f Return"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
+    session->type(u"long"_s);
     lines[lineOf(251) + 1] = "int third1(long a, const char *s)";
     // A pattern.
-    session->keys(QStringLiteral("ctrl+f"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Find...")));
-    session->keys(QStringLiteral("ctrl+a"));
-    session->type(QStringLiteral("ret[a-z]+ \\d+"));
-    session->keys(QStringLiteral("alt+r Return"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
-    QCOMPARE(session->copied(), QStringLiteral("return 251"));
+    session->keys(u"ctrl+f"_s);
+    QVERIFY(XSession::waitForTitle(u"Find..."_s));
+    session->keys(u"ctrl+a"_s);
+    session->type(u"ret[a-z]+ \\d+"_s);
+    session->keys(u"alt+r Return"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
+    QCOMPARE(session->copied(), u"return 251"_s);
     SAVE_AND_COMPARE();
 
     // Nothing is left behind the last one; the text and the cursor stay.
-    session->keys(QStringLiteral("ctrl+End F3"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Not found...")));
-    session->keys(QStringLiteral("Return"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
-    session->type(QStringLiteral("z"));
+    session->keys(u"ctrl+End F3"_s);
+    QVERIFY(XSession::waitForTitle(u"Not found..."_s));
+    session->keys(u"Return"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
+    session->type(u"z"_s);
     lines.last() += "z";
     SAVE_AND_COMPARE();
 }
 
 void TestSession::replaces_data()
 {
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QStringList>("answers");
-    QTest::addColumn<QByteArray>("after");
-
-    QTest::newRow("yes, no, yes, cancel")
-        << QString()
-        << QStringList{QStringLiteral("alt+y"), QStringLiteral("alt+n"), QStringLiteral("alt+y"),
-                       QStringLiteral("alt+c")}
-        << QByteArray("1\none\n1\none");
-    QTest::newRow("no, all") << QString()
-                             << QStringList{QStringLiteral("alt+n"), QStringLiteral("alt+a")}
-                             << QByteArray("one\n1\n1\n1");
-    QTest::newRow("all at once") << "alt+a" << QStringList() << QByteArray("1\n1\n1\n1");
-    QTest::newRow("closed at the second")
-        << QString() << QStringList{QStringLiteral("alt+y"), QStringLiteral("Escape")}
-        << QByteArray("1\none\none\none");
+    const Rows<QString, QStringList, QByteArray> row("options", "answers", "after");
+    row("yes, no, yes, cancel", "", {u"alt+y"_s, u"alt+n"_s, u"alt+y"_s, u"alt+c"_s},
+        "1\none\n1\none");
+    row("no, all", "", {u"alt+n"_s, u"alt+a"_s}, "one\n1\n1\n1");
+    row("all at once", "alt+a", {}, "1\n1\n1\n1");
+    row("closed at the second", "", {u"alt+y"_s, u"Escape"_s}, "1\none\none\none");
 }
 
 void TestSession::replaces()
@@ -462,43 +401,42 @@ void TestSession::replaces()
     QFETCH(const QStringList, answers);
     QFETCH(const QByteArray, after);
 
-    const QString path = session->write(QStringLiteral("small.txt"), "one\none\none\none");
+    const QString path = session->write(u"small.txt"_s, "one\none\none\none");
     QVERIFY(session->start({path}));
     const int top = XSession::currentLine().top();
-    session->keys(QStringLiteral("ctrl+r"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Replace...")));
-    session->type(QStringLiteral("one"));
-    session->keys(QStringLiteral("Tab"));
-    session->type(QStringLiteral("1"));
-    session->keys(options + QStringLiteral(" Return"));
+    session->keys(u"ctrl+r"_s);
+    QVERIFY(XSession::waitForTitle(u"Replace..."_s));
+    session->type(u"one"_s);
+    session->keys(u"Tab"_s);
+    session->type(u"1"_s);
+    session->keys(options + u" Return"_s);
     for (int match = 0; match < answers.size(); ++match) {
         // The same dialog comes up again for each match: its turn shows by the line.
         const int y = top + match * session->lineHeight();
         QTRY_COMPARE_WITH_TIMEOUT(XSession::currentLine().top(), y, XSession::patience);
-        QVERIFY(XSession::waitForTitle(QStringLiteral("Replace")));
+        QVERIFY(XSession::waitForTitle(u"Replace"_s));
         session->keys(answers.at(match));
     }
-    QVERIFY(XSession::waitForFile(QStringLiteral("small.txt")));
+    QVERIFY(XSession::waitForFile(u"small.txt"_s));
     save();
     COMPARE_FILE(path, after);
 }
 
 void TestSession::searchInFilesLeadsToTheLine()
 {
-    QVERIFY(QDir(session->dir.path()).mkdir(QStringLiteral("sub")));
-    const QString found =
-        session->write(QStringLiteral("sub/found.txt"), "hay\nhay\na needle\nhay");
-    session->write(QStringLiteral("other.log"), "a needle");
+    QVERIFY(QDir(session->dir.path()).mkdir(u"sub"_s));
+    const QString found = session->write(u"sub/found.txt"_s, "hay\nhay\na needle\nhay");
+    session->write(u"other.log"_s, "a needle");
     startWithSource();
-    session->keys(QStringLiteral("ctrl+alt+f"));
-    QVERIFY(XSession::waitForTitle(QStringLiteral("Search in files...")));
-    session->type(QStringLiteral("needle"));
-    session->keys(QStringLiteral("Tab ctrl+a"));
+    session->keys(u"ctrl+alt+f"_s);
+    QVERIFY(XSession::waitForTitle(u"Search in files..."_s));
+    session->type(u"needle"_s);
+    session->keys(u"Tab ctrl+a"_s);
     session->type(session->dir.path());
-    session->keys(QStringLiteral("Tab Tab ctrl+a"));
-    session->type(QStringLiteral("*.txt"));
-    session->keys(QStringLiteral("Return"));
-    QVERIFY(XSession::waitForFile(QStringLiteral("source.cpp")));
+    session->keys(u"Tab Tab ctrl+a"_s);
+    session->type(u"*.txt"_s);
+    session->keys(u"Return"_s);
+    QVERIFY(XSession::waitForFile(u"source.cpp"_s));
     // The header of the file has a grey ground; its first hit stands below.
     const QRect list = XSession::messageList();
     QRect header;
@@ -507,8 +445,8 @@ void TestSession::searchInFilesLeadsToTheLine()
         XSession::patience);
     session->click(header.topLeft() +
                    QPoint(20, QFontMetrics(QApplication::font()).height() * 3 / 2));
-    QVERIFY(XSession::waitForFile(QStringLiteral("found.txt")));
-    session->type(QStringLiteral("x"));
+    QVERIFY(XSession::waitForFile(u"found.txt"_s));
+    session->type(u"x"_s);
     save();
     COMPARE_FILE(found, QByteArray("hay\nhay\nxa needle\nhay"));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QByteArrayList>
+#include "tests/testing.h"
+
 #include <QClipboard>
 #include <QFile>
 #include <QFontMetrics>
@@ -12,6 +13,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <memory>
 
 /// The editor in a process of its own, driven from outside: keys and mouse come
 /// from the X server, answers are read from the screen, the X selections and the
@@ -43,16 +46,7 @@ public:
 
     QString write(const QString &name, const QByteArray &bytes) const
     {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
-    }
-
-    [[nodiscard]] static QByteArray read(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return writeFile(path(name), bytes);
     }
 
     void configure(const QString &key, const QVariant &value) const
@@ -333,30 +327,26 @@ private:
     }
 };
 
-/// Empty if the bytes are the same, otherwise the first line that differs.
-[[nodiscard]] inline QString difference(const QByteArray &actual, const QByteArray &expected)
+/// What the tests of the whole program start from.
+class SessionTest : public QObject
 {
-    if (actual == expected)
-        return {};
-    const QByteArrayList got = actual.split('\n');
-    const QByteArrayList wanted = expected.split('\n');
-    const qsizetype shared = qMin(got.size(), wanted.size());
-    qsizetype line = 0;
-    while (line < shared && got.at(line) == wanted.at(line))
-        ++line;
-    const auto shown = [line](const QByteArrayList &lines) {
-        return line < lines.size() ? QString::fromLatin1(lines.at(line).left(200).toPercentEncoding(
-                                         " !\"#$&'()*+,/:;<=>?@[]^`{|}\\"))
-                                   : QStringLiteral("(no line)");
-    };
-    return QStringLiteral("line %1 of %2: \"%3\" instead of \"%4\" (%5 lines)")
-        .arg(line)
-        .arg(got.size())
-        .arg(shown(got), shown(wanted))
-        .arg(wanted.size());
-}
+protected:
+    void makeSession() { session = std::make_unique<XSession>(); }
+
+    /// Leaves a picture of a failure in the folder that VESK_TEST_PICTURES names.
+    void dropSession()
+    {
+        const QString pictures = qEnvironmentVariable("VESK_TEST_PICTURES");
+        if (QTest::currentTestFailed() && !pictures.isEmpty())
+            XSession::screenshot().save(pictures + u'/' +
+                                        QString::fromLatin1(QTest::currentTestFunction()) +
+                                        QStringLiteral(".png"));
+        session.reset();
+    }
+
+    std::unique_ptr<XSession> session;
+};
 
 /// Waits until the file holds exactly these bytes; shows the first line that does not.
 #define COMPARE_FILE(path, expected)                                                               \
-    QTRY_COMPARE_WITH_TIMEOUT(difference(XSession::read(path), expected), QString(),               \
-                              XSession::patience)
+    QTRY_COMPARE_WITH_TIMEOUT(difference(readFile(path), expected), QString(), XSession::patience)
