@@ -1,11 +1,10 @@
-#include "zvwidgets/zveditor/highlightmanager.h"
-
+#include "tests/testing.h"
 #include "zvwidgets/zveditor/filemask.h"
 #include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlightmanager.h"
 #include "zvwidgets/zveditor/textmanager.h"
 
 #include <QDir>
-#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -14,18 +13,12 @@
 
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
 namespace {
 
 using Highlight = std::unique_ptr<TextHighlight>;
-
-void write(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size())
-        qFatal("cannot write %s", qPrintable(path));
-}
 
 QString pathOf(const HighlightDataDict &registry, const QString &name)
 {
@@ -68,41 +61,26 @@ void TestHighlightManager::orderOfBuiltIns()
 
 void TestHighlightManager::masks_data()
 {
-    QTest::addColumn<QString>("masks");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("taken");
-    struct Row
-    {
-        const char *name;
-        const char *masks;
-        const char *file;
-        bool taken;
-    };
-    const Row rows[] = {
-        {"ending", "*.cpp; *.h", "a.h", true},
-        {"case counts", "*.C", "a.c", false},
-        {"the whole name", "*.htm", "a.html", false},
-        {"empty masks are none", "*.html; *.htm;", "", false},
-        {"blanks separate without semicolon", "*.java *.JAVA", "a.JAVA", true},
-        {"blanks do not separate beside a semicolon", "*.a *.b;", "x.b", false},
-        {"but belong to the mask", "a *.b;", "a x.b", true},
-        {"no mask takes nothing", "", "a", false},
-        {"one character", "?.c", "ab.c", false},
-        {"star gives way", "*a*b", "aabab", true},
-        {"star takes nothing too", "a*", "a", true},
-        {"set", "*.[ch]", "x.h", true},
-        {"range", "x[0-3]", "x4", false},
-        {"all but a set", "[^ab]*", "abc", false},
-        {"bracket in a set", "[]]", "]", true},
-        {"a set left open is itself", "[ab", "[ab", true},
-        {"hidden file", "*rc", ".bashrc", true},
-        {"a dot is a dot", "*.cpp", "xcpp", false},
-    };
-    for (const Row &row : rows)
-        QTest::newRow(row.name) << QString::fromUtf8(row.masks) << QString::fromUtf8(row.file)
-                                << row.taken;
-    QTest::newRow("many stars come to an end")
-        << QStringLiteral("*a").repeated(60) + u'b' << QString(5000, u'a') << false;
+    const Rows<QString, QString, bool> row("masks", "name", "taken");
+    row("ending", "*.cpp; *.h", "a.h", true);
+    row("case counts", "*.C", "a.c", false);
+    row("the whole name", "*.htm", "a.html", false);
+    row("empty masks are none", "*.html; *.htm;", "", false);
+    row("blanks separate without semicolon", "*.java *.JAVA", "a.JAVA", true);
+    row("blanks do not separate beside a semicolon", "*.a *.b;", "x.b", false);
+    row("but belong to the mask", "a *.b;", "a x.b", true);
+    row("no mask takes nothing", "", "a", false);
+    row("one character", "?.c", "ab.c", false);
+    row("star gives way", "*a*b", "aabab", true);
+    row("star takes nothing too", "a*", "a", true);
+    row("set", "*.[ch]", "x.h", true);
+    row("range", "x[0-3]", "x4", false);
+    row("all but a set", "[^ab]*", "abc", false);
+    row("bracket in a set", "[]]", "]", true);
+    row("a set left open is itself", "[ab", "[ab", true);
+    row("hidden file", "*rc", ".bashrc", true);
+    row("a dot is a dot", "*.cpp", "xcpp", false);
+    row("many stars come to an end", u"*a"_s.repeated(60) + u'b', QString(5000, u'a'), false);
 }
 
 void TestHighlightManager::masks()
@@ -116,48 +94,47 @@ void TestHighlightManager::masks()
 void TestHighlightManager::userFiles()
 {
     QTemporaryDir folder;
-    write(folder.filePath(QStringLiteral("python")), "<H name='Snake' wildcards='*.snake'/>");
-    write(folder.filePath(QStringLiteral("mine.xml")), "<H name='Mine' wildcards='*.mine'/>");
-    write(folder.filePath(QStringLiteral("plain")), "<H name='NoHighlight' wildcards='*'/>");
-    write(folder.filePath(QStringLiteral("broken")), "<H name='Broken'>");
-    write(folder.filePath(QStringLiteral("nameless")), "<H wildcards='*'/>");
-    write(folder.filePath(QStringLiteral("binary")), QByteArray(1000, '\0'));
-    QCOMPARE(::mkfifo(QFile::encodeName(folder.filePath(QStringLiteral("pipe"))), 0600), 0);
-    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder")));
+    writeFile(folder.filePath(u"python"_s), "<H name='Snake' wildcards='*.snake'/>");
+    writeFile(folder.filePath(u"mine.xml"_s), "<H name='Mine' wildcards='*.mine'/>");
+    writeFile(folder.filePath(u"plain"_s), "<H name='NoHighlight' wildcards='*'/>");
+    writeFile(folder.filePath(u"broken"_s), "<H name='Broken'>");
+    writeFile(folder.filePath(u"nameless"_s), "<H wildcards='*'/>");
+    writeFile(folder.filePath(u"binary"_s), QByteArray(1000, '\0'));
+    QCOMPARE(::mkfifo(QFile::encodeName(folder.filePath(u"pipe"_s)), 0600), 0);
+    QVERIFY(QDir(folder.path()).mkdir(u"folder"_s));
     TextEditorManager manager;
     manager.setResourcesDir(folder.path());
 
     const auto registry = TextHighlightManager::buildRegistry(&manager);
     QCOMPARE(registry->count(), 22);
-    QCOMPARE(pathOf(*registry, QStringLiteral("Snake")), QStringLiteral("python"));
-    QVERIFY(!registry->find(QStringLiteral("Python")));
-    QCOMPARE(pathOf(*registry, QStringLiteral("Mine")), QStringLiteral("mine.xml"));
-    QCOMPARE(pathOf(*registry, QStringLiteral("NoHighlight")), QStringLiteral("nohighlight"));
-    QCOMPARE(registry->find(QStringLiteral("NoHighlight"))->mask, QString());
+    QCOMPARE(pathOf(*registry, u"Snake"_s), u"python"_s);
+    QVERIFY(!registry->find(u"Python"_s));
+    QCOMPARE(pathOf(*registry, u"Mine"_s), u"mine.xml"_s);
+    QCOMPARE(pathOf(*registry, u"NoHighlight"_s), u"nohighlight"_s);
+    QCOMPARE(registry->find(u"NoHighlight"_s)->mask, QString());
 
     // A path key is a file first, then a built-in key, then plain text.
-    QCOMPARE(TextHighlight(QStringLiteral("mine.xml"), &manager).name(), QStringLiteral("Mine"));
-    QCOMPARE(TextHighlight(QStringLiteral("cpp"), &manager).name(), QStringLiteral("C++"));
-    QCOMPARE(TextHighlight(QStringLiteral("folder"), &manager).name(),
-             QStringLiteral("NoHighlight"));
+    QCOMPARE(TextHighlight(u"mine.xml"_s, &manager).name(), u"Mine"_s);
+    QCOMPARE(TextHighlight(u"cpp"_s, &manager).name(), u"C++"_s);
+    QCOMPARE(TextHighlight(u"folder"_s, &manager).name(), u"NoHighlight"_s);
 }
 
 /// Without a folder of definitions the one the program was started in is not one.
 void TestHighlightManager::noFolder()
 {
     QTemporaryDir folder;
-    write(folder.filePath(QStringLiteral("ruby")), "<H name='Stone' wildcards='*.rb'/>");
+    writeFile(folder.filePath(u"ruby"_s), "<H name='Stone' wildcards='*.rb'/>");
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(folder.path()));
     TextEditorManager manager;
     manager.setResourcesDir(QString());
     const auto registry = TextHighlightManager::buildRegistry(&manager);
-    const QString name = TextHighlight(QStringLiteral("ruby"), &manager).name();
-    manager.setResourcesDir(folder.filePath(QStringLiteral("missing")));
+    const QString name = TextHighlight(u"ruby"_s, &manager).name();
+    manager.setResourcesDir(folder.filePath(u"missing"_s));
     const int count = TextHighlightManager::buildRegistry(&manager)->count();
     QVERIFY(QDir::setCurrent(before));
-    QVERIFY(!registry->find(QStringLiteral("Stone")));
-    QCOMPARE(name, QStringLiteral("Ruby"));
+    QVERIFY(!registry->find(u"Stone"_s));
+    QCOMPARE(name, u"Ruby"_s);
     QCOMPARE(count, 21);
 }
 
@@ -166,20 +143,20 @@ void TestHighlightManager::newerEntryWins()
     HighlightDataDict registry;
     for (const char *path : {"old", "new"})
         registry.insert(std::make_unique<HighlightData>(
-            HighlightData{QStringLiteral("X"), QString::fromLatin1(path), QString()}));
-    QCOMPARE(pathOf(registry, QStringLiteral("X")), QStringLiteral("new"));
-    QCOMPARE(registry.entries().first()->path, QStringLiteral("new"));
+            HighlightData{u"X"_s, QString::fromLatin1(path), QString()}));
+    QCOMPARE(pathOf(registry, u"X"_s), u"new"_s);
+    QCOMPARE(registry.entries().first()->path, u"new"_s);
     QCOMPARE(registry.count(), 2);
-    QVERIFY(!registry.find(QStringLiteral("x")));
+    QVERIFY(!registry.find(u"x"_s));
 }
 
 void TestHighlightManager::overriddenMasks()
 {
     QTemporaryDir folder;
-    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-    settings.setValue(QStringLiteral("/zveditor/hl/Python wildcards"), QStringLiteral("*.snake"));
-    settings.setValue(QStringLiteral("/zveditor/hl/DB2/SQL wildcards"), QString());
-    settings.setValue(QStringLiteral("/other/hl/Ruby wildcards"), QStringLiteral("*.stone"));
+    QSettings settings(folder.filePath(u"settings.ini"_s), QSettings::IniFormat);
+    settings.setValue(u"/zveditor/hl/Python wildcards"_s, u"*.snake"_s);
+    settings.setValue(u"/zveditor/hl/DB2/SQL wildcards"_s, QString());
+    settings.setValue(u"/other/hl/Ruby wildcards"_s, u"*.stone"_s);
     TextEditorManager manager;
     manager.setResourcesDir(QString());
     manager.setGlobalConfig(&settings);
@@ -187,67 +164,62 @@ void TestHighlightManager::overriddenMasks()
         const auto registry = TextHighlightManager::buildRegistry(&manager);
         return registry->find(QLatin1String(name))->mask;
     };
-    QCOMPARE(mask("Python"), QStringLiteral("*.snake"));
+    QCOMPARE(mask("Python"), u"*.snake"_s);
     QCOMPARE(mask("DB2/SQL"), QString());
-    QCOMPARE(mask("Ruby"), QStringLiteral("*.rb"));
-    manager.setHlSettingsKey(QStringLiteral("/other/hl"));
-    QCOMPARE(mask("Ruby"), QStringLiteral("*.stone"));
-    QCOMPARE(mask("Python"), QStringLiteral("*.py"));
+    QCOMPARE(mask("Ruby"), u"*.rb"_s);
+    manager.setHlSettingsKey(u"/other/hl"_s);
+    QCOMPARE(mask("Ruby"), u"*.stone"_s);
+    QCOMPARE(mask("Python"), u"*.py"_s);
 }
 
 void TestHighlightManager::choosing_data()
 {
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("name");
-    const char *const rows[][2] = {{"a.cpp", "C++"},
-                                   {"a.h", "C++"},
-                                   {"/x/y.py/a.rb", "Ruby"},
-                                   {"q.sql", "PG/SQL"},
-                                   {"a.CPP", "NoHighlight"},
-                                   {"", "NoHighlight"},
-                                   {"Makefile", "NoHighlight"},
-                                   {"x.ui", "XML"}};
-    for (const auto &row : rows)
-        QTest::newRow(row[0]) << QString::fromLatin1(row[0]) << QString::fromLatin1(row[1]);
+    const Rows<QString> row("name");
+    row("a.cpp", "C++");
+    row("a.h", "C++");
+    row("a.CPP", "NoHighlight");
+    row("/x/y.py/a.rb", "Ruby");
+    row("/x.py/Makefile", "NoHighlight");
+    row("q.sql", "PG/SQL");
+    row("", "NoHighlight");
 }
 
 void TestHighlightManager::choosing()
 {
-    QFETCH(QString, file);
     QFETCH(QString, name);
+    const QString file = QString::fromLatin1(QTest::currentDataTag());
     builtIns.setResourcesDir(QString());
     const Highlight found(TextHighlightManager::findHighlight(&builtIns, file));
     QCOMPARE(found->name(), name);
     const Highlight named(TextHighlightManager::highlight(&builtIns, name));
     QCOMPARE(named->name(), name);
     const Highlight unknown(TextHighlightManager::highlight(&builtIns, file));
-    QCOMPARE(unknown->name(), QStringLiteral("NoHighlight"));
+    QCOMPARE(unknown->name(), u"NoHighlight"_s);
 
-    // A change of masks counts at once.
-    HighlightData *data = TextHighlightManager::highlights(&builtIns).find(QStringLiteral("TeX"));
-    const QString masks = std::exchange(data->mask, QStringLiteral("*.new"));
-    const Highlight changed(
-        TextHighlightManager::findHighlight(&builtIns, QStringLiteral("a.new")));
+    // A change of masks counts at once, and the first that takes a name gets it.
+    HighlightData *data = TextHighlightManager::highlights(&builtIns).find(u"TeX"_s);
+    const QString masks = std::exchange(data->mask, u"*.ltx *.py"_s);
+    const Highlight changed(TextHighlightManager::findHighlight(&builtIns, u"a.py"_s));
     data->mask = masks;
-    QCOMPARE(changed->name(), QStringLiteral("TeX"));
+    QCOMPARE(changed->name(), u"TeX"_s);
 }
 
 void TestHighlightManager::colours()
 {
     QTemporaryDir folder;
-    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-    const QString item = QStringLiteral("/zveditor/hl/Python/Keyword");
-    settings.setValue(item + QStringLiteral("/style"), QStringLiteral("ib"));
-    settings.setValue(item + QStringLiteral("/color"), QStringLiteral("#010203"));
-    settings.setValue(item + QStringLiteral("/bgcolor"), QStringLiteral("#040506"));
-    settings.setValue(QStringLiteral("/zveditor/hl/Python/Gone/color"), QStringLiteral("#070809"));
+    QSettings settings(folder.filePath(u"settings.ini"_s), QSettings::IniFormat);
+    const QString item = u"/zveditor/hl/Python/Keyword"_s;
+    settings.setValue(item + u"/style"_s, u"ib"_s);
+    settings.setValue(item + u"/color"_s, u"#010203"_s);
+    settings.setValue(item + u"/bgcolor"_s, u"#040506"_s);
+    settings.setValue(u"/zveditor/hl/Python/Gone/color"_s, u"#070809"_s);
     TextEditorManager manager;
     manager.setResourcesDir(QString());
-    const TextHighlight before(QStringLiteral("python"), &manager);
+    const TextHighlight before(u"python"_s, &manager);
     manager.setGlobalConfig(&settings);
-    const TextHighlight after(QStringLiteral("python"), &manager);
+    const TextHighlight after(u"python"_s, &manager);
 
-    QCOMPARE(before.attribute(1)->itemName, QStringLiteral("Keyword"));
+    QCOMPARE(before.attribute(1)->itemName, u"Keyword"_s);
     QCOMPARE(before.attribute(1)->color, QColor(0x0f, 0x0f, 0xf0));
     QCOMPARE(before.attribute(1)->fontType, 0);
     QVERIFY(!before.attribute(1)->usebg);
@@ -258,20 +230,20 @@ void TestHighlightManager::colours()
     QCOMPARE(after.attribute(2)->color, before.attribute(2)->color);
 
     // An empty background takes the item's own away.
-    settings.setValue(item + QStringLiteral("/bgcolor"), QString());
-    QVERIFY(!TextHighlight(QStringLiteral("python"), &manager).attribute(1)->usebg);
+    settings.setValue(item + u"/bgcolor"_s, QString());
+    QVERIFY(!TextHighlight(u"python"_s, &manager).attribute(1)->usebg);
 }
 
 /// Masks typed into the file by hand: an unquoted comma makes a list of them.
 void TestHighlightManager::damagedSettings()
 {
     QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("settings.ini"));
-    write(path, "[zveditor]\nhl\\TeX%20wildcards=*.a,*.b\n");
+    const QString path = folder.filePath(u"settings.ini"_s);
+    writeFile(path, "[zveditor]\nhl\\TeX%20wildcards=*.a,*.b\n");
     const QSettings settings(path, QSettings::IniFormat);
-    const QString key = QStringLiteral("/zveditor/hl/TeX wildcards");
-    QCOMPARE(highlightSetting(&settings, key, QString()), QStringLiteral("*.a,*.b"));
-    QCOMPARE(highlightSetting(nullptr, key, QStringLiteral("x")), QStringLiteral("x"));
+    const QString key = u"/zveditor/hl/TeX wildcards"_s;
+    QCOMPARE(highlightSetting(&settings, key, QString()), u"*.a,*.b"_s);
+    QCOMPARE(highlightSetting(nullptr, key, u"x"_s), u"x"_s);
 }
 
 QTEST_MAIN(TestHighlightManager)

@@ -78,5 +78,6 @@ public final class OrderBook<T extends Order & Comparable<T>> implements Iterabl
     var inferred = new int[] {1, 2, 3};
     strictfp float ratio() { try { return 1.0F / count; } catch (Exception e) { return 0; } finally { count--; } }
 }
+class Types { auto a; uchar b; uint c; }
 /* at the end of the file
    "nothing closes it

@@ -67,5 +67,6 @@ END shop;
 SELECT NVL(customer, '-'), DECODE(id, 1, 'one', 2, 'two''s'), SYSDATE, ROWNUM FROM dual
  START WITH id = 1 CONNECT BY PRIOR id = parent;
 <<label>> GOTO label;
+ALTER accsess access;
 /* never closed: 'text
 SELECT 1 FROM dual;

@@ -60,5 +60,6 @@ WHILE @@fetch_status = 0 BEGIN BREAK END
 PRINT 'C:\' + "D:\"
 SET ROWCOUNT 10 WAITFOR DELAY '00:00:05'
 BEGIN TRAN SAVE TRAN before_it ROLLBACK TRAN
+SELECT @@authmech, @@boottime
 /* never closed: 'text
 SELECT 1
