@@ -15,6 +15,7 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
 namespace {
@@ -49,15 +50,10 @@ struct Fixture
 
 using Step = std::function<void(Fixture &)>;
 
-QString text(const char *bytes)
-{
-    return QString::fromUtf8(bytes);
-}
-
 /// "|" stands for a line end.
 QString lines(const char *bytes)
 {
-    return text(bytes).replace(u'|', u'\n');
+    return QString::fromUtf8(bytes).replace(u'|', u'\n');
 }
 
 QString fetchedLines(const char *column)
@@ -93,7 +89,7 @@ Step remove(int line, int column, int toLine, int toColumn)
 
 Step replaceWord(const char *word)
 {
-    return [=](Fixture &f) { f.doc().replaceCurrentWord(text(word)); };
+    return [=](Fixture &f) { f.doc().replaceCurrentWord(QString::fromUtf8(word)); };
 }
 
 Step with(void (*setting)(TextEditorManager &), const Step &step)
@@ -210,6 +206,10 @@ void TestTextDocEdit::removal_data()
 
     row("delete a pair", "a😀z", del(0, 1), "az");
     row("delete joins", "ab|  c", del(0, 2), "abc");
+    row("join drops blanks at both ends", "foo|   bar  |x", del(0, 3), "foobar|x");
+    row("join to an empty line keeps all", "|   bar  |x", del(0, 0), "   bar  |x");
+    row("join to a blank line keeps all", "  | bar |x", del(0, 2), "   bar |x");
+    row("join drops a blank line", "foo| \t |x", del(0, 3), "foo|x");
     row("delete at the very end", "ab|c", del(1, 1), "ab|c");
     row("backspace over a pair", "a😀z", backspace(0, 3), "az");
     row("backspace to a lesser indent", "  a||      b|        ", backspace(3, 4),
@@ -360,7 +360,7 @@ void TestTextDocEdit::readOnly_data()
     };
     const Rows<Step> row("step");
     row("insert", insert("x", 0, 0));
-    row("append", [](Fixture &f) { f.doc().append(text("x")); });
+    row("append", [](Fixture &f) { f.doc().append(u"x"_s); });
     row("enter", enter(0, 0));
     row("delete", del(0, 0));
     row("backspace", backspace(0, 0));
@@ -388,10 +388,10 @@ void TestTextDocEdit::copyFillsClipboard()
     Fixture fixture(false);
     fixture.load(lines("abc|def"));
     TextDocument &doc = fixture.doc();
-    QApplication::clipboard()->setText(text("kept"));
+    QApplication::clipboard()->setText(u"kept"_s);
     doc.selectionCommand(SelectionText, QRect(QPoint(0, 0), QPoint(1, 1)), false);
     doc.selectionCommand(SelectionCopy, QRect(QPoint(9, 0), QPoint(12, 0)), false);
-    QCOMPARE(QApplication::clipboard()->text(), text("kept"));
+    QCOMPARE(QApplication::clipboard()->text(), u"kept"_s);
     doc.setReadOnly(true);
     doc.selectionCommand(SelectionCut, QRect(QPoint(1, 0), QPoint(2, 1)), false);
     QCOMPARE(QApplication::clipboard()->text(), lines("bc|de"));
@@ -408,7 +408,7 @@ void TestTextDocEdit::speed()
     fixture.load(QString(300'000, u'\n'));
     QString pasted;
     for (int i = 0; i < 10'000; ++i)
-        pasted += text("some\tline of text\n");
+        pasted += u"some\tline of text\n"_s;
     QElapsedTimer timer;
     timer.start();
     const auto took = [&timer](const char *what) {
