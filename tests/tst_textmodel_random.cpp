@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
 namespace {
@@ -237,7 +238,7 @@ private:
 void TestTextModelRandom::init()
 {
     // Folding tells of every fold that it refuses.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    QLoggingCategory::setFilterRules(u"default.debug=false"_s);
     editor.reset();
     manager = std::make_unique<TextEditorManager>();
     manager->setTabWidth(tabStop);
@@ -246,7 +247,7 @@ void TestTextModelRandom::init()
     doc->setSpacesInTab(tabStop);
     view = editor->view();
     connect(doc->undoStack(), &QtUndoStack::commandExecuted, this, [this] { isRecorded = true; });
-    view->setHighlight(QStringLiteral("C++"));
+    view->setHighlight(u"C++"_s);
     editor->resize(300, 200);
     editor->show();
     past.clear();
@@ -256,13 +257,9 @@ void TestTextModelRandom::init()
 
 QString TestTextModelRandom::randomText(int most)
 {
-    static const QStringList pieces = {QStringLiteral("/*"),   QStringLiteral("*/"),
-                                       QStringLiteral("\""),   QStringLiteral("\n"),
-                                       QStringLiteral("\n"),   QStringLiteral("if x:"),
-                                       QStringLiteral("\t"),   QStringLiteral("   "),
-                                       QStringLiteral("// c"), QStringLiteral("#define a \\"),
-                                       QStringLiteral("word"), QStringLiteral("x"),
-                                       QString(QChar(0xE4))};
+    static const QStringList pieces = {
+        u"/*"_s,  u"*/"_s,   u"\""_s,           u"\n"_s,   u"\n"_s, u"if x:"_s,          u"\t"_s,
+        u"   "_s, u"// c"_s, u"#define a \\"_s, u"word"_s, u"x"_s,  QString(QChar(0xE4))};
     QString text;
     for (int i = random(most); i >= 0; --i)
         text += pieces.at(random(int(pieces.size())));
@@ -328,8 +325,8 @@ void TestTextModelRandom::edit(int kind, int line, int column)
     default:
         if (doc->currentWord().isEmpty())
             return;
-        doc->replaceCurrentWord(QStringLiteral("new_1"));
-        model.replaceWord(line, column, QStringLiteral("new_1"));
+        doc->replaceCurrentWord(u"new_1"_s);
+        model.replaceWord(line, column, u"new_1"_s);
     }
     manager->fVerticalSelection = false;
     manager->fOvr = false;
@@ -406,9 +403,8 @@ void TestTextModelRandom::step()
         past.push_back(std::move(before));
         future.clear();
     }
-    QVERIFY2(isSame(), qPrintable(QStringLiteral("operation %1 at %2, %3")
-                                      .arg(QString::number(kind), QString::number(line),
-                                           QString::number(column))));
+    QVERIFY2(isSame(), qPrintable(u"operation %1 at %2, %3"_s.arg(
+                           QString::number(kind), QString::number(line), QString::number(column))));
 }
 
 // What edits left behind has to be what loading the same text makes.
@@ -416,7 +412,7 @@ void TestTextModelRandom::checkAgainstFreshDocument()
 {
     const std::unique_ptr<TextEditor> other(manager->createEditor(nullptr, nullptr));
     TextDocument &fresh = *other->document();
-    other->view()->setHighlight(QStringLiteral("C++"));
+    other->view()->setHighlight(u"C++"_s);
     fresh.setSpacesInTab(tabStop);
     // A final line end more, as the last one is dropped.
     QString content = doc->text() + u'\n';
@@ -470,13 +466,13 @@ void TestTextModelRandom::randomOperations()
     for (int i = 0; i < steps / 4; ++i) {
         step();
         if (QTest::currentTestFailed())
-            QFAIL(qPrintable(QStringLiteral("in step %1").arg(i)));
+            QFAIL(qPrintable(u"in step %1"_s.arg(i)));
         if (i % 250 == 0) {
             checkAgainstFreshDocument();
             checkFolds();
         }
         if (QTest::currentTestFailed())
-            QFAIL(qPrintable(QStringLiteral("after step %1").arg(i)));
+            QFAIL(qPrintable(u"after step %1"_s.arg(i)));
         if (i % 50 == 0)
             QCoreApplication::processEvents();
     }
