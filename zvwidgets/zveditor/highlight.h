@@ -40,6 +40,8 @@ public:
     /// `attributeList` up to the first null.
     TextAttribute *attribute(int n) const;
     QString name() const { return hname; }
+    /// What this object shares with others of its definition.
+    const HighlightDefinition &rules() const { return *definition; }
 
     HighlightContext *contextList[tableSize]; ///< from `Contents`, null where there is none
     HighlightContext *ctnList[tableSize];     ///< from `Break`, null where there is none

@@ -186,6 +186,15 @@ TextPattern RuleReader::expression(const QString &pattern, TextPattern::Options 
     return *expressions.insert(key, TextPattern(pattern, options));
 }
 
+bool keepNotes(const HighlightDefinition::Contexts &contexts)
+{
+    return std::any_of(contexts.begin(), contexts.end(), [](const auto &context) {
+        return std::any_of(context->begin(), context->end(), [](const HighlightItem *item) {
+            return item->regexp.isValid() && !item->regexp.automaton();
+        });
+    });
+}
+
 QByteArray definitionData(const QString &name, const QString &resourcesDir)
 {
     if (!resourcesDir.isEmpty()) {
@@ -233,6 +242,7 @@ std::shared_ptr<const HighlightDefinition> readHighlightDefinition(const QByteAr
     const Section breaks = document.sections.value(QStringLiteral("Break"));
     definition->contents = RuleReader(contents, items, true).read();
     definition->breaks = RuleReader(breaks, items, false).read();
+    definition->canShareBreaks = !keepNotes(definition->breaks);
     definition->contentScanner = std::make_unique<HighlightScanner>(definition->contents);
     definition->breakScanner = std::make_unique<HighlightScanner>(definition->breaks);
     return definition;

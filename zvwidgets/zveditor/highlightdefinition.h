@@ -14,7 +14,8 @@ namespace zvwidgets {
 class HighlightScanner;
 
 /// A definition as read, made ready to run. Shared by all who use it and never
-/// changed; without colours of the user.
+/// changed, but for the notes of its scanners, which are for the main thread;
+/// without colours of the user.
 struct HighlightDefinition
 {
     using Contexts = std::vector<std::unique_ptr<HighlightContext>>;
@@ -35,6 +36,9 @@ struct HighlightDefinition
     QList<Item> items;
     Contexts contents;
     Contexts breaks;
+    /// No expression of `breaks` keeps notes while it matches: several threads can
+    /// use them at a time, each with a scanner of its own.
+    bool canShareBreaks = false;
     std::unique_ptr<HighlightScanner> contentScanner;
     std::unique_ptr<HighlightScanner> breakScanner;
 };

@@ -20,6 +20,12 @@
 
 namespace zvwidgets {
 
+namespace {
+
+constinit LineSlabs pool;
+
+} // namespace
+
 #if VESK_POOL_LINES
 
 namespace {
@@ -30,14 +36,16 @@ constexpr size_t heapNotes = 64;
 constexpr size_t slabEnd = slabSize - heapNotes;
 constexpr size_t firstCell = 64;
 
-struct Cell
+} // namespace
+
+struct LineSlabs::Cell
 {
     Cell *next;
 };
 
 /// Stands at the start of its memory, which lies at a multiple of slabSize, so
 /// that the address of a cell tells its slab.
-struct Slab
+struct LineSlabs::Slab
 {
     Slab *next; ///< of those with room
     Slab *previous;
@@ -45,53 +53,45 @@ struct Slab
     size_t fresh; ///< offset of the cells never used
     size_t used;
 };
-static_assert(sizeof(Slab) <= firstCell);
 
-struct Slabs
+bool LineSlabs::isFull(const Slab *slab) const
 {
-    Slab *withRoom = nullptr;
-    size_t count = 0; ///< of all
-    size_t cellSize = 0;
+    return !slab->free && slab->fresh + cellSize > slabEnd;
+}
 
-    bool isFull(const Slab *slab) const { return !slab->free && slab->fresh + cellSize > slabEnd; }
-
-    void link(Slab *slab)
-    {
-        slab->next = withRoom;
-        slab->previous = nullptr;
-        if (withRoom)
-            withRoom->previous = slab;
-        withRoom = slab;
-    }
-
-    void unlink(Slab *slab)
-    {
-        (slab->previous ? slab->previous->next : withRoom) = slab->next;
-        if (slab->next)
-            slab->next->previous = slab->previous;
-    }
-
-    Slab *grow()
-    {
-        void *memory = nullptr;
-        if (posix_memalign(&memory, slabSize, slabEnd) != 0)
-            throw std::bad_alloc();
-        ++count;
-        Slab *slab = new (memory) Slab{nullptr, nullptr, nullptr, firstCell, 0};
-        link(slab);
-        return slab;
-    }
-};
-
-constinit Slabs slabs;
-
-} // namespace
-
-void *LinePool::allocate(size_t size)
+void LineSlabs::link(Slab *slab)
 {
-    Q_ASSERT(slabs.cellSize == 0 || slabs.cellSize == size);
-    slabs.cellSize = size;
-    Slab *slab = slabs.withRoom ? slabs.withRoom : slabs.grow();
+    slab->next = withRoom;
+    slab->previous = nullptr;
+    if (withRoom)
+        withRoom->previous = slab;
+    withRoom = slab;
+}
+
+void LineSlabs::unlink(Slab *slab)
+{
+    (slab->previous ? slab->previous->next : withRoom) = slab->next;
+    if (slab->next)
+        slab->next->previous = slab->previous;
+}
+
+LineSlabs::Slab *LineSlabs::grow()
+{
+    static_assert(sizeof(Slab) <= firstCell);
+    void *memory = nullptr;
+    if (posix_memalign(&memory, slabSize, slabEnd) != 0)
+        throw std::bad_alloc();
+    ++count;
+    Slab *slab = new (memory) Slab{nullptr, nullptr, nullptr, firstCell, 0};
+    link(slab);
+    return slab;
+}
+
+void *LineSlabs::allocate(size_t size)
+{
+    Q_ASSERT(cellSize == 0 || cellSize == size);
+    cellSize = size;
+    Slab *slab = withRoom ? withRoom : grow();
     void *cell = slab->free;
     if (cell) {
         slab->free = slab->free->next;
@@ -100,38 +100,70 @@ void *LinePool::allocate(size_t size)
         slab->fresh += size;
     }
     ++slab->used;
-    if (slabs.isFull(slab))
-        slabs.unlink(slab);
+    if (isFull(slab))
+        unlink(slab);
     return cell;
 }
 
-void LinePool::release(void *memory)
+void LineSlabs::release(void *memory)
 {
     const auto address = reinterpret_cast<uintptr_t>(memory);
     Slab *slab = reinterpret_cast<Slab *>(static_cast<char *>(memory) - address % slabSize);
-    if (slabs.isFull(slab))
-        slabs.link(slab);
+    if (isFull(slab))
+        link(slab);
     slab->free = new (memory) Cell{slab->free};
     // The last slab stays: a single line comes and goes often.
-    if (--slab->used == 0 && slabs.count > 1) {
-        slabs.unlink(slab);
-        --slabs.count;
+    if (--slab->used == 0 && count > 1) {
+        unlink(slab);
+        --count;
         std::free(slab);
     }
 }
 
+void LineSlabs::adopt(LineSlabs *other)
+{
+    if (other->count == 0)
+        return;
+    Q_ASSERT(cellSize == 0 || cellSize == other->cellSize);
+    cellSize = other->cellSize;
+    count += other->count;
+    while (Slab *slab = other->withRoom) {
+        other->unlink(slab);
+        link(slab);
+    }
+    other->count = 0;
+}
+
 #else
 
-void *LinePool::allocate(size_t size)
+void *LineSlabs::allocate(size_t size)
 {
     return ::operator new(size);
 }
 
-void LinePool::release(void *memory)
+void LineSlabs::release(void *memory)
 {
     ::operator delete(memory);
 }
 
+void LineSlabs::adopt(LineSlabs *)
+{}
+
 #endif
+
+void *LinePool::allocate(size_t size)
+{
+    return pool.allocate(size);
+}
+
+void LinePool::release(void *memory)
+{
+    pool.release(memory);
+}
+
+void LinePool::adopt(LineSlabs *slabs)
+{
+    pool.adopt(slabs);
+}
 
 } // namespace zvwidgets

@@ -10,10 +10,6 @@
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QTextStream>
-
 #include <algorithm>
 #include <utility>
 
@@ -54,19 +50,6 @@ void TextDocument::Private::reset()
     q->updateLine(0);
     for (TextView *each : std::as_const(views))
         each->setCursorPosition(0, 0, false);
-}
-
-// Takes over lines that were just read.
-void TextDocument::Private::adopt(TextLineArray &lines)
-{
-    if (!lines.isEmpty()) {
-        freeLines();
-        contents.swap(lines);
-    }
-    q->updateLines();
-    newDocGeometry = true;
-    q->updateViews();
-    q->setReadOnly(false);
 }
 
 bool TextDocument::Private::isExecuting() const
@@ -330,83 +313,6 @@ void TextDocument::clear()
 {
     d->reset();
     documentChanged(false);
-}
-
-bool TextDocument::load(QTextStream &ts)
-{
-    TextLineArray lines;
-    lines.setAutoDelete(true);
-    TextFormat format;
-    TextFile::read(ts, &lines, &format);
-    clear();
-    d->format = format;
-    d->adopt(lines);
-    return true;
-}
-
-bool TextDocument::save(QTextStream &ts)
-{
-    if (isReadOnly())
-        return false;
-    for (int line = 0; line <= lastLine(); ++line) {
-        if (line > 0)
-            ts << QLatin1Char('\n');
-        ts << static_cast<const QString &>(*lineOf(line));
-    }
-    ts.flush();
-    if (ts.status() == QTextStream::WriteFailed)
-        return false;
-    documentChanged(false);
-    return true;
-}
-
-bool TextDocument::load(QIODevice &device, QStringConverter::Encoding wish, QString *error)
-{
-    TextLineArray lines;
-    lines.setAutoDelete(true);
-    TextFormat format;
-    if (!TextFile::read(device, wish, &lines, &format, error))
-        return false;
-    clear();
-    d->format = format;
-    d->adopt(lines);
-    return true;
-}
-
-bool TextDocument::loadFile(const QString &path, QStringConverter::Encoding wish, QString *error)
-{
-    QFile file(path);
-    // Opening a pipe would wait for somebody to write to it.
-    const bool isOther = QFileInfo::exists(path) && !QFileInfo(path).isFile();
-    if (isOther || !file.open(QIODevice::ReadOnly)) {
-        if (error)
-            *error = isOther ? tr("Not a regular file") : file.errorString();
-        return false;
-    }
-    return load(file, wish, error);
-}
-
-bool TextDocument::saveFile(const QString &path, QString *error)
-{
-    if (isReadOnly()) {
-        if (error)
-            *error = tr("The document is read-only");
-        return false;
-    }
-    if (!TextFile::save(path, d->contents, &d->format, error))
-        return false;
-    documentChanged(false);
-    return true;
-}
-
-TextFormat TextDocument::fileFormat() const
-{
-    return d->format;
-}
-
-void TextDocument::setFileFormat(const TextFormat &format)
-{
-    d->format = format;
 }
 
 QString TextDocument::text() const

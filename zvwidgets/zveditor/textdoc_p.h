@@ -34,6 +34,13 @@ inline bool isWordCharacter(QChar character)
     return character.isLetterOrNumber() || character.isMark() || character == QLatin1Char('_');
 }
 
+/// Whether lines hold the contexts that the highlight of the views gives them.
+enum class Contexts
+{
+    Unknown,
+    Known
+};
+
 /// What the sources of the document share.
 struct TextDocument::Private
 {
@@ -43,7 +50,7 @@ struct TextDocument::Private
 
     void freeLines();
     void reset();
-    void adopt(TextLineArray &lines);
+    void adopt(TextLineArray &lines, Contexts contexts);
 
     /// Commands run whose end macroExecuted() will announce.
     bool isExecuting() const;

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringConverter>
 
+#include <functional>
+
 class QIODevice;
 class QTextStream;
 
@@ -24,6 +26,24 @@ struct TextFormat
     LineEnd lineEnd = LineEnd::Lf;
 };
 
+/// What goes along with the reading of a file.
+struct ReadOptions
+{
+    /// Works out and notes the contexts of a line that starts in \a ctx; returns the
+    /// one it ends in, which the reader notes.
+    using Follow = std::function<int(int ctx, TextLine *line)>;
+
+    /// For the thread that reads. Null leaves the contexts of all lines 0.
+    Follow follow;
+    /// Makes another one for another thread; called by the thread that reads. Set
+    /// if `follow` is.
+    std::function<Follow()> followElsewhere;
+    /// What a thread takes at a time of a file that is larger, in bytes.
+    qint64 chunkSize = 512 * 1024;
+    /// At most, the one that reads included; 0 for as many as there are cores.
+    int threads = 0;
+};
+
 /// Reads the lines of a file and writes them, losing nothing: text that wasn't
 /// edited is written with the bytes it was read from.
 ///
@@ -35,12 +55,16 @@ class TextFile
 {
     Q_DECLARE_TR_FUNCTIONS(zvwidgets::TextFile)
 public:
-    /// Reads \a device, which is open, to its end and appends its lines to
-    /// \a lines; a final line end doesn't begin another line, so that an empty
+    /// Reads \a device, which is open, to its end; its lines replace those of
+    /// \a lines. A final line end doesn't begin another line, so that an empty
     /// file has none. False with \a error if the device fails; \a lines may
     /// then hold some lines.
+    ///
+    /// Several threads share the work on a large file, and read from \a device by
+    /// turns; all have ended when this returns. What was read does not depend on
+    /// their number.
     static bool read(QIODevice &device, QStringConverter::Encoding wish, TextLineArray *lines,
-                     TextFormat *format, QString *error);
+                     TextFormat *format, QString *error, const ReadOptions &options = {});
 
     /// Reads the text that \a stream, which decodes, holds, as above; of
     /// \a format only the line end is known.

@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/textlinearray.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace zvwidgets {
@@ -7,6 +8,19 @@ namespace zvwidgets {
 void TextLineArray::append(TextLine *line)
 {
     insert(size(), line);
+}
+
+void TextLineArray::append(const std::vector<TextLine *> &lines)
+{
+    if (lines.empty())
+        return;
+    const int count = int(lines.size());
+    if (gapEnd - gapStart < count)
+        grow(size() + count);
+    moveGap(size());
+    std::copy(lines.begin(), lines.end(), places.get() + gapStart);
+    forgetBlocks(gapStart, gapStart + count - 1);
+    gapStart += count;
 }
 
 void TextLineArray::insert(int i, TextLine *line)

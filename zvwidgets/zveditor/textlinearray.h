@@ -32,6 +32,7 @@ public:
     TextLine *operator[](int i) const { return at(i); }
 
     void append(TextLine *line);
+    void append(const std::vector<TextLine *> &lines);
     /// Inserts before line \a i, 0 to size().
     void insert(int i, TextLine *line);
     /// Takes line \a i out, deleting it if autoDelete is set.
