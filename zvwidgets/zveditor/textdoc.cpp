@@ -163,13 +163,6 @@ void TextDocument::Private::takeWidth(int line)
     }
 }
 
-void TextDocument::Private::findLongest()
-{
-    newDocGeometry = true;
-    const auto widthOf = [this](TextLine *line) { return q->lineWidth(line); };
-    longestLine = contents.widest(widthOf, &q->maxLength);
-}
-
 // To be called when fonts or tab stops changed.
 void TextDocument::Private::updateGeometry()
 {

@@ -194,6 +194,46 @@ private:
     std::vector<ColumnMarks::Mark> *const marks;
 };
 
+/// Measures whole lines, as TextDocument::lineWidth(). Made once for many of them, as
+/// asking for fonts takes longer than a line without tabs.
+class LineMeasure
+{
+public:
+    explicit LineMeasure(TextDocument::Private &of)
+        : document(of)
+        // A wide letter of the widest font: typing must not ask for each character.
+        , wide(of.m->width(fontCount - 1, QChar(u'W')))
+        , tabsWidth(tabsWidthOf(of.views))
+    {}
+
+    int operator()(const TextLine &line) const
+    {
+        const QStringView text(line);
+        if (tabsWidth <= 0 || !line.mayHaveTabs())
+            return toPixels(text.size() * wide);
+        if (text.size() >= longLine) {
+            Ruler ruler(document.m, nullptr);
+            if (ruler.commonWidth() == wide)
+                return toPixels(MarkedWalk(document, line, ruler).toColumn(line.textLength()).x);
+        }
+        qint64 x = 0;
+        qsizetype from = 0;
+        for (;;) {
+            const qsizetype next = text.indexOf(tab, from);
+            if (next < 0)
+                return toPixels(x + (text.size() - from) * wide);
+            x += (next - from) * wide;
+            x = (x / tabsWidth + 1) * tabsWidth;
+            from = next + 1;
+        }
+    }
+
+private:
+    TextDocument::Private &document;
+    const qint64 wide;
+    const int tabsWidth;
+};
+
 void appendRun(QString &html, QStringView run, int spacesInTab)
 {
     qsizetype column = 0;
@@ -261,27 +301,15 @@ void TextDocument::Private::cutMarks(const TextLine *line, int column)
 
 int TextDocument::lineWidth(TextLine *line) const
 {
-    // A wide letter of the widest font: typing must not ask for each character.
-    const qint64 wide = d->m->width(fontCount - 1, QChar(u'W'));
-    const int tabsWidth = tabsWidthOf(d->views);
-    const QStringView text(*line);
-    if (tabsWidth > 0 && text.size() >= longLine) {
-        Ruler ruler(d->m, nullptr);
-        if (ruler.commonWidth() == wide)
-            return toPixels(MarkedWalk(*d, *line, ruler).toColumn(line->textLength()).x);
-    }
-    if (tabsWidth <= 0 || !line->mayHaveTabs())
-        return toPixels(text.size() * wide);
-    qint64 x = 0;
-    qsizetype from = 0;
-    for (;;) {
-        const qsizetype next = text.indexOf(tab, from);
-        if (next < 0)
-            return toPixels(x + (text.size() - from) * wide);
-        x += (next - from) * wide;
-        x = (x / tabsWidth + 1) * tabsWidth;
-        from = next + 1;
-    }
+    return LineMeasure(*d)(*line);
+}
+
+void TextDocument::Private::findLongest()
+{
+    newDocGeometry = true;
+    const LineMeasure measure(*this);
+    const auto widthOf = [&measure](const TextLine *line) { return measure(*line); };
+    longestLine = contents.widest(widthOf, &q->maxLength);
 }
 
 int TextDocument::textWidth(int line, int length)
