@@ -39,7 +39,7 @@ struct ReadOptions
     /// if `follow` is.
     std::function<Follow()> followElsewhere;
     /// What a thread takes at a time of a file that is larger, in bytes.
-    qint64 chunkSize = 512 * 1024;
+    qint64 chunkSize = 128 * 1024;
     /// At most, the one that reads included; 0 for as many as there are cores.
     int threads = 0;
 };

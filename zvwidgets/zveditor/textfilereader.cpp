@@ -26,6 +26,8 @@ constexpr qsizetype leastRoom = 512;
 constexpr qint64 openEnd = -1;
 /// More would only wait for the device and for memory.
 constexpr int mostThreads = 8;
+/// With fewer for each, starting threads takes longer than they save.
+constexpr int chunksPerThread = 4;
 
 /// Tells whether all bytes were understood.
 class StrictDecoder : public QStringDecoder
@@ -148,12 +150,12 @@ bool TextFileReader::canBeSplit() const
 
 int TextFileReader::threadCount() const
 {
-    if (!canBeSplit() || (size - unclaimed) / 2 < options.chunkSize)
+    const qint64 useful = (size - unclaimed) / (chunksPerThread * options.chunkSize);
+    if (!canBeSplit() || useful < 2)
         return 1;
     const int wanted =
         options.threads > 0 ? options.threads : int(std::thread::hardware_concurrency());
-    const qint64 chunks = (size - unclaimed) / options.chunkSize;
-    return int(std::clamp<qint64>(std::min(wanted, mostThreads), 1, chunks));
+    return int(std::clamp<qint64>(std::min(wanted, mostThreads), 1, useful));
 }
 
 TextFileReader::Outcome TextFileReader::read()
