@@ -59,7 +59,6 @@ private slots:
     void pagesCountRows();
     void blinkingFollowsTheFocus();
     void imageInvertsTheText();
-    void lineLostToAnotherView();
     void wantedColumnOfAClick();
     void foundTextIsExtended();
     void selectionLostToAnotherView();
@@ -378,20 +377,6 @@ void TestEditorCursor::imageInvertsTheText()
     // Two serifs of five pixels and the stroke between them.
     const int expected = 2 * 5 + (view->lineHeight() - 1 - 2);
     QCOMPARE(inverted, int(expected * ratio * ratio));
-}
-
-void TestEditorCursor::lineLostToAnotherView()
-{
-    setText(u"a\nb\nc|"_s);
-    TextEditor other(doc);
-    manager->addEditor(&other, doc);
-    other.view()->setCursorPosition(0, 0, false);
-    other.view()->setCursorPosition(2, 1, true);
-    other.del();
-    QCOMPARE(doc->text(), QString());
-    QCOMPARE(cursor->line(), 0);
-    press({{Qt::Key_Up}, {Qt::Key_Home}, {Qt::Key_X}});
-    QCOMPARE(doc->text(), u"x"_s);
 }
 
 /// A click counts the tabs of the line it goes to, not of the one it comes from.

@@ -59,7 +59,6 @@ private slots:
     void caption();
     void statusFields();
     void actionsFollowTheFocus();
-    void shortcuts();
     void popupListsAndRaises();
     void tabsMirrorTheEditors();
     void tabOfUnsavedTextIsBlue();
@@ -558,34 +557,6 @@ void TestEditors::actionsFollowTheFocus()
     editors()->setFocus();
     QVERIFY(isOn("Editors/undo"));
     QVERIFY(isOn("Editors/toolbar/paste"));
-}
-
-void TestEditors::shortcuts()
-{
-    const QString file = write(u"a.txt"_s);
-    editors()->open(file);
-    type(u"X"_s);
-    const auto press = [this](int key, Qt::KeyboardModifiers modifiers) {
-        QTest::keyClick(editors()->current()->focusProxy(), Qt::Key(key), modifiers);
-    };
-    press(Qt::Key_S, Qt::ControlModifier);
-    QCOMPARE(readFile(file), QByteArray("Xtext"));
-    press(Qt::Key_Z, Qt::ControlModifier);
-    QCOMPARE(editors()->current()->text(), u"text"_s);
-    press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(editors()->current()->text(), u"Xtext"_s);
-    press(Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(editors()->current()->selection(), u"Xtext"_s);
-    const bool wraps = editors()->getWrap();
-    press(Qt::Key_F2, Qt::NoModifier);
-    QCOMPARE(editors()->getWrap(), !wraps);
-    press(Qt::Key_N, Qt::AltModifier);
-    QCOMPARE(editors()->editors().size(), 2);
-    press(Qt::Key_Left, Qt::AltModifier);
-    QCOMPARE(editors()->current()->filename(), file);
-    press(Qt::Key_S, Qt::ControlModifier);
-    press(Qt::Key_W, Qt::ControlModifier);
-    QCOMPARE(fileNames(), QStringList(QString()));
 }
 
 void TestEditors::popupListsAndRaises()

@@ -62,15 +62,12 @@ private slots:
     void findSelects_data();
     void findSelects();
     void historyKeepsEachTextOnce();
-    void findNextGoesOn();
     void replaces_data();
     void replaces();
     void asksForEach_data();
     void asksForEach();
-    void replacementsCanBeUndone();
     void goesToLine_data();
     void goesToLine();
-    void keysOfTheDialogs();
 
 private:
     Editor *editor() const { return Editors::self()->current(); }
@@ -232,21 +229,6 @@ void TestSearch::historyKeepsEachTextOnce()
     QCOMPARE(alphas, 1);
 }
 
-void TestSearch::findNextGoesOn()
-{
-    setText(u"foo\nfoo"_s);
-    expectFind(u"foo"_s, NoOption);
-    search()->findText();
-    QVERIFY(showActive(shell.get()));
-    QTest::keyClick(editor()->focusProxy(), Qt::Key_F3);
-    QCOMPARE(found(), u"1:0:foo"_s);
-    responder->expect(u"OK"_s);
-    QTest::keyClick(editor()->focusProxy(), Qt::Key_F3);
-    QCOMPARE(responder->texts, QStringList(endOfDocument));
-    QCOMPARE(editor()->cursorLine(), 1);
-    QCOMPARE(editor()->cursorColumn(), 3);
-}
-
 void TestSearch::replaces_data()
 {
     const Rows<QString, QString, QString, int, QString> row("text", "wanted", "replacement",
@@ -305,17 +287,6 @@ void TestSearch::asksForEach()
     QCOMPARE(editor()->text(), result);
 }
 
-void TestSearch::replacementsCanBeUndone()
-{
-    setText(u"a a"_s);
-    expectReplace(u"a"_s, u"xy"_s, All);
-    search()->replace();
-    QCOMPARE(editor()->text(), u"xy xy"_s);
-    for (int i = 0; i < 4; ++i)
-        editor()->undo();
-    QCOMPARE(editor()->text(), u"a a"_s);
-}
-
 void TestSearch::goesToLine_data()
 {
     const Rows<QString, int> row("typed", "line");
@@ -340,27 +311,6 @@ void TestSearch::goesToLine()
     QCOMPARE(editor()->cursorLine(), line);
     QCOMPARE(editor()->cursorColumn(), 0);
     QCOMPARE(shell->findChild<GotoLineDialog *>()->comboLine->count(), 0);
-}
-
-void TestSearch::keysOfTheDialogs()
-{
-    setText(u"one Two two"_s);
-    responder->expect([](QWidget *widget) {
-        auto *const dialog = qobject_cast<FindDialog *>(widget);
-        QTest::keyClicks(dialog->findString->lineEdit(), u"two"_s);
-        const bool before = dialog->caseSensitive->isChecked();
-        QTest::keyClick(dialog, Qt::Key_C, Qt::AltModifier);
-        QTRY_COMPARE(dialog->caseSensitive->isChecked(), !before);
-        dialog->caseSensitive->setChecked(true);
-        QTest::keyClick(dialog->findString->lineEdit(), Qt::Key_Return);
-    });
-    Editors::self()->setFocus();
-    QTest::keyClick(editor()->focusProxy(), Qt::Key_F, Qt::ControlModifier);
-    QCOMPARE(found(), u"0:8:two"_s);
-    responder->expect([](QWidget *widget) { QTest::keyClick(widget, Qt::Key_Escape); });
-    QVERIFY(showActive(shell.get()));
-    QTest::keyClick(editor()->focusProxy(), Qt::Key_R, Qt::ControlModifier);
-    QCOMPARE(editor()->text(), u"one Two two"_s);
 }
 
 QTEST_MAIN(TestSearch)

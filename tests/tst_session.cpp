@@ -123,6 +123,8 @@ void TestSession::typingAndUndo()
     session->keys(u"ctrl+shift+z "_s.repeated(10));
     lines.insert(line + 1, "\t\tcall(a); ");
     SAVE_AND_COMPARE();
+    session->keys(u"alt+n"_s);
+    QVERIFY(XSession::waitForTitle(u"Vesk"_s));
 }
 
 void TestSession::movesAndIndentsByKeys()

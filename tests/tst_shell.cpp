@@ -111,9 +111,7 @@ private slots:
     void tabStripFromTwoPanelsOn();
     void raisedPanelShowsItsDock();
     void firstStartShowsThePanelsAndKeepsTheFocus();
-    void keysShowAndHideDocks();
     void statusCells();
-    void refusedCloseChangesNothing();
     void acceptedCloseLeavesTheLoop();
 
 private:
@@ -223,7 +221,8 @@ void ShellTest::hiddenDockComesBackWithItsSize()
     const auto panel = [] { new Panel(true, u"a"_s); };
     start(panel);
     shell->findChild<Splitter *>(u"vSplitter"_s)->moveSplitter(260, 1);
-    shell->leftDockShowHide();
+    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
+    QTest::keyClick(shell.get(), Qt::Key_L, Qt::ControlModifier);
     QTRY_VERIFY(shell->workspace()->width() > 860);
     dropShell();
     start(panel);
@@ -366,21 +365,6 @@ void ShellTest::firstStartShowsThePanelsAndKeepsTheFocus()
     QVERIFY(Editors::self()->current()->isAncestorOf(shell->focusWidget()));
 }
 
-void ShellTest::keysShowAndHideDocks()
-{
-    start([] {
-        new Panel(true, u"a"_s);
-        new Panel(false, u"b"_s);
-    });
-    QVERIFY(QTest::qWaitForWindowActive(shell.get()));
-    QTest::keyClick(shell.get(), Qt::Key_L, Qt::ControlModifier);
-    QVERIFY(shell->leftDockWidget()->isHidden());
-    QTest::keyClick(shell.get(), Qt::Key_D, Qt::ControlModifier);
-    QVERIFY(shell->bottomDockWidget()->isHidden());
-    QTest::keyClick(shell.get(), Qt::Key_L, Qt::ControlModifier);
-    QVERIFY(shell->leftDockWidget()->isVisible());
-}
-
 void ShellTest::statusCells()
 {
     makeShell();
@@ -398,24 +382,6 @@ void ShellTest::statusCells()
         texts.append(cell->text());
     QCOMPARE(texts, (QStringList{longText, u" OWR "_s, u" 7 "_s, u" 12 "_s}));
     QCOMPARE(shell->minimumSizeHint(), minimum);
-}
-
-void ShellTest::refusedCloseChangesNothing()
-{
-    start();
-    Editors::self()->newEditor();
-    Editor *const editor = Editors::self()->current();
-    QTest::keyClicks(shell->focusWidget(), u"x"_s);
-    QVERIFY(editor->isModified());
-    Responder responder;
-    responder.expect(QMessageBox::Cancel);
-    shell->close();
-    QVERIFY(responder.isDone());
-    QVERIFY(shell->isVisible());
-    QVERIFY(Editors::self()->editors().contains(editor));
-    bool found = true;
-    Settings::readNum(u"/geometry/x"_s, 0, &found);
-    QVERIFY(!found);
 }
 
 void ShellTest::acceptedCloseLeavesTheLoop()

@@ -81,7 +81,6 @@ private slots:
     void mouseSelects();
     void dragMovesOrCopies_data();
     void dragMovesOrCopies();
-    void middleButtonPastes();
     void rightButtonOpensTheMenu();
     void keysBeforeShortcuts_data();
     void keysBeforeShortcuts();
@@ -677,16 +676,6 @@ void TestTextView::dragMovesOrCopies()
     QCOMPARE(doc->text(), text);
     QVERIFY(!view->hasSelection());
     QVERIFY(doc->isModified());
-}
-
-void TestTextView::middleButtonPastes()
-{
-    QClipboard *const clipboard = QGuiApplication::clipboard();
-    setText(u"first\nsecond"_s);
-    clipboard->setText(u"pasted "_s, QClipboard::Selection);
-    view->setCursorPosition(1, 0, false);
-    QTest::mouseClick(view, Qt::MiddleButton, Qt::NoModifier, pointAt(2, 0));
-    QCOMPARE(doc->text(), u"first\npasted second"_s);
 }
 
 void TestTextView::rightButtonOpensTheMenu()
