@@ -52,7 +52,6 @@ private slots:
     void groupKeepsOrderAndSeparators();
     void dropDownBecomesASubmenu();
     void exclusiveGroupKeepsOneOn();
-    void actionInTwoGroups();
     void disabledGroupDisablesLaterMembers();
     void invisibleGroupShowsNothing();
     void deletedButtonIsForgotten();
@@ -197,11 +196,16 @@ void ActionsTest::dropDownBecomesASubmenu()
 
 void ActionsTest::exclusiveGroupKeepsOneOn()
 {
-    ActionGroup group(nullptr, QString(), true);
+    ActionGroup exclusive(nullptr, QString(), true);
+    ActionGroup plain(nullptr);
     Action *const a = create(u"a"_s);
     Action *const b = create(u"b"_s);
-    group.add(a);
-    group.add(b);
+    for (Action *const action : {a, b}) {
+        exclusive.add(action);
+        plain.add(action);
+    }
+    QCOMPARE(exclusive.count(), 2u);
+    QCOMPARE(plain.count(), 2u);
     // Panels make their actions toggles after they were added.
     a->setCheckable(true);
     b->setCheckable(true);
@@ -213,24 +217,6 @@ void ActionsTest::exclusiveGroupKeepsOneOn()
     QVERIFY(b->isChecked());
     a->trigger();
     QVERIFY(a->isChecked() && !b->isChecked());
-}
-
-void ActionsTest::actionInTwoGroups()
-{
-    ActionGroup exclusive(nullptr, QString(), true);
-    ActionGroup plain(nullptr);
-    Action *const a = create(u"a"_s);
-    Action *const b = create(u"b"_s);
-    for (Action *const action : {a, b}) {
-        exclusive.add(action);
-        plain.add(action);
-        action->setCheckable(true);
-    }
-    QCOMPARE(exclusive.count(), 2u);
-    QCOMPARE(plain.count(), 2u);
-    a->setChecked(true);
-    b->setChecked(true);
-    QVERIFY(!a->isChecked());
 }
 
 void ActionsTest::disabledGroupDisablesLaterMembers()

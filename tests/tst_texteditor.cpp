@@ -70,7 +70,6 @@ private slots:
     void prints();
 
     void twoEditorsOnOneDocument();
-    void lastEditorDeletesTheDocument();
     void reportsChangesAndActivation();
 
 private:
@@ -619,20 +618,6 @@ void TestTextEditor::twoEditorsOnOneDocument()
     QTest::keyClick(other->view(), Qt::Key_A);
     QCOMPARE(editor->text(), u"a"_s);
     other->view()->grab();
-}
-
-void TestTextEditor::lastEditorDeletesTheDocument()
-{
-    std::unique_ptr<TextEditor> second(manager->createEditor(nullptr, doc));
-    editor->setText(u"kept"_s);
-    editor.reset();
-    QVERIFY(doc);
-    QCOMPARE(second->text(), u"kept"_s);
-    second->show();
-    QTest::keyClick(second->view(), Qt::Key_X);
-    QVERIFY(second->text().contains(u'x'));
-    second.reset();
-    QVERIFY(!doc);
 }
 
 void TestTextEditor::reportsChangesAndActivation()

@@ -131,7 +131,8 @@ void TestTextManager::registersDropWhatDies()
 {
     TextEditorManager manager;
     std::unique_ptr<TextEditor> first(manager.createEditor(nullptr, nullptr));
-    const std::unique_ptr<TextEditor> second(manager.createEditor(nullptr, first->document()));
+    std::unique_ptr<TextEditor> second(manager.createEditor(nullptr, first->document()));
+    const QPointer<TextDocument> shared = first->document();
     first.reset();
     manager.setTabWidth(3);
     QCOMPARE(second->document()->spacesInTab(), 3);
@@ -144,6 +145,8 @@ void TestTextManager::registersDropWhatDies()
     manager.updateMarginsState();
     manager.updateHighlight();
     QCOMPARE(second->document()->spacesInTab(), 5);
+    second.reset();
+    QVERIFY(!shared);
 }
 
 void TestTextManager::highlightsAreBuiltAnew()

@@ -66,8 +66,8 @@ class WidgetsTest : public QObject
 {
     Q_OBJECT
 private slots:
+    void hiddenPaneKeepsItsSize_data();
     void hiddenPaneKeepsItsSize();
-    void paneHiddenBeforeTheFirstShow();
     void collapsedPaneIsZero();
     void dragMovesTheHandleAtTheEnd();
     void writesPanes();
@@ -83,26 +83,26 @@ private slots:
     void comboActivates();
 };
 
+void WidgetsTest::hiddenPaneKeepsItsSize_data()
+{
+    const Rows<bool> row("isShown");
+    row("hidden before the first show", false);
+    row("hidden later", true);
+}
+
 void WidgetsTest::hiddenPaneKeepsItsSize()
 {
+    QFETCH(bool, isShown);
     Panes panes(2, {150, 450});
-    QVERIFY(panes.show());
+    if (isShown)
+        QVERIFY(panes.show());
     panes.panes.first()->hide();
+    QVERIFY(panes.show());
     QTRY_COMPARE(panes.panes.last()->width(), 604);
     QCOMPARE(panes.splitter.sizes().constFirst(), 150);
     panes.panes.first()->show();
     QTRY_COMPARE(panes.splitter.sizes(), (QList<int>{150, 450}));
     QCOMPARE(panes.panes.first()->width(), 150);
-}
-
-void WidgetsTest::paneHiddenBeforeTheFirstShow()
-{
-    Panes panes(2, {150, 450});
-    panes.panes.first()->hide();
-    QVERIFY(panes.show());
-    QCOMPARE(panes.splitter.sizes().constFirst(), 150);
-    panes.panes.first()->show();
-    QTRY_COMPARE(panes.splitter.sizes(), (QList<int>{150, 450}));
 }
 
 void WidgetsTest::collapsedPaneIsZero()

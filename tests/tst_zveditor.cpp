@@ -153,16 +153,16 @@ void TestZVEditor::optionsReachTheManager()
 
 void TestZVEditor::storedColoursReachTheHighlight()
 {
-    Settings::write(QStringLiteral("/zveditor/hl/C++/Keyword/color"), QStringLiteral("#123456"));
-    inner()->setHighlight(QStringLiteral("C++"));
+    Settings::write(u"/zveditor/hl/C++/Keyword/color"_s, u"#123456"_s);
+    inner()->setHighlight(u"C++"_s);
     QStringList colours;
     for (int i = 0; i < 20; ++i)
         colours << inner()->view()->highlight()->attribute(i)->color.name();
-    QVERIFY(colours.contains(QStringLiteral("#123456")));
+    QVERIFY(colours.contains(u"#123456"_s));
     // The store may be written and read anew in between.
     Settings::forceWrite();
-    inner()->setHighlight(QStringLiteral("C++"));
-    Settings::remove(QStringLiteral("/zveditor/hl/C++/Keyword/color"));
+    inner()->setHighlight(u"C++"_s);
+    Settings::remove(u"/zveditor/hl/C++/Keyword/color"_s);
 }
 
 void TestZVEditor::tabOptions()
