@@ -85,6 +85,13 @@ QPixmap FileType::pixmap() const
     return d->pixmap;
 }
 
+QIcon FileType::icon() const
+{
+    if (d->pixmap.isNull() && !d->builtinIcon.isEmpty())
+        return Utils::iconSet(QStringLiteral("18x18_") + d->builtinIcon);
+    return QIcon(pixmap());
+}
+
 QPixmap FileType::bigPixmap() const
 {
     if (d->bigPixmap.isNull() && !d->builtinIcon.isEmpty())

@@ -35,6 +35,8 @@ public:
     virtual bool match(const QString &fileName) const;
 
     virtual QPixmap pixmap() const;
+    /// The small pixmap; a built-in one is drawn when it is first shown.
+    QIcon icon() const;
     virtual QPixmap bigPixmap() const;
     void setPixmap(const QPixmap &pixmap);
     void setBigPixmap(const QPixmap &pixmap);

@@ -6,8 +6,13 @@
 #include "app/utils.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QFont>
+#include <QFontDatabase>
+#include <QImageReader>
 #include <QSplashScreen>
+#include <QThread>
+#include <QWindow>
 
 #include <memory>
 
@@ -25,8 +30,34 @@ QFont applicationFont()
     return font;
 }
 
+/// Makes the toolkit list the installed fonts and load its image formats while the
+/// splash screen comes up, most of which is waiting. Who needs them before it is
+/// done waits for it or does it himself.
+class ToolkitPreparation
+{
+public:
+    ToolkitPreparation() { thread->start(); }
+    ~ToolkitPreparation() { thread->wait(); }
+    Q_DISABLE_COPY_MOVE(ToolkitPreparation)
+
+private:
+    const std::unique_ptr<QThread> thread{QThread::create([] {
+        QFontDatabase::hasFamily(QString());
+        QImageReader::supportedImageFormats();
+    })};
+};
+
+/// QSplashScreen waits too, but sleeps between its looks at the window.
+void waitUntilShown(const QWindow *window)
+{
+    const QDeadlineTimer limit(1000);
+    while (!window->isExposed() && !limit.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
 int run()
 {
+    const ToolkitPreparation preparation;
     const QFont font = applicationFont();
     QApplication::setFont(font);
     auto splash = std::make_unique<QSplashScreen>(Utils::icon(QStringLiteral("vesk_splashscreen")),
@@ -47,6 +78,7 @@ int run()
     SearchManager::self();
     shell.rebuildUI();
     shell.show();
+    waitUntilShown(shell.windowHandle());
     splash->finish(&shell);
     splash.reset();
     return QApplication::exec();

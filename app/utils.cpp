@@ -9,9 +9,9 @@
 #include <QHash>
 #include <QLocale>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QSvgRenderer>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -48,17 +48,34 @@ struct IconName
     QSize size;
 };
 
+/// The number \a text is, -1 if it is none.
+int edgeLength(QStringView text)
+{
+    const bool isNumber = !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= u'0' && c <= u'9';
+    });
+    return isNumber ? text.toInt() : -1;
+}
+
+// "22x22_Copy" or "vesk-128". Asked for each action at the start.
 IconName::IconName(const QString &name) : subject(name)
 {
-    static const QRegularExpression sizeFirst(QStringLiteral("^(\\d+)x(\\d+)_(.+)$"));
-    static const QRegularExpression sizeLast(QStringLiteral("^(.+)-(\\d+)$"));
-    if (const auto match = sizeFirst.match(name); match.hasMatch()) {
-        size = QSize(match.captured(1).toInt(), match.captured(2).toInt());
-        subject = match.captured(3);
-    } else if (const auto lastMatch = sizeLast.match(name); lastMatch.hasMatch()) {
-        const int edge = lastMatch.captured(2).toInt();
+    const qsizetype times = name.indexOf(u'x');
+    const qsizetype underscore = name.indexOf(u'_', times + 1);
+    if (times > 0 && underscore > times && underscore + 1 < name.size()) {
+        const int width = edgeLength(QStringView(name).left(times));
+        const int height = edgeLength(QStringView(name).mid(times + 1, underscore - times - 1));
+        if (width >= 0 && height >= 0) {
+            size = QSize(width, height);
+            subject = name.mid(underscore + 1);
+            return;
+        }
+    }
+    const qsizetype dash = name.lastIndexOf(u'-');
+    const int edge = dash > 0 ? edgeLength(QStringView(name).mid(dash + 1)) : -1;
+    if (edge >= 0) {
         size = QSize(edge, edge);
-        subject = lastMatch.captured(1);
+        subject = name.left(dash);
     }
 }
 

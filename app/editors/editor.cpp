@@ -18,7 +18,6 @@ Editor::Editor(QWidget *parent, const QString &name)
     : QWidget(parent), d(std::make_unique<Private>())
 {
     setObjectName(name);
-    d->breakpointPixmap = Utils::icon(QStringLiteral("16x16_Breakpoint"));
 }
 
 Editor::~Editor() = default;
@@ -53,6 +52,8 @@ void Editor::addBreakpoint(int line)
     if (d->breakpoints.contains(line))
         return;
     d->breakpoints.append(line);
+    if (d->breakpointPixmap.isNull())
+        d->breakpointPixmap = Utils::icon(QStringLiteral("16x16_Breakpoint"));
     setLineIcon(line, &d->breakpointPixmap);
 }
 

@@ -494,7 +494,7 @@ void Editors::updateTabNames()
             continue;
         editor->setWindowFilePath(path);
         editor->setWindowTitle(subName(displayName(editor), 1));
-        editor->setWindowIcon(FileTypeManager::self()->findType(path)->pixmap());
+        editor->setWindowIcon(FileTypeManager::self()->findType(path)->icon());
     }
     setCaption();
 }

@@ -44,22 +44,29 @@ bool standsAlone(QChar c)
 
 } // namespace
 
-FontGlyphs::FontGlyphs(const QFont &font) : raw(QRawFont::fromFont(font)), metrics(font)
+FontGlyphs::FontGlyphs(const QFont &textFont) : font(textFont), metrics(textFont)
 {}
 
-const FontGlyphs::Page &FontGlyphs::load(uchar row)
+const QRawFont &FontGlyphs::rawFont()
 {
-    auto page = std::make_unique<Page>();
-    for (int cell = 0; cell < int(page->size()); ++cell) {
-        const QChar c(cell, row);
-        Glyph &glyph = (*page)[size_t(cell)];
-        glyph.advance = metrics.horizontalAdvance(c);
-        int count = 1;
-        if (standsAlone(c) && !raw.glyphIndexesForChars(&c, 1, &glyph.index, &count))
-            glyph.index = 0;
-    }
-    pages[row] = std::move(page);
-    return *pages[row];
+    if (!raw.isValid())
+        raw = QRawFont::fromFont(font);
+    return raw;
+}
+
+// One by one: most fonts are asked for a few dozen characters, and a character
+// that the font lacks is looked for in all others.
+const FontGlyphs::Glyph &FontGlyphs::load(QChar c)
+{
+    std::unique_ptr<Page> &page = pages[c.row()];
+    if (!page)
+        page = std::make_unique<Page>();
+    Glyph &glyph = (*page)[c.cell()];
+    glyph.advance = metrics.horizontalAdvance(c);
+    int count = 1;
+    if (standsAlone(c) && !rawFont().glyphIndexesForChars(&c, 1, &glyph.index, &count))
+        glyph.index = 0;
+    return glyph;
 }
 
 } // namespace zvwidgets

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QChar>
+#include <QFont>
 #include <QFontMetrics>
 #include <QRawFont>
 
 #include <array>
+#include <limits>
 #include <memory>
 
 namespace zvwidgets {
@@ -21,25 +23,31 @@ public:
         /// is half a character, or joins or reorders with its neighbours.
         quint32 index = 0;
         /// In pixels.
-        qint32 advance = 0;
+        qint32 advance = notLoaded;
     };
 
-    explicit FontGlyphs(const QFont &font);
+    explicit FontGlyphs(const QFont &textFont);
 
     const Glyph &of(QChar c)
     {
         const std::unique_ptr<Page> &page = pages[c.row()];
-        return page ? (*page)[c.cell()] : load(c.row())[c.cell()];
+        if (page && (*page)[c.cell()].advance != notLoaded)
+            return (*page)[c.cell()];
+        return load(c);
     }
-    const QRawFont &rawFont() const { return raw; }
+    const QRawFont &rawFont();
 
 private:
     using Page = std::array<Glyph, 256>;
 
-    const Page &load(uchar row);
+    static constexpr qint32 notLoaded = std::numeric_limits<qint32>::min();
 
+    const Glyph &load(QChar c);
+
+    const QFont font;
+    const QFontMetrics metrics;
+    /// Invalid until it is first needed.
     QRawFont raw;
-    QFontMetrics metrics;
     std::array<std::unique_ptr<Page>, 256> pages;
 };
 

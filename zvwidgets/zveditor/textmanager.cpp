@@ -8,6 +8,7 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QFontInfo>
 #include <QPointer>
 #include <QPrintDialog>
@@ -24,10 +25,26 @@ constexpr int variants = 4;
 constexpr int italicBit = 1;
 constexpr int boldBit = 2;
 
+/// Without these advances are fractions that depend on the neighbour, and no sum
+/// of them finds a column again.
+void setWholeAdvances(QFont *f)
+{
+    f->setKerning(false);
+    f->setHintingPreference(QFont::PreferFullHinting);
+}
+
+/// As it is drawn, so that asking loads no other font than the one in use. A
+/// family that is unknown needs no loading at all, which takes a millisecond.
+bool isInstalled(QFont f)
+{
+    setWholeAdvances(&f);
+    return QFontDatabase::hasFamily(f.family()) && QFontInfo(f).exactMatch();
+}
+
 /// Of a family that is not there the toolkit would make a proportional one.
 QFont withFixedFallback(QFont f)
 {
-    if (!QFontInfo(f).exactMatch()) {
+    if (!isInstalled(f)) {
         f.setStyleHint(QFont::TypeWriter);
         f.setFixedPitch(true);
     }
@@ -39,11 +56,14 @@ QFont withFixedFallback(QFont f)
 struct TextEditorManager::Private
 {
     void tagDocuments() const;
+    void makeFonts();
 
     QList<TextEditor *> editors;
     QList<TextDocument *> documents;
     QFont fnt;
     FontData fonts[variants];
+    /// False: fnt is as it was set, the fonts are those before it.
+    bool areFontsMade = false;
     int tabWidth = 8;
     QString resourceDir;
     QString localResourceDir;
@@ -60,6 +80,18 @@ void TextEditorManager::Private::tagDocuments() const
     }
 }
 
+/// Loading fonts takes milliseconds, and the program sets one before it shows a text
+/// in another.
+void TextEditorManager::Private::makeFonts()
+{
+    if (areFontsMade)
+        return;
+    areFontsMade = true;
+    fnt = withFixedFallback(fnt);
+    for (int i = 0; i < variants; ++i)
+        fonts[i].set(fnt, i & boldBit, i & italicBit);
+}
+
 FontData::FontData() = default;
 FontData::~FontData() = default;
 
@@ -68,10 +100,7 @@ void FontData::set(const QFont &f, bool bold, bool italic)
     font = std::make_unique<QFont>(f);
     font->setBold(bold);
     font->setItalic(italic);
-    // Without these advances are fractions that depend on the neighbour, and
-    // no sum of them finds a column again.
-    font->setKerning(false);
-    font->setHintingPreference(QFont::PreferFullHinting);
+    setWholeAdvances(font.get());
     fm = std::make_unique<QFontMetrics>(*font);
     glyphs = std::make_unique<FontGlyphs>(*font);
     width = fm->horizontalAdvance(QLatin1Char('W'));
@@ -217,38 +246,39 @@ void TextEditorManager::updateHighlight()
 
 QFont &TextEditorManager::font()
 {
+    d->makeFonts();
     return d->fnt;
 }
 
 QFont &TextEditorManager::font(int i)
 {
+    d->makeFonts();
     return *d->fonts[i].font;
 }
 
 void TextEditorManager::setFont(const QFont &f)
 {
-    const QFont base = withFixedFallback(f);
-    for (int i = 0; i < variants; ++i)
-        d->fonts[i].set(base, i & boldBit, i & italicBit);
-    d->fnt = base;
+    d->fnt = f;
+    d->areFontsMade = false;
     for (TextDocument *doc : std::as_const(d->documents))
         doc->updateFontData();
 }
 
 const FontData &TextEditorManager::fontData(int i) const
 {
+    d->makeFonts();
     return d->fonts[i];
 }
 
 int TextEditorManager::width(int i, QChar c) const
 {
-    const FontData &data = d->fonts[i];
+    const FontData &data = fontData(i);
     return data.width >= 0 ? data.width : data.glyphs->of(c).advance;
 }
 
 int TextEditorManager::width(int i, const QString &s) const
 {
-    const FontData &data = d->fonts[i];
+    const FontData &data = fontData(i);
     if (data.width >= 0)
         return int(s.length()) * data.width;
     int sum = 0;
