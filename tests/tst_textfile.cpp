@@ -1,6 +1,14 @@
 #include "tests/testing.h"
+#include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlightdefinition.h"
+#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlightscanner.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfile.h"
 #include "zvwidgets/zveditor/textlinearray.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -74,6 +82,69 @@ bool save(const QString &path, const QByteArray &bytes, QString *error = nullptr
     return readFrom(bytes, &text) && TextFile::save(path, text.lines, &text.format, error);
 }
 
+/// All that is known of the lines after reading, one entry a line.
+template <typename LineAt>
+QStringList described(int count, const LineAt &lineAt)
+{
+    QStringList lines;
+    for (int i = 0; i < count; ++i) {
+        const TextLine *line = lineAt(i);
+        lines.append(QString::asprintf("%d %d %d %d %d ", line->highlightContext(), line->context(),
+                                       line->mayHaveTabs(), int(line->lineEnd()),
+                                       line->needsScan()) +
+                     QStringView(*line).toString());
+    }
+    return lines;
+}
+
+QStringList described(const Text &text)
+{
+    return described(text.lines.size(), [&text](int i) { return text.lines.at(i); });
+}
+
+QStringList described(const TextDocument &document)
+{
+    return described(document.lastLine() + 1, [&](int i) { return document.lineOf(i); });
+}
+
+ReadOptions::Follow follower(const HighlightDefinition &definition)
+{
+    const auto scanner = std::make_shared<HighlightScanner>(definition.breaks);
+    return [scanner](int ctx, TextLine *line) {
+        line->resetHighlight(ctx);
+        return scanner->follow(ctx, QStringView(*line));
+    };
+}
+
+/// Cannot be read behind a certain place.
+class DamagedBuffer : public QBuffer
+{
+public:
+    DamagedBuffer(QByteArray *bytes, qint64 place) : QBuffer(bytes), damagedAt(place)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+    qint64 readData(char *data, qint64 length) override
+    {
+        if (damagedAt >= 0 && pos() + length > damagedAt) {
+            setErrorString(u"damaged"_s);
+            return -1;
+        }
+        return QBuffer::readData(data, length);
+    }
+
+private:
+    const qint64 damagedAt;
+};
+
+QByteArray anyOf(const QList<QByteArray> &pieces, qsizetype length, QRandomGenerator *random)
+{
+    QByteArray bytes;
+    while (bytes.size() < length)
+        bytes += pieces.at(random->bounded(int(pieces.size())));
+    return bytes;
+}
+
 /// Lets a file of this process grow to 1000 bytes only, as a full disk would.
 class FullDisk
 {
@@ -127,6 +198,10 @@ private slots:
     void roundTrip();
     void randomBytes();
     void tenMegabyteLine();
+    void chunks_data();
+    void chunks();
+    void documentContexts_data();
+    void documentContexts();
     void sequentialDevice();
     void readFailure();
     void mixedLineEnds();
@@ -278,6 +353,126 @@ void TestTextFile::tenMegabyteLine()
     QCOMPARE(text.lines.size(), 3);
     QCOMPARE(text.lines.at(0)->textLength(), 7'500'000);
     QVERIFY(written(&text) == bytes);
+}
+
+void TestTextFile::chunks_data()
+{
+    const Rows<QList<QByteArray>, QByteArray, QByteArray, int> row("pieces", "head", "tail",
+                                                                   "damagedAt");
+    const QList<QByteArray> code = {"int a;\n", "/*",   "*/ b\n",        "\n", "// c\n",
+                                    "\"",       "\\\n", "#define e f\n", "\tg"};
+    const QList<QByteArray> sameEnds = {"a\n", "\tb /*\n", "*/\n"};
+    row("contexts across seams", code, "", "", -1);
+    row("a comment that stays open", {"int a;\n", "/* b\n", "// c\n"}, "", "", -1);
+    row("one open comment before plain text", {"int a;\n", "b();\n"}, "/*\n", "\n*/ c", -1);
+    row("line ends of all kinds", {"\r", "\n", "\r\n", "a", "\t", "/*", "*/"}, "", "", -1);
+    row("other line ends first", {"a\r\n", "b"}, "c\nd\re\n", "", -1);
+    row("one other line end last", sameEnds, "", "x\r\ny", -1);
+    row("no final line end", sameEnds, "", "end", -1);
+    row("carriage returns alone", {"a\r", "/*\r", "*/\r"}, "", "", -1);
+    row("long lines", {QByteArray(3000, 'x'), "\n", QByteArray(40'000, 'y'), "/*", "*/\t"}, "", "",
+        -1);
+    row("characters of several bytes", {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "a\n"}, "",
+        "", -1);
+    row("nulls and marks", {QByteArray(1, '\0'), "\n", "\xEF\xBB\xBF", "/*"}, "\xEF\xBB\xBF", "",
+        -1);
+    row("an invalid byte at the end", code, "", "\xFF", -1);
+    row("an invalid byte at the start", code, "\xC3\n", "", -1);
+    row("cut short", code, "", "\xE2\x82", -1);
+    row("utf-16", {QByteArray("a\0", 2), QByteArray("\n\0", 2), QByteArray("\0\n", 2)}, "\xFF\xFE",
+        "", -1);
+    row("a device that fails", code, "", "", 700);
+}
+
+// What was read must not depend on where the chunks end nor on who reads them. The
+// one that reads all alone, and follows the contexts then, is right.
+void TestTextFile::chunks()
+{
+    QFETCH(QList<QByteArray>, pieces);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, tail);
+    QFETCH(int, damagedAt);
+    const std::unique_ptr<TextHighlight> highlight(
+        TextHighlightManager::highlight(nullptr, u"C++"_s));
+    const HighlightDefinition &definition = highlight->rules();
+    QVERIFY(definition.canShareBreaks);
+    bool isMarked = false;
+    for (quint32 seed = 0; seed < 40; ++seed) {
+        QRandomGenerator random(seed);
+        QByteArray bytes = head + anyOf(pieces, random.bounded(500, 5000), &random) + tail;
+        Text alone;
+        ReadOptions options;
+        options.threads = 1;
+        DamagedBuffer device(&bytes, damagedAt);
+        const bool isRead = TextFile::read(device, QStringConverter::Utf8, &alone.lines,
+                                           &alone.format, &alone.error, options);
+        const ReadOptions::Follow follow = follower(definition);
+        int context = 0;
+        for (int i = 0; i < alone.lines.size(); ++i) {
+            context = follow(context, alone.lines.at(i));
+            alone.lines.at(i)->setContext(context);
+            isMarked = isMarked || context != 0;
+        }
+
+        options.follow = follower(definition);
+        options.followElsewhere = [&] { return follower(definition); };
+        options.threads = 1 + int(seed % 4);
+        options.chunkSize = random.bounded(1, 60);
+        Text shared;
+        DamagedBuffer again(&bytes, damagedAt);
+        QCOMPARE(TextFile::read(again, QStringConverter::Utf8, &shared.lines, &shared.format,
+                                &shared.error, options),
+                 isRead);
+        QCOMPARE(shared.error, alone.error);
+        if (!isRead)
+            continue;
+        if (described(shared) != described(alone))
+            QFAIL(qPrintable(u"other lines with seed %1"_s.arg(seed)));
+        QCOMPARE(shared.format.lineEnd, alone.format.lineEnd);
+        QCOMPARE(shared.format.encoding, alone.format.encoding);
+        QCOMPARE(written(&shared), written(&alone));
+    }
+    QCOMPARE(isMarked, damagedAt < 0 && (pieces.join().contains('*') || head.contains('*')));
+}
+
+void TestTextFile::documentContexts_data()
+{
+    const Rows<QStringList> row("highlights");
+    row("no view", {});
+    row("one view", {u"C++"_s});
+    row("chained highlights", {u"C++"_s, u"Python"_s});
+}
+
+// Large enough for several threads.
+void TestTextFile::documentContexts()
+{
+    QFETCH(QStringList, highlights);
+    QRandomGenerator random(1);
+    QByteArray bytes =
+        anyOf({"int function(int argument);\n", "/* b", "*/\n", "\"\"\"\n", "\tc of some length\n"},
+              2'000'000, &random) +
+        QByteArray(700, 'W');
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+
+    TextEditorManager manager;
+    auto *document = new TextDocument(&manager);
+    std::vector<std::unique_ptr<TextEditor>> editors;
+    for (const QString &highlight : highlights) {
+        editors.push_back(std::make_unique<TextEditor>(document, nullptr));
+        manager.addEditor(editors.back().get(), document);
+        editors.back()->setHighlight(highlight);
+    }
+    const std::unique_ptr<TextDocument> own(highlights.isEmpty() ? document : nullptr);
+    QVERIFY(document->load(device));
+    const QStringList loaded = described(*document);
+    const int width = document->documentWidth();
+    QCOMPARE(document->lineOf(document->lastLine())->textLength(), 700);
+    QVERIFY(width > 0);
+
+    document->updateLines();
+    QVERIFY(described(*document) == loaded);
+    QCOMPARE(document->documentWidth(), width);
 }
 
 void TestTextFile::sequentialDevice()
@@ -482,5 +677,5 @@ void TestTextFile::saveFailureKeepsOldFile()
     QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System), entries);
 }
 
-QTEST_GUILESS_MAIN(TestTextFile)
+QTEST_MAIN(TestTextFile)
 #include "tst_textfile.moc"
