@@ -20,6 +20,8 @@ namespace zvwidgets {
 namespace {
 
 constexpr qint64 bytesPerRead = 64 * 1024;
+/// The most bytes that a unit of an encoding has; no read may end amidst one.
+constexpr qint64 unitSize = 4;
 // Below this much room a block is not worth decoding into.
 constexpr qsizetype leastRoom = 512;
 /// The end of a chunk that goes on to the end of the device, wherever that will be.
@@ -136,9 +138,14 @@ TextFileReader::TextFileReader(QIODevice &source, const TextFormat &wanted, Text
     , options(how)
     , device(source)
     , size(source.size())
+    , bufferSize(bytesPerRead)
     , unclaimed(source.pos())
     , lines(target)
-{}
+{
+    // A small file is not worth a large buffer. One that says nothing of its size gets it.
+    if (size > unclaimed && size - unclaimed < bytesPerRead)
+        bufferSize = (size - unclaimed + unitSize) / unitSize * unitSize;
+}
 
 TextFileReader::~TextFileReader() = default;
 
@@ -191,7 +198,7 @@ TextFileReader::Outcome TextFileReader::read()
 
 void TextFileReader::work(LineCutter &cutter, const ReadOptions::Follow &follow)
 {
-    QByteArray buffer(bytesPerRead, Qt::Uninitialized);
+    QByteArray buffer(bufferSize, Qt::Uninitialized);
     while (std::optional<Chunk> chunk = claim())
         take(*chunk, cutter, follow, buffer);
 }

@@ -74,6 +74,7 @@ private:
     std::mutex deviceMutex;
     QIODevice &device;
     const qint64 size;
+    qint64 bufferSize;    ///< of a thread
     bool isSplit = false; ///< into chunks
     qint64 unclaimed;     ///< where the next chunk starts
     bool isAllClaimed = false;
