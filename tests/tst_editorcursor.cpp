@@ -150,6 +150,7 @@ void TestEditorCursor::keys_data()
         "abcd\nx\nabc|d");
     row("up counts tabs as columns", NoFlag, "\tx\n    |  y", {up}, "\t|x\n      y");
     row("down on the last line keeps the column", NoFlag, "x\nab|cd", {down}, "x\nab|cd");
+    row("up on the first line keeps the column", NoFlag, "ab|cd\nx", {up}, "ab|cd\nx");
 
     row("letters replace in overwrite mode", Overwrite, "a|xyd", {{Qt::Key_B}, {Qt::Key_C}},
         "abc|d");
