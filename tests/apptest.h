@@ -27,8 +27,11 @@ protected:
         vesk::Settings::setKeyPrefix(QStringLiteral("/vesk"));
         vesk::Settings::setFileName(path(QStringLiteral("vesk.ini")));
     }
+    /// In a profile of its own if none was made.
     void makeShell()
     {
+        if (!dir)
+            makeProfile();
         shell = std::make_unique<vesk::Shell>(nullptr, QStringLiteral("vesk::Shell"));
     }
     void dropShell()

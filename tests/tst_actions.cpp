@@ -41,7 +41,7 @@ class ActionsTest : public AppTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { makeShell(); }
     void init();
     void cleanupTestCase() { dropShell(); }
     void plainTextDropsMarks();
@@ -66,12 +66,6 @@ private:
     Receiver receiver;
     int count = 0;
 };
-
-void ActionsTest::initTestCase()
-{
-    makeProfile();
-    makeShell();
-}
 
 void ActionsTest::init()
 {

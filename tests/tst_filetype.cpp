@@ -29,7 +29,7 @@ class FileTypeTest : public AppTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { makeShell(); }
     void init() { failOnBadConnects(); }
     void cleanupTestCase() { dropShell(); }
     void classifies_data();
@@ -38,12 +38,6 @@ private slots:
     void typeWithoutHandlerOpensAnEditor();
     void handlerReplacesTheEditor();
 };
-
-void FileTypeTest::initTestCase()
-{
-    makeProfile();
-    makeShell();
-}
 
 void FileTypeTest::classifies_data()
 {

@@ -49,7 +49,6 @@ private:
 
 void MessageTest::initTestCase()
 {
-    makeProfile();
     makeShell();
     QVERIFY(showActive(shell.get()));
 }

@@ -42,7 +42,6 @@ private:
 
 void TestMessageOutput::initTestCase()
 {
-    makeProfile();
     makeShell();
     Editors::self();
     output = MessageOutput::self();

@@ -84,7 +84,6 @@ private:
 
 void TestSearch::initTestCase()
 {
-    makeProfile();
     makeShell();
     SearchManager::self();
     shell->rebuildUI();

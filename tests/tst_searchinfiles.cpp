@@ -117,7 +117,6 @@ private:
 
 void TestSearchInFiles::initTestCase()
 {
-    makeProfile();
     makeShell();
     Editors::self();
 }

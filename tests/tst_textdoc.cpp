@@ -119,7 +119,6 @@ private slots:
     void loadAndSave();
     void loadStartsAnew();
     void failedSaveStaysModified();
-    void widestOfArray();
     void longestLine();
     void longestLineFarFromEdits();
     void contextsFollowEdits();
@@ -192,50 +191,6 @@ void TestTextDoc::failedSaveStaysModified()
 }
 
 // Far jumps of the place of change carry lines through the array.
-void TestTextDoc::widestOfArray()
-{
-    QRandomGenerator random(3);
-    TextLineArray lines;
-    lines.setAutoDelete(true);
-    const auto make = [&] {
-        // Few lines are wide, so that the widest is mostly in another place.
-        const int length = random.bounded(40) == 0 ? random.bounded(500) : random.bounded(20);
-        return std::make_unique<TextLine>(QString(length, u'x')).release();
-    };
-    for (int i = 0; i < 7000; ++i)
-        lines.append(make());
-    const auto lengthOf = [](const TextLine *line) { return line->textLength(); };
-    for (int i = 0; i < 3000; ++i) {
-        int expected = 0;
-        for (int line = 1; line < lines.size(); ++line) {
-            if (lengthOf(lines[line]) > lengthOf(lines[expected]))
-                expected = line;
-        }
-        // Mostly several changes come before the question.
-        if (random.bounded(3) == 0) {
-            int width = 0;
-            const TextLine *widest = lines.widest(lengthOf, &width);
-            QCOMPARE(width, lengthOf(lines[expected]));
-            QCOMPARE(widest, lines[expected]);
-        }
-        const int line = random.bounded(lines.size());
-        switch (random.bounded(4)) {
-        case 0:
-            lines.remove(expected);
-            break;
-        case 1:
-            lines.remove(line);
-            break;
-        case 2:
-            lines.insert(line, make());
-            break;
-        default:
-            lines[line]->set(QString(random.bounded(30), u'y'));
-            lines.widthChanged(line);
-        }
-    }
-}
-
 void TestTextDoc::longestLine()
 {
     QRandomGenerator random(1);

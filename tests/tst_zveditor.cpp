@@ -28,7 +28,7 @@ class TestZVEditor : public AppTest
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { makeShell(); }
     void cleanupTestCase() { dropShell(); }
     void init();
     void cleanup() { editor.reset(); }
@@ -77,12 +77,6 @@ QString foldKey(const QString &path)
 }
 
 } // namespace
-
-void TestZVEditor::initTestCase()
-{
-    makeProfile();
-    makeShell();
-}
 
 void TestZVEditor::init()
 {
