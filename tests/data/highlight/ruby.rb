@@ -83,7 +83,7 @@ puts [1, 2].map(&:to_s).join(', ') if true
 alias old new
 undef old
 BEGIN_TIME = Time.now
-Pre-defined if defined
+Predefined = Pre-defined if defined
 open = 'never closed
 after = 1
 =begin
