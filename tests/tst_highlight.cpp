@@ -1,6 +1,7 @@
 #include "zvwidgets/zveditor/highlight.h"
 
 #include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/scanmarks.h"
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 
@@ -178,6 +179,9 @@ private slots:
     void oddDefinitions();
     void longLines_data();
     void longLines();
+    void editedLongLines_data();
+    void editedLongLines();
+    void editedLongLinesOfAllKinds();
     void styles();
 
 private:
@@ -188,6 +192,8 @@ private:
         return make(definitionXml(breaks, contents).toUtf8());
     }
     static QString colours(TextHighlight *hl, const QString &text, int ctx = 0);
+    static void editAndCompare(TextHighlight *hl, const QString &text, const QStringList &parts,
+                               int edits, QRandomGenerator *random);
 
     QTemporaryDir folder;
     TextEditorManager manager;
@@ -491,6 +497,126 @@ void TestHighlight::longLines()
     hl->highlight(&line);
     const int expected = contents.contains(QStringLiteral("\"B\"")) ? 2 : 0;
     QCOMPARE(line.attribute(unsigned(text.size()) / 2), expected);
+}
+
+/// Edits a long line at random places with some of \a parts; what is found out near an
+/// edit alone has to be what a scan of the whole line finds.
+void TestHighlight::editAndCompare(TextHighlight *hl, const QString &text, const QStringList &parts,
+                                   int edits, QRandomGenerator *random)
+{
+    TextLine line(text);
+    int column = 0;
+    for (int i = 0; i < edits; ++i) {
+        const ScanMarks *marks = random->bounded(2) ? line.contextMarks() : line.colourMarks();
+        if (!marks || random->bounded(8) == 0)
+            column = random->bounded(line.textLength());
+        else if (!marks->noted().empty() && random->bounded(3) > 0)
+            column = marks->noted()[random->bounded(quint32(marks->noted().size()))].at +
+                     random->bounded(-2, 80);
+        column = std::clamp(column + random->bounded(3), 0, line.textLength() - 1);
+        const int spare = line.textLength() - ScanMarks::longLine;
+        if (spare < 100)
+            line.insertText(column, text);
+        else if (random->bounded(3) == 0)
+            line.removeText(column, random->bounded(20) ? random->bounded(4) : spare - 50);
+        else
+            line.insertText(random->bounded(20) ? column : line.textLength(),
+                            oneOf(*random, parts).repeated(random->bounded(9) ? 1 : 20));
+        if (random->bounded(4) == 0)
+            continue;
+        const int ctx = random->bounded(12) == 0 ? 1 : 0;
+        TextLine fresh{QString(line)};
+        QCOMPARE(hl->doHighlight(ctx, &line), hl->doHighlight(ctx, &fresh));
+        QVERIFY(!line.isHighlighted());
+        if (random->bounded(4) == 0)
+            continue;
+        hl->highlight(&line);
+        hl->highlight(&fresh);
+        int size = 0;
+        int freshSize = 0;
+        const qint8 *attributes = line.attributes(&size);
+        const qint8 *freshAttributes = fresh.attributes(&freshSize);
+        QCOMPARE(size, freshSize);
+        const auto wrong = std::mismatch(attributes, attributes + size, freshAttributes);
+        QCOMPARE(int(wrong.first - attributes), size);
+    }
+}
+
+void TestHighlight::editedLongLines_data()
+{
+    QTest::addColumn<QString>("rules");
+    QTest::addColumn<QString>("parts");
+    const QByteArray run(120, 'a');
+    const auto row = [](const char *name, const QByteArray &rules, const QByteArray &parts) {
+        QTest::newRow(name) << QString::fromLatin1(rules) << QString::fromLatin1(parts);
+    };
+    row("looking ahead", R"-(regexp="a(?=a*b)"|regexp="a(?=.{20}c)"|regexp=".")-", "a|a|a|a|b|c");
+    row("words", "regexp=\"a+\" keyword=\"" + run + "\"|regexp=\"aa\"|regexp=\".\"",
+        run + '|' + run + "a|a| |a |aa ");
+    row("far ends", R"-(regexp="\([^;]*;"|regexp=".")-", "a|(|a(a(|(((a|;");
+    row("scans for what is rare", R"-(regexp="x" mode="until"|regexp="y" mode="until"|regexp=".")-",
+        "a|a|a|ab|abc|" + QByteArray("abcdef").repeated(2000) + "|x|y");
+    row("scans for what is far",
+        R"-(regexp="ab" mode="until"|regexp="ax" mode="until, exclude"|regexp=".")-",
+        "b|bbb|a|x|ab|ax|" + QByteArray("b").repeated(2000));
+    row("the end", R"-(regexp="a[ab]*$"|regexp="b(?=[ab]*$)"|regexp=".")-", "a|b|ab|c|cc|cab");
+    row("characters without a rule", R"-(regexp="a+"|regexp="b(?=b)")-", "a|a|aa|aaaaa|a|b|bb");
+    row("a text cut short until it matches", R"-(regexp="[abc](?=[abc]*c$)"|regexp="c$")-",
+        "a|b|ab|c|ca|b");
+    row("contexts", R"-(regexp="x" lineEndContent="m"|regexp=".")-", "a|ab|abc|x|aaaa");
+    row("what was matched in the list before", R"-(regexp="a"|regexp="b"|regexp="a+b")-",
+        "a|a|aaa|b|c");
+    row("back-reference", R"-(regexp="(a+)b\1"|regexp=".")-", "a|aaa|b|ab|c|cc|c");
+}
+
+void TestHighlight::editedLongLines()
+{
+    QFETCH(QString, rules);
+    QFETCH(QString, parts);
+    QString list;
+    for (const QString &rule : rules.split(u'|'))
+        list +=
+            QStringLiteral("<c item=\"%1\" %2/>").arg(QChar(u"ABC"[list.count(u'<') % 3]), rule);
+    const QString section =
+        QStringLiteral("<n>%1</n><m><c item=\"C\" regexp=\"x\" lineEndContent=\"n\"/>"
+                       "<c item=\"B\" regexp=\".\"/></m>")
+            .arg(list);
+    const auto hl = make(section, section);
+    QRandomGenerator random(2342);
+    const QStringList pieces = parts.split(u'|');
+    QString text;
+    while (text.size() < 2 * ScanMarks::longLine)
+        text += oneOf(random, pieces);
+    editAndCompare(hl.get(), text, pieces, 200, &random);
+}
+
+void TestHighlight::editedLongLinesOfAllKinds()
+{
+    QRandomGenerator random(4711);
+    static const QStringList letters =
+        QString::fromUtf8("a,a,b,b,c, , ,A,é,_,x,ab ,ba").split(u',');
+    for (int round = 0; round < 25; ++round) {
+        const QString xml = definitionXml(randomSection(random), randomSection(random));
+        const auto hl = make(xml.toUtf8());
+        QString text;
+        while (text.size() < ScanMarks::longLine + 10000)
+            text += oneOf(random, letters);
+        editAndCompare(hl.get(), text, letters, 12, &random);
+        QVERIFY2(!QTest::currentTestFailed(), qPrintable(xml));
+    }
+    static const QStringList code =
+        QStringLiteral("x~ ~\"~'~/*~*/~//~#~\\~<~>~<!--~-->~(~)~{~;~0~12.5e3~if~<?php~?>~$a~&amp;~"
+                       "-- ~\t~@~%~=~`~word <b a=\"1\">~\"text\"~/* c */~Q_OBJECT ")
+            .split(u'~');
+    TextEditorManager all;
+    for (const QString &name : all.highlightsNames()) {
+        const std::unique_ptr<TextHighlight> hl(TextHighlightManager::highlight(&all, name));
+        QString text;
+        while (text.size() < 2 * ScanMarks::longLine)
+            text += oneOf(random, code) + QStringLiteral("word ").repeated(random.bounded(2));
+        editAndCompare(hl.get(), text, code, 25, &random);
+        QVERIFY2(!QTest::currentTestFailed(), qPrintable(name));
+    }
 }
 
 void TestHighlight::styles()

@@ -62,14 +62,18 @@ void TextHighlight::createItemData(TextEditorManager *manager)
 int TextHighlight::doHighlight(int ctx, TextLine *textLine)
 {
     textLine->resetHighlight(ctx);
-    return definition->breakScanner->follow(ctx, QStringView(*textLine));
+    return definition->breakScanner->follow(ctx, QStringView(*textLine), textLine->contextMarks());
 }
 
 void TextHighlight::highlight(TextLine *textLine)
 {
-    if (textLine->textLength() > 0)
+    if (textLine->textLength() > 0) {
+        ScanMarks *const marks = textLine->colourMarks();
+        qint8 *const attributes =
+            marks ? textLine->attributesForUpdate() : textLine->attributesForWrite();
         definition->contentScanner->colour(textLine->highlightContext(), QStringView(*textLine),
-                                           textLine->attributesForWrite());
+                                           attributes, marks);
+    }
     textLine->doneHighlight();
 }
 

@@ -3,6 +3,7 @@
 #include "zvwidgets/zveditor/unitscan.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -20,6 +21,12 @@ constexpr int asciiCount = CharSet::asciiCount;
 /// Stands for all units from 128 on where rules are chosen by the next character.
 constexpr int wideUnit = asciiCount;
 constexpr int trackedRules = 32;
+
+quint64 nextId()
+{
+    static std::atomic<quint64> last = 0;
+    return ++last;
+}
 
 /// Most tokens are shorter than the call of a library function is worth.
 inline void fill(qint8 *to, qint8 value, int count)
@@ -122,10 +129,14 @@ struct HighlightScanner::Context
     mutable quint32 present = 0;
 };
 
-HighlightScanner::HighlightScanner(const Contexts &source)
+HighlightScanner::HighlightScanner(const Contexts &source) : id(nextId())
 {
     for (const auto &context : source)
         contexts.push_back(makeContext(*context));
+    for (const auto &pattern : patterns) {
+        if (pattern->filter)
+            shortReach = std::max(shortReach, pattern->filter->shortReach());
+    }
 }
 
 HighlightScanner::~HighlightScanner() = default;
@@ -331,7 +342,51 @@ void HighlightScanner::begin(QStringView text)
     end = int(text.size());
     ++lineStamp;
     ++textStamp;
-    work = baseWork + workPerUnit * end;
+    budget = baseWork + workPerUnit * end;
+    work = budget;
+    farthest = 0;
+}
+
+/// The place where a scan has to start; at the end of the text if it need not.
+ScanMarks::Place HighlightScanner::resume(int ctx, ScanMarks *marks)
+{
+    ScanMarks::Place place;
+    place.ctx = ctx;
+    place.rule = -1;
+    if (marks)
+        place = marks->begin(id, ctx, end);
+    if (place.rule < 0) {
+        const Context *context = contextAt(ctx);
+        place.rule = context && end > 0 ? context->firstRule(units[0]) : 0;
+    }
+    work -= place.spent;
+    return place;
+}
+
+bool HighlightScanner::pass(ScanMarks *marks, ScanMarks::Place place)
+{
+    place.spent = budget - work;
+    place.reach = place.shrinks > 0 ? ScanMarks::wholeText : reachAt(place.at);
+    return marks->pass(place, budget);
+}
+
+void HighlightScanner::finish(int ctx, ScanMarks *marks)
+{
+    if (marks)
+        marks->finish(ctx, budget - work, budget);
+}
+
+/// The reach of all that was found out on the way to \a at.
+int HighlightScanner::reachAt(int at) const
+{
+    int reach = std::max(farthest, at + shortReach);
+    for (const auto &pattern : patterns) {
+        if (pattern->lineStamp == lineStamp)
+            reach = std::max(reach, pattern->runEnd + 1);
+        if (pattern->textStamp == textStamp)
+            reach = std::max(reach, PatternAutomaton::reachOf(pattern->memo));
+    }
+    return reach > end ? ScanMarks::wholeText : reach;
 }
 
 inline int HighlightScanner::runLength(Pattern &pattern, int at)
@@ -376,19 +431,29 @@ inline int HighlightScanner::take(const Context &context, int *index, int at)
     return end - at;
 }
 
-int HighlightScanner::follow(int ctx, QStringView text)
+int HighlightScanner::follow(int ctx, QStringView text, ScanMarks *marks)
 {
     begin(text);
-    int at = 0;
+    const ScanMarks::Place start = resume(ctx, marks);
+    if (marks && marks->isSettled())
+        return marks->endContext();
+    ctx = start.ctx;
+    int at = start.at;
+    int i = start.rule;
+    bool advanced = start.matched;
+    int mark = marks ? marks->nextColumn() : nowhere;
     size_t handOvers = 0;
     const Context *context = contextAt(ctx);
-    int i = context && at < end ? context->firstRule(units[at]) : 0;
-    bool advanced = false;
     while (context && at < end) {
+        if (at >= mark) {
+            if (pass(marks, {at, ctx, i, advanced}))
+                return marks->endContext();
+            mark = marks->nextColumn();
+        }
         if (i == context->count) {
             // A list in which nothing matches would be walked for ever.
             if (!advanced)
-                return ctx;
+                break;
             advanced = false;
             i = context->firstRule(units[at]);
             continue;
@@ -401,7 +466,7 @@ int HighlightScanner::follow(int ctx, QStringView text)
             handOvers = 0;
         } else if (rule.empty >= 0 && ++handOvers > contexts.size()) {
             // The contexts only hand over to each other.
-            return ctx;
+            break;
         }
         const int target = length > 0 ? rule.ctx : rule.empty;
         if (target >= 0) {
@@ -412,25 +477,38 @@ int HighlightScanner::follow(int ctx, QStringView text)
         if (context && at < end)
             i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
     }
+    finish(ctx, marks);
     return ctx;
 }
 
-void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes)
+void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes, ScanMarks *marks)
 {
     begin(text);
-    int at = 0;
+    const ScanMarks::Place start = resume(ctx, marks);
+    if (marks && marks->isSettled())
+        return;
+    ctx = start.ctx;
+    int at = start.at;
+    int i = start.rule;
+    int shrinks = start.shrinks;
+    bool matched = start.matched;
+    int mark = marks ? marks->nextColumn() : nowhere;
     size_t handOvers = 0;
     const Context *context = contextAt(ctx);
-    int i = context && at < end ? context->firstRule(units[at]) : 0;
-    bool matched = false;
     while (context && at < end) {
+        if (at >= mark) {
+            if (pass(marks, {at, ctx, i, matched, shrinks}))
+                return;
+            mark = marks->nextColumn();
+        }
         if (i == context->count) {
             // The text the rules see stays where it is and loses its last character,
             // while the character without a rule keeps attribute 0.
             if (!matched) {
                 if (!shrink(*context, at))
-                    return;
-                ++attributes;
+                    break;
+                attributes[at + shrinks] = 0;
+                ++shrinks;
                 handOvers = 0;
             }
             matched = false;
@@ -441,22 +519,26 @@ void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes)
         const int length = take(*context, &i, at);
         const Rule &rule = context->rules[size_t(i)];
         if (length > 0) {
-            if (rule.attr != 0)
-                fill(attributes + at, rule.attr, length);
+            if (rule.attr != 0 || marks)
+                fill(attributes + at + shrinks, rule.attr, length);
             at += length;
             matched = true;
             handOvers = 0;
         } else if (rule.empty >= 0 && ++handOvers > contexts.size()) {
-            return;
+            break;
         }
         const int target = length > 0 ? rule.ctx : rule.empty;
         if (target >= 0) {
-            context = contextAt(target);
+            ctx = target;
+            context = contextAt(ctx);
             matched = false;
         }
         if (context && at < end)
             i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
     }
+    if (marks)
+        std::fill(attributes + at + shrinks, attributes + text.size(), qint8(0));
+    finish(ctx, marks);
 }
 
 /// Takes the last character from the text the rules see; false if nothing in it
@@ -491,8 +573,11 @@ int HighlightScanner::matchLength(Pattern &pattern, int at)
     int foundEnd = 0;
     if (pattern.anchored) {
         foundEnd = pattern.filter->matchEnd({units, at, end}, at, &pattern.memo);
+        if (foundEnd == end)
+            farthest = nowhere;
         if (pattern.automaton || foundEnd <= at)
             return foundEnd - at;
+        farthest = nowhere;
         return pattern.regexp.match(QStringView(units + at, end - at), 0, &work);
     }
     const int found = search(pattern, at, &foundEnd);
@@ -504,9 +589,12 @@ int HighlightScanner::search(Pattern &pattern, int at, int *foundEnd)
 {
     if (pattern.filter) {
         const int candidate = searchTable(pattern, *pattern.filter, at, foundEnd);
-        if (candidate < 0 || pattern.automaton)
+        if (candidate < 0 || pattern.automaton) {
+            farthest = candidate < 0 ? nowhere : std::max(farthest, *foundEnd + shortReach);
             return candidate;
+        }
     }
+    farthest = nowhere;
     int length = 0;
     const int found = pattern.regexp.search(QStringView(units + at, end - at), 0, &length, &work);
     *foundEnd = at + found + length;
@@ -556,7 +644,9 @@ int HighlightScanner::takeUntil(const Context &context, const Rule &rule, int at
     Pattern &pattern = *patterns[rule.pattern];
     int foundEnd = 0;
     int found = -1;
-    if (!isAbsent(context, rule, at)) {
+    if (isAbsent(context, rule, at)) {
+        farthest = nowhere;
+    } else {
         refresh(pattern);
         found = search(pattern, at, &foundEnd);
     }

@@ -3,6 +3,7 @@
 #include "zvwidgets/zveditor/highlightrules.h"
 #include "zvwidgets/zveditor/keywordtable.h"
 #include "zvwidgets/zveditor/patternautomaton.h"
+#include "zvwidgets/zveditor/scanmarks.h"
 
 #include <QStringView>
 
@@ -27,11 +28,13 @@ public:
     explicit HighlightScanner(const Contexts &contexts);
     ~HighlightScanner();
 
-    /// The context at the end of \a text, which begins in \a ctx.
-    int follow(int ctx, QStringView text);
+    /// The context at the end of \a text, which begins in \a ctx. With \a marks,
+    /// which may be null, only what changed since the last such call is looked at.
+    int follow(int ctx, QStringView text, ScanMarks *marks = nullptr);
     /// Writes the attributes of \a text, which begins in \a ctx, into \a attributes,
-    /// which holds a zero for each character.
-    void colour(int ctx, QStringView text, qint8 *attributes);
+    /// which holds a zero for each character; with \a marks, what the last such call
+    /// wrote for each character that hasn't changed since, and anything for others.
+    void colour(int ctx, QStringView text, qint8 *attributes, ScanMarks *marks = nullptr);
 
 private:
     struct Pattern;
@@ -51,6 +54,10 @@ private:
 
     const Context *contextAt(int ctx) const;
     void begin(QStringView text);
+    ScanMarks::Place resume(int ctx, ScanMarks *marks);
+    bool pass(ScanMarks *marks, ScanMarks::Place place);
+    void finish(int ctx, ScanMarks *marks);
+    int reachAt(int at) const;
     int take(const Context &context, int *index, int at);
     int takeUntil(const Context &context, const Rule &rule, int at);
     int takeKeyword(const Context &context, int *index, int at);
@@ -70,6 +77,11 @@ private:
     quint64 lineStamp = 0;           ///< tells notes on this line from older ones
     quint64 textStamp = 0;           ///< as lineStamp, but for a text cut shorter too
     qint64 work = 0;                 ///< what costly rules may still spend on this line
+    qint64 budget = 0;               ///< what they may spend on it in all
+    int farthest = 0;                ///< as a reach: what is noted nowhere else
+
+    const quint64 id;   ///< tells the marks of this scanner from those of others
+    int shortReach = 0; ///< the largest of all patterns
 };
 
 } // namespace zvwidgets

@@ -17,6 +17,7 @@ void PatternMemo::clear()
 {
     if (!ends.isEmpty())
         ends = {};
+    reach = 0;
     for (PatternMemo &memo : looks)
         memo.clear();
 }
@@ -100,10 +101,12 @@ int PatternAutomaton::longScan(const Subject &subject, int at, quint32 row, int 
 {
     std::vector<std::pair<quint64, int>> passed; ///< key and place of checkpoints
     int found = -1;
-    for (int i = at;; ++i) {
+    int i = at;
+    for (;; ++i) {
         if (row >= firstBranch) {
             if (row == totalRow) {
                 found = shortest ? i : subject.end;
+                i = found;
                 break;
             }
             row = lookedRow(subject, row, i, memo);
@@ -127,7 +130,24 @@ int PatternAutomaton::longScan(const Subject &subject, int at, quint32 row, int 
     }
     for (const auto &[key, place] : passed)
         memo->ends.insert(key, found >= place ? found : -1);
+    memo->reach = std::max(memo->reach, i + 1);
     return found < 0 ? last : found;
+}
+
+int PatternAutomaton::shortReach() const
+{
+    int behind = 0;
+    for (const auto &look : looks)
+        behind = std::max(behind, look->shortReach());
+    return checkpointDistance + 1 + behind;
+}
+
+int PatternAutomaton::reachOf(const PatternMemo &memo)
+{
+    int reach = memo.reach;
+    for (const PatternMemo &look : memo.looks)
+        reach = std::max(reach, reachOf(look));
+    return reach;
 }
 
 /// The first place from \a from on, not the text's start, where a match may begin;

@@ -17,6 +17,7 @@ struct PatternMemo
     void clear();
 
     QHash<quint64, int> ends;       ///< row and checkpoint to end of match, -1 for none
+    int reach = 0;                  ///< no text from here on was looked at
     std::vector<PatternMemo> looks; ///< of what is looked ahead for
 };
 
@@ -79,6 +80,11 @@ public:
     const CharSet *run() const { return isRun ? &runSet : nullptr; }
     /// The length of every match, -1 if it varies.
     int fixedLength() const { return fixed; }
+    /// Units from its start on that matchEnd() may look at without a note of it in
+    /// PatternMemo::reach, but for a match that goes up to the end of the text.
+    int shortReach() const;
+    /// No text from here on was looked at for what \a memo holds.
+    static int reachOf(const PatternMemo &memo);
 
 private:
     friend class AutomatonBuilder;

@@ -1,15 +1,26 @@
 #include "zvwidgets/zveditor/textline.h"
 
 #include "zvwidgets/zveditor/linepool.h"
+#include "zvwidgets/zveditor/scanmarks.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace zvwidgets {
 
+/// What only long lines have.
+struct TextLine::LongLine
+{
+    ScanMarks contexts;
+    ScanMarks colours;
+    /// From the last colouring while it is void; in step with the text of that time.
+    std::vector<qint8> oldAttributes;
+};
+
 struct TextLine::Private
 {
     std::vector<qint8> attributes;
+    std::unique_ptr<LongLine> longLine;
     int mark = 0;
     std::unique_ptr<QList<MarginData>> margins;
     QPixmap *pixmap = nullptr;
@@ -63,8 +74,31 @@ TextLine::Private &TextLine::record()
     return *d;
 }
 
+/// Null if the line is not long.
+TextLine::LongLine *TextLine::longLine()
+{
+    if (textLength() < ScanMarks::longLine) {
+        if (d)
+            d->longLine.reset();
+        return nullptr;
+    }
+    if (!record().longLine)
+        d->longLine = std::make_unique<LongLine>();
+    return d->longLine.get();
+}
+
+void TextLine::textChanged(int column, int removed, int inserted)
+{
+    if (!d || !d->longLine)
+        return;
+    d->longLine->contexts.textChanged(column, removed, inserted);
+    d->longLine->colours.textChanged(column, removed, inserted);
+}
+
 void TextLine::set(const QString &text)
 {
+    if (d)
+        d->longLine.reset();
     QString::operator=(text);
     tabsPossible = true;
 }
@@ -75,6 +109,7 @@ void TextLine::insertText(int column, const QString &text)
         return;
     tabsPossible = tabsPossible || text.contains(QLatin1Char('\t'));
     const int blanks = std::max(0, column - textLength());
+    textChanged(column - blanks, 0, blanks + int(text.size()));
     if (hasOwnText(*this)) {
         QString::insert(column, text);
         return;
@@ -95,6 +130,7 @@ void TextLine::removeText(int column, int length)
     length = std::min(length, textLength() - column);
     if (column < 0 || length <= 0)
         return;
+    textChanged(column, length, 0);
     if (hasOwnText(*this)) {
         QString::remove(column, length);
         return;
@@ -138,6 +174,8 @@ QChar TextLine::charAt(int column) const
 void TextLine::resetHighlight(int ctx)
 {
     startContext = quint8(ctx);
+    if (d && highlighted && d->longLine)
+        d->longLine->oldAttributes.swap(d->attributes);
     highlighted = false;
     if (d)
         d->attributes.clear();
@@ -146,6 +184,8 @@ void TextLine::resetHighlight(int ctx)
 void TextLine::setAttributes(int attr, unsigned from, unsigned to)
 {
     std::vector<qint8> &attributes = record().attributes;
+    if (d->longLine)
+        d->longLine->colours.clear();
     if (attributes.size() < size_t(size()))
         attributes.resize(size_t(size()));
     const size_t end = std::min<size_t>(to, attributes.size());
@@ -162,6 +202,37 @@ qint8 *TextLine::attributesForWrite()
 {
     std::vector<qint8> &attributes = record().attributes;
     attributes.assign(size_t(size()), 0);
+    return attributes.data();
+}
+
+ScanMarks *TextLine::contextMarks()
+{
+    LongLine *const line = longLine();
+    return line ? &line->contexts : nullptr;
+}
+
+ScanMarks *TextLine::colourMarks()
+{
+    LongLine *const line = longLine();
+    return line ? &line->colours : nullptr;
+}
+
+qint8 *TextLine::attributesForUpdate()
+{
+    LongLine &line = *longLine();
+    std::vector<qint8> &attributes = d->attributes;
+    if (!highlighted)
+        attributes.swap(line.oldAttributes);
+    line.oldAttributes.clear();
+    const size_t length = size_t(size());
+    if (attributes.size() != size_t(line.colours.scannedSize()))
+        line.colours.clear();
+    const qptrdiff tail = line.colours.sameEnd();
+    if (attributes.size() < length)
+        attributes.insert(attributes.end() - tail, length - attributes.size(), 0);
+    else
+        attributes.erase(attributes.end() - tail - qptrdiff(attributes.size() - length),
+                         attributes.end() - tail);
     return attributes.data();
 }
 

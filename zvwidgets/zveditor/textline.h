@@ -14,6 +14,8 @@ class QPixmap;
 
 namespace zvwidgets {
 
+class ScanMarks;
+
 /// What ended a line in the file it was read from.
 enum class LineEnd : quint8
 {
@@ -98,6 +100,14 @@ public:
     /// One zeroed byte for each character, to be filled in place. Valid until
     /// the line changes.
     qint8 *attributesForWrite();
+    /// For a long line, see ScanMarks, what was noted on it while its contexts were
+    /// followed, and while it was coloured; null for any other. Kept in step with
+    /// the text; valid until the line changes.
+    ScanMarks *contextMarks();
+    ScanMarks *colourMarks();
+    /// As attributesForWrite(), but of a long line: characters that have not changed
+    /// since the last colouring keep what it gave them, the others hold anything.
+    qint8 *attributesForUpdate();
     /// The stored attributes and their number, which may be less than the
     /// length of the text; what is missing counts as 0.
     const qint8 *attributes(int *count) const;
@@ -136,7 +146,11 @@ public:
     bool isFoldVisible : 1;
 
 private:
+    struct LongLine;
+
     Private &record();
+    LongLine *longLine();
+    void textChanged(int column, int removed, int inserted);
 
     bool highlighted : 1;
     bool scanPending : 1;
