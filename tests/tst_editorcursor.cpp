@@ -1,7 +1,6 @@
 #include "tests/editortest.h"
 
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QInputMethodEvent>
 #include <QTest>
 
@@ -419,7 +418,7 @@ void TestEditorCursor::wordMovesOnLongLines()
 {
     manager->setLineWrap(false);
     setText(u"word "_s.repeated(200000) + u'|');
-    QElapsedTimer timer;
+    CpuTimer timer;
     timer.start();
     for (int i = 0; i < 20; ++i)
         cursor->move(EditorCursor::MoveWordBackward, false);
