@@ -1,12 +1,13 @@
 #include "tests/editortest.h"
+#include "zvwidgets/zveditor/editormargins.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlightmanager.h"
 #include "zvwidgets/zveditor/selectionrect.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QMenu>
+#include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -89,6 +90,7 @@ private:
     void setText(const QString &text);
     void apply(int way);
     QImage shown() const;
+    QImage shownEditor() const;
     /// The colour between rows of letters, where only fills are to be seen.
     QColor fillAt(int column, int line) const;
     /// \a p in pixels of the view.
@@ -136,6 +138,17 @@ QImage TestTextView::shown() const
     const QPixmap window = editor->screen()->grabWindow(editor->winId(), corner.x(), corner.y(),
                                                         view->width(), view->height());
     return window.toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+/// The same with the margins. When all is painted, the colour of the marks beside
+/// a selection goes on in the folding margin below them, which is meant.
+QImage TestTextView::shownEditor() const
+{
+    QCoreApplication::processEvents();
+    QImage image = editor->screen()->grabWindow(editor->winId()).toImage();
+    if (view->hasSelection())
+        QPainter(&image).fillRect(view->foldingMargin()->geometry(), Qt::white);
+    return image;
 }
 
 QColor TestTextView::fillAt(int column, int line) const
@@ -312,6 +325,47 @@ void TestTextView::partialUpdatesLeaveNothingStale_data()
              t->view->setCursorPosition(4, 2, false);
          }},
         {"scrolled sideways", [](TestTextView *t) { t->view->setCursorPosition(1, 140, false); }},
+        {"scrolled over letters that join",
+         [](TestTextView *t) {
+             const QString joined = u"\u0628\u062a\u062b\u0633 o\u0308a\u0301\u4e2d\U0001f600\ti"_s;
+             t->doc->cmdInsert(1, 0, joined.repeated(12));
+             t->view->setCursorPosition(1, 0, false);
+             for (int column = 60; column < 140; ++column) {
+                 QCoreApplication::processEvents();
+                 t->view->setCursorPosition(1, column, false);
+             }
+             for (int column = 140; column > 0; column -= 7) {
+                 QCoreApplication::processEvents();
+                 t->view->setCursorPosition(1, column, false);
+             }
+         }},
+        {"scrolled over what is selected",
+         [](TestTextView *t) {
+             t->view->setCursorPosition(3, 4, true);
+             for (int column = 60; column < 90; ++column) {
+                 QCoreApplication::processEvents();
+                 t->view->setCursorPosition(3, column, true);
+             }
+         }},
+        {"typed in the last line", [](TestTextView *t) { t->doc->cmdInsert(8, 3, u"x"_s); }},
+        {"last line marked, then removed",
+         [](TestTextView *t) {
+             static QPixmap icon(8, 8);
+             icon.fill(Qt::red);
+             t->editor->setLineIcon(8, &icon);
+             QCoreApplication::processEvents();
+             t->doc->macroBegin(u"exchange"_s);
+             t->doc->removeLine(8);
+             t->doc->makeLine(1);
+             t->doc->macroEnd();
+         }},
+        {"fold at the end", [](TestTextView *t) { t->editor->folding()->createFold(6, 8); }},
+        {"fold at the end removed",
+         [](TestTextView *t) {
+             t->editor->folding()->createFold(6, 8);
+             QCoreApplication::processEvents();
+             t->editor->folding()->removeFold(7);
+         }},
         {"scrolled down, then typed",
          [](TestTextView *t) {
              t->view->vslide(2);
@@ -332,11 +386,12 @@ void TestTextView::partialUpdatesLeaveNothingStale()
     const QString wide = u"word and word "_s.repeated(10);
     setText(u"one\n%1\ntwo\n%1%1\nthree\nfour\n%1\nfive\nsix"_s.arg(wide));
     apply(way);
-    shown();
+    shownEditor();
     step(this);
-    const QImage left = shown();
+    const QImage left = shownEditor();
     view->update();
-    const QImage whole = shown();
+    view->repaintMargins();
+    const QImage whole = shownEditor();
     QVERIFY(left == whole);
 }
 
@@ -592,7 +647,7 @@ void TestTextView::longLineShowsItsPlace()
         return shown();
     };
     const QImage expected = shot(30, 4);
-    QElapsedTimer timer;
+    CpuTimer timer;
     setText(piece.repeated(200000));
     const int x = doc->textWidth(0, 100000 * int(piece.size()));
     timer.start();
@@ -606,7 +661,7 @@ void TestTextView::longWrappedLineIsQuick()
 {
     doc->setWrap(true);
     setText(u"word and text "_s.repeated(150000));
-    QElapsedTimer timer;
+    CpuTimer timer;
     timer.start();
     QTest::keyClick(view, Qt::Key_X);
     shown();

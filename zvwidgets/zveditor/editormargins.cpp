@@ -99,10 +99,14 @@ void IndicatorMargin::paintEvent(QPaintEvent *event)
     view->updateLinesList();
     const QRect r = event->rect();
     const int h = view->lineHeight();
+    const int lastLine = document->lastLine();
+    const int lastY = view->docPosToScreen(0, lastLine).y() - view->contentsY();
     QPainter screen(this);
     for (int y = rowTop(r.y()); y < r.y() + r.height(); y += h) {
         paintRow(lineAt(y));
         screen.drawPixmap(0, y, *buffer);
+        if (y > lastY)
+            shownBelow = document->lineOf(lastLine)->linePixmap();
     }
 }
 

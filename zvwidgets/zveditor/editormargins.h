@@ -50,12 +50,16 @@ class IndicatorMargin : public Margin
 public:
     using Margin::Margin;
     QSize sizeHint() const override;
+    /// The icon of the last line was painted below the text too.
+    const QPixmap *iconBelow() const { return shownBelow; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
     void paintRow(int line);
+
+    const QPixmap *shownBelow = nullptr;
 };
 
 /// Shows the line numbers, from 1, at the first row of each line.
@@ -81,6 +85,9 @@ class FoldingMargin : public Margin
 public:
     using Margin::Margin;
     QSize sizeHint() const override;
+    /// True if \a line is one of at least three that are selected, which can be
+    /// made a fold here.
+    bool showAddFoldArea(int line) const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -93,7 +100,6 @@ private:
     void paintRow(QPainter *painter, int line) const;
     void paintAddFoldRow(QPainter *painter, int line) const;
     void paintFoldStart(QPainter *painter, int line) const;
-    bool showAddFoldArea(int line) const;
 };
 
 /// Selects whole lines by click and drag.

@@ -39,6 +39,16 @@ struct ShownRow
     bool operator==(const ShownRow &) const = default;
 };
 
+/// What the view and the margins show below the last row.
+struct ShownRest
+{
+    size_t rows = 0; ///< above it
+    /// Fold marks above it decide its colours.
+    bool hasMarks = true;
+
+    bool operator==(const ShownRest &) const = default;
+};
+
 /// What the sources of the view share.
 struct TextView::Private
 {
@@ -68,6 +78,8 @@ struct TextView::Private
     void clampVertically();
     void updateChangedLines(const LineRegion &changed);
     void updateBand(int y, int height) const;
+    void updateRest(int y, size_t rows);
+    ShownRest shownRest(size_t rows) const;
     void noteRows();
     void stripLeftLine() const;
     void scrollToRow(int top);
@@ -90,9 +102,11 @@ struct TextView::Private
     };
 
     bool ensureBuffer();
+    bool wantsWholeRow() const;
     void paintLine(TextView *view, int line, int from, int to);
     void paintEmptyArea(QPainter *painter, const QRect &area) const;
     RowPart visiblePart(int line, int from, int end) const;
+    void widenToPlainText(const TextLine &line, int from, int to, int *start, int *end) const;
     void fillRow(const QColor &color);
     void fillToRightEdge(int x, const QColor &color);
     bool highlightHasBackgrounds() const;
@@ -130,6 +144,12 @@ struct TextView::Private
     QPainter paint;
     /// One row of the view, in device pixels.
     std::unique_ptr<QPixmap> buffer;
+    /// The pixels of a row that are to be painted, in the view; \a end exclusive.
+    struct
+    {
+        int start = 0;
+        int end = 0;
+    } wantedPixels;
     int spaceWidth = 0;
     int tabsWidth = 0;
     int fontHeight = 0;
@@ -162,6 +182,7 @@ struct TextView::Private
     /// What each row from the top showed at the last update.
     std::array<ShownRow, 4096> prevUpdatedlines;
     size_t notedRows = 0; ///< entries of prevUpdatedlines in use
+    ShownRest notedRest;
     ScrollBarMode hScrollBarMode = Auto;
     ScrollBarMode vScrollBarMode = AlwaysOn;
     QScrollBar *hbar = nullptr;

@@ -36,22 +36,28 @@ void TextView::paintEvent(QPaintEvent *event)
     updateLinesList();
     if (!d->ensureBuffer())
         return;
-    const QRect area = event->rect();
-    const int bottom = area.y() + area.height();
+    const int bottom = event->rect().bottom() + 1;
     QPainter painter(this);
     int y = linePosition(d->visibleLines.firstKey()) - d->yPos;
     for (int key = d->visibleLines.firstKey(); y < bottom && d->visibleLines.contains(key);
          ++key, y += d->fontHeight) {
-        if (!event->region().intersects(QRect(0, y, width(), d->fontHeight)))
+        const QRect missing =
+            event->region().intersected(QRect(0, y, width(), d->fontHeight)).boundingRect();
+        if (missing.isEmpty())
             continue;
+        // Where pixels are no whole ones, the neighbours are touched too.
+        d->wantedPixels = {missing.left() - 1, missing.right() + 2};
         const VisibleLine row = d->visibleLines.at(key);
         d->xPos -= row.xShift;
         d->paintLine(this, row.line, row.startPos, row.endPos);
         d->xPos += row.xShift;
         painter.drawPixmap(0, y, *d->buffer);
     }
-    if (y < bottom)
-        d->paintEmptyArea(&painter, QRect(area.x(), y, area.width(), bottom - y));
+    // Rectangle by rectangle: filling what bounds them is slower by far.
+    for (const QRect &missing : event->region()) {
+        if (y <= missing.bottom())
+            d->paintEmptyArea(&painter, missing.adjusted(0, std::max(y - missing.y(), 0), 0, 0));
+    }
     d->cursor->draw(painter);
 }
 
@@ -69,7 +75,13 @@ void TextView::Private::paintEmptyArea(QPainter *painter, const QRect &area) con
     painter->fillRect(area, manager->normalBackgroundColor);
 }
 
-/// Draws one row into the buffer. Cursor and selection are those of \a view.
+bool TextView::Private::wantsWholeRow() const
+{
+    return wantedPixels.start <= 0 && wantedPixels.end >= q->width();
+}
+
+/// Draws what is wanted of one row into the buffer. Cursor and selection are those
+/// of \a view.
 void TextView::Private::paintLine(TextView *view, int line, int from, int to)
 {
     ++paintCount;
@@ -79,6 +91,8 @@ void TextView::Private::paintLine(TextView *view, int line, int from, int to)
     if (!textLine->isHighlighted())
         q->hl->highlight(textLine);
     paint.begin(buffer.get());
+    if (!wantsWholeRow())
+        paint.setClipRect(wantedPixels.start, 0, wantedPixels.end - wantedPixels.start, fontHeight);
     fillRow(manager->normalBackgroundColor);
     paint.translate(leftEdge - xPos, 0);
     const int end = std::min(to, textLine->textLength());
@@ -99,17 +113,37 @@ void TextView::Private::paintLine(TextView *view, int line, int from, int to)
 }
 
 /// Columns of a row that have to be drawn. A row of millions of characters is
-/// on screen with a few of them only.
+/// on screen with a few of them only, and after scrolling sideways most of what is
+/// on screen was there before.
 TextView::Private::RowPart TextView::Private::visiblePart(int line, int from, int end) const
 {
-    if (from > 0 || end - from < longRow)
+    if (from > 0 || (xPos == 0 && end - from < longRow && wantsWholeRow()))
         return {from, end, 0};
     // A character wider than its place may reach into the view.
     const int slack = 2 * fontHeight;
-    const int left = std::max(xPos - slack, 0);
-    const int start = std::max(doc->textLength(line, left) - 1, 0);
-    const int last = doc->textLength(line, xPos + q->width() + slack) + 1;
-    return {start, std::min(last, end), doc->textWidth(line, start)};
+    const int left = std::max(xPos + wantedPixels.start - slack, 0);
+    int start = std::clamp(doc->textLength(line, left) - 1, 0, end);
+    int last = std::min(doc->textLength(line, xPos + wantedPixels.end + slack) + 1, end);
+    if (start < last)
+        widenToPlainText(*doc->lineOf(line), from, end, &start, &last);
+    return {start, last, doc->textWidth(line, start)};
+}
+
+/// Characters that are laid out together look different when they are parted, so
+/// the part begins and ends between two that never are.
+void TextView::Private::widenToPlainText(const TextLine &line, int from, int to, int *start,
+                                         int *end) const
+{
+    const auto isPlain = [&line](int column) {
+        const QChar c = line.at(column);
+        return (c >= u' ' && c < u'\x7f') || c == tab;
+    };
+    const int first = std::max(from, *start - longRow);
+    const int last = std::min(to, *end + longRow);
+    while (*start > first && !(isPlain(*start - 1) && isPlain(*start)))
+        --*start;
+    while (*end < last && !(isPlain(*end - 1) && isPlain(*end)))
+        ++*end;
 }
 
 void TextView::Private::fillRow(const QColor &color)

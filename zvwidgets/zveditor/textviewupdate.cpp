@@ -2,6 +2,7 @@
 #include "zvwidgets/zveditor/editormargins.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textfolding.h"
+#include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview_p.h"
 
@@ -160,8 +161,32 @@ void TextView::Private::updateChangedLines(const LineRegion &changed)
             prevUpdatedlines[n] = shown;
     }
     notedRows = std::min(n, prevUpdatedlines.size());
-    if (y < q->height())
+    updateRest(y, n);
+}
+
+/// A key in a short text leaves what is below it as it is.
+void TextView::Private::updateRest(int y, size_t rows)
+{
+    const ShownRest rest = shownRest(rows);
+    // The icon of the last line goes on there.
+    const QPixmap *const icon = doc->lineOf(doc->lastLine())->linePixmap();
+    const bool differs = rest.hasMarks || rest != notedRest || icon != indicatorMargin->iconBelow();
+    if (y < q->height() && differs)
         updateBand(y, q->height() - y);
+    notedRest = rest;
+}
+
+ShownRest TextView::Private::shownRest(size_t rows) const
+{
+    const auto hasMark = [this](int line) {
+        const TextLine *const textLine = doc->lineOf(line);
+        return textLine->isFoldingStart || textLine->foldingLevel > 0 ||
+               foldingMargin->showAddFoldArea(line);
+    };
+    bool hasMarks = false;
+    for (int key = visibleLines.firstKey(); visibleLines.contains(key) && !hasMarks; ++key)
+        hasMarks = hasMark(visibleLines.at(key).line);
+    return {rows, hasMarks};
 }
 
 void TextView::Private::updateBand(int y, int height) const
@@ -181,6 +206,7 @@ void TextView::Private::noteRows()
     for (int key = visibleLines.firstKey();
          visibleLines.contains(key) && notedRows < prevUpdatedlines.size(); ++key)
         prevUpdatedlines[notedRows++] = {visibleLines.at(key).line, visibleLines.at(key).startPos};
+    notedRest = shownRest(notedRows);
 }
 
 /// Trailing blanks go when the cursor has left their line, past the undo
@@ -261,10 +287,13 @@ void TextView::scrollX(int dx)
         return;
     const double ratio = devicePixelRatioF();
     // Parts of pixels cannot be moved.
-    if (std::abs(dx) >= width() || ratio != std::floor(ratio))
+    if (std::abs(dx) >= width() || ratio != std::floor(ratio)) {
         update();
-    else
-        scroll(dx, 0);
+        return;
+    }
+    // Below the text nothing is to be moved.
+    updateLinesList();
+    scroll(dx, 0, QRect(0, 0, width(), d->visibleLines.count() * d->fontHeight) & rect());
 }
 
 void TextView::scrollY(int)
