@@ -25,6 +25,7 @@ private slots:
     void cleanup();
     void eachCommand_data();
     void eachCommand();
+    void givenDescriptions();
     void cursorFollowsTheLastCommand_data();
     void cursorFollowsTheLastCommand();
     void randomHistory_data();
@@ -119,6 +120,26 @@ void TestTextCommands::eachCommand()
         QCOMPARE(text(), undone);
         stack->redo();
     }
+}
+
+/// One that is given stays, but each run of a removal tells what went.
+void TestTextCommands::givenDescriptions()
+{
+    load(u"abcdef"_s);
+    QtUndoStack *const stack = doc->undoStack();
+    auto *const removal = new CmdRemove(doc, 0, 1, 2);
+    auto *const insertion = new CmdInsert(doc, 0, 0, u"x"_s);
+    QVERIFY(removal->description().isNull());
+    stack->push(removal);
+    QCOMPARE(removal->description(), u"remove bc"_s);
+    removal->setDescription(u"cut"_s);
+    insertion->setDescription(QString());
+    stack->push(insertion);
+    QCOMPARE(stack->undoList(), QStringList({u"cut"_s, QString()}));
+    stack->undo(2);
+    QCOMPARE(stack->redoList(), QStringList({u"cut"_s, QString()}));
+    stack->redo(2);
+    QCOMPARE(stack->undoList(), QStringList({u"remove bc"_s, QString()}));
 }
 
 void TestTextCommands::cursorFollowsTheLastCommand_data()

@@ -80,7 +80,10 @@ QtCommand::QtCommand(const QString &description, bool canMerge)
 {}
 
 QtCommand::QtCommand(Type type, const QString &description, bool canMerge)
-    : m_can_merge(canMerge), m_description(description), m_type(type)
+    : m_can_merge(canMerge)
+    , m_described(!description.isNull())
+    , m_type(type)
+    , m_description(description)
 {}
 
 QtCommand::~QtCommand() = default;
@@ -90,6 +93,18 @@ void QtCommand::redo()
 
 void QtCommand::undo()
 {}
+
+void QtCommand::setDescription(const QString &description)
+{
+    m_described = true;
+    m_description = description;
+}
+
+void QtCommand::resetDescription()
+{
+    m_described = false;
+    m_description.clear();
+}
 
 bool QtCommand::mergeMeWith(QtCommand *)
 {

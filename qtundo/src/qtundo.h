@@ -39,8 +39,8 @@ public:
     /// stack then deletes \a command. False if the two stay separate steps.
     virtual bool mergeMeWith(QtCommand *command);
 
-    QString description() const { return m_description; }
-    void setDescription(const QString &description) { m_description = description; }
+    QString description() const { return m_described ? m_description : describe(); }
+    void setDescription(const QString &description);
     bool canMerge() const { return m_can_merge; }
     void setCanMerge(bool canMerge) { m_can_merge = canMerge; }
     Type type() const { return m_type; }
@@ -48,10 +48,18 @@ public:
     bool isMacroEnd() const { return m_type == MacroEnd; }
     bool isCommand() const { return m_type == Command; }
 
+protected:
+    /// What the description is as long as none was given or set. A history may
+    /// hold a great many commands, of which few are ever shown.
+    virtual QString describe() const { return QString(); }
+    /// Makes describe() count again.
+    void resetDescription();
+
 private:
     bool m_can_merge;
-    QString m_description;
+    bool m_described;
     Type m_type;
+    QString m_description;
 };
 
 /// What a stack publishes, taken before a change and compared after it.

@@ -11,15 +11,6 @@ namespace {
 
 constexpr qsizetype maxDescription = 32;
 
-/// Cut before it is joined, as pasting makes many commands with long texts.
-QString describe(QLatin1String prefix, const QString &text)
-{
-    const qsizetype room = maxDescription - prefix.size();
-    if (text.size() <= room)
-        return prefix + text;
-    return prefix + text.left(room) + QLatin1String("...");
-}
-
 /// To be called once the text of the line has changed from \a column on. Text
 /// that changes is never left hidden in a fold.
 void lineChanged(TextDocument *doc, int line, int column)
@@ -37,12 +28,17 @@ QString copyOf(const TextLine *line, int column, int length)
 
 } // namespace
 
+// Cut before it is joined, as the text may be that of a whole file.
+QString stepDescription(QLatin1String prefix, const QString &text)
+{
+    const qsizetype room = maxDescription - prefix.size();
+    if (text.size() <= room)
+        return prefix.isEmpty() ? text : prefix + text;
+    return prefix + text.left(room) + QLatin1String("...");
+}
+
 CmdInsert::CmdInsert(TextDocument *document, int atLine, int atColumn, const QString &insertedText)
-    : QtCommand(describe(QLatin1String("insert "), insertedText), true)
-    , doc(document)
-    , line(atLine)
-    , column(atColumn)
-    , text(insertedText)
+    : QtCommand(QString(), true), doc(document), line(atLine), column(atColumn), text(insertedText)
 {}
 
 void CmdInsert::redo()
@@ -69,6 +65,11 @@ bool CmdInsert::mergeMeWith(QtCommand *)
     return false;
 }
 
+QString CmdInsert::describe() const
+{
+    return stepDescription(QLatin1String("insert "), text);
+}
+
 CmdRemove::CmdRemove(TextDocument *document, int atLine, int atColumn, int removedLength)
     : QtCommand(QString(), true)
     , doc(document)
@@ -85,7 +86,8 @@ void CmdRemove::redo()
     target->removeText(column, length);
     doc->setMacroCursorPosition(line, column);
     lineChanged(doc, line, column);
-    setDescription(describe(QLatin1String("remove "), oldText));
+    hasRun = true;
+    resetDescription();
 }
 
 void CmdRemove::undo()
@@ -98,6 +100,11 @@ void CmdRemove::undo()
 bool CmdRemove::mergeMeWith(QtCommand *)
 {
     return false;
+}
+
+QString CmdRemove::describe() const
+{
+    return hasRun ? stepDescription(QLatin1String("remove "), oldText) : QString();
 }
 
 CmdMakeLine::CmdMakeLine(TextDocument *document, int atLine)

@@ -6,6 +6,9 @@ namespace zvwidgets {
 
 class TextDocument;
 
+/// The text of an undo step: \a prefix and \a text, cut off if they are long.
+QString stepDescription(QLatin1String prefix, const QString &text);
+
 /// Inserts text within one line. A column past the line's end is reached by
 /// padding with blanks, which undo leaves. An empty text changes nothing and
 /// only places the cursor: a macro marks its first and last position so.
@@ -23,6 +26,9 @@ public:
     void redo() override;
     void undo() override;
     bool mergeMeWith(QtCommand *command) override;
+
+protected:
+    QString describe() const override;
 
 private:
     TextDocument *const doc;
@@ -42,12 +48,16 @@ public:
     void undo() override;
     bool mergeMeWith(QtCommand *command) override;
 
+protected:
+    QString describe() const override;
+
 private:
     TextDocument *const doc;
     const int line;
     const int column;
     int length;
-    /// Known only once the command ran.
+    /// Only then oldText is known, and with it the description.
+    bool hasRun = false;
     QString oldText;
 };
 

@@ -15,19 +15,6 @@
 
 namespace zvwidgets {
 
-namespace {
-
-constexpr qsizetype maxDescription = 32;
-
-QString shortened(const QString &description)
-{
-    if (description.length() <= maxDescription)
-        return description;
-    return description.left(maxDescription) + QLatin1String("...");
-}
-
-} // namespace
-
 void TextDocument::Private::freeLines()
 {
     longestLine = nullptr;
@@ -428,7 +415,8 @@ void TextDocument::documentChanged(bool isModified)
 void TextDocument::macroBegin(const QString &description)
 {
     ++d->openMacros;
-    d->undoStack->push(new QtCommand(QtCommand::MacroBegin, shortened(description), true));
+    d->undoStack->push(
+        new QtCommand(QtCommand::MacroBegin, stepDescription(QLatin1String(), description), true));
 }
 
 void TextDocument::macroBegin(const QString &description, int line, int column)

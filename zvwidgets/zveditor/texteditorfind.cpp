@@ -70,8 +70,9 @@ public:
                  bool expandTabs)
         : doc(document)
         , matcher(lineMatcher)
-        , replacement(newText)
+        , replacement(newText.constData(), newText.size())
         , expand(expandTabs && newText.contains(u'\t'))
+        , breaks(newText.contains(u'\n'))
     {}
 
     /// Replaces in \a line the matches from \a from on that end at or before
@@ -144,13 +145,14 @@ private:
     int exchange(int line, int column, int length, const QString &out)
     {
         doc->cmdRemove(line, column, length);
-        const QStringList parts = out.split(u'\n');
-        doc->cmdInsert(line, column, parts.first());
-        const int added = int(parts.size()) - 1;
-        if (added == 0) {
+        if (!breaks) {
+            doc->cmdInsert(line, column, out);
             lastPlace = QPoint(column + int(out.length()), line);
             return 1;
         }
+        const QStringList parts = out.split(u'\n');
+        doc->cmdInsert(line, column, parts.first());
+        const int added = int(parts.size()) - 1;
         doc->cmdInsertLineBreak(line, column + int(parts.first().length()));
         doc->cmdInsert(line + 1, 0, parts.last());
         for (int i = 1; i < added; ++i) {
@@ -163,8 +165,10 @@ private:
 
     TextDocument *const doc;
     const LineMatcher &matcher;
+    /// A copy, as a literal would be copied for each command that holds it.
     const QString replacement;
     const bool expand;
+    const bool breaks;
     int visual = 0;
     int hits = 0;
     QPoint lastPlace;
