@@ -1,7 +1,6 @@
 #include "zvwidgets/zveditor/textline.h"
 
 #include "zvwidgets/zveditor/linepool.h"
-#include "zvwidgets/zveditor/scanmarks.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,6 +27,9 @@ struct TextLine::Private
 };
 
 namespace {
+
+/// In characters.
+constexpr int replacementRoom = 32;
 
 // A line that has its text alone, in a buffer of about its size, is changed in
 // place. Any other gets a copy made to measure: QString would take over the
@@ -77,7 +79,7 @@ TextLine::Private &TextLine::record()
 /// Null if the line is not long.
 TextLine::LongLine *TextLine::longLine()
 {
-    if (textLength() < ScanMarks::longLine) {
+    if (!isLong()) {
         if (d)
             d->longLine.reset();
         return nullptr;
@@ -136,9 +138,12 @@ void TextLine::removeText(int column, int length)
         return;
     }
     const QStringView old(*this);
-    QString whole(old.size() - length, Qt::Uninitialized);
+    const qsizetype left = old.size() - length;
+    // What is removed is often replaced at once, which needs no new memory then.
+    QString whole(left + std::min(length, replacementRoom), Qt::Uninitialized);
     QChar *out = std::copy_n(old.data(), column, whole.data());
-    std::copy_n(old.data() + column + length, old.size() - column - length, out);
+    std::copy_n(old.data() + column + length, left - column, out);
+    whole.truncate(left);
     QString::operator=(std::move(whole));
 }
 
@@ -205,13 +210,13 @@ qint8 *TextLine::attributesForWrite()
     return attributes.data();
 }
 
-ScanMarks *TextLine::contextMarks()
+ScanMarks *TextLine::longContextMarks()
 {
     LongLine *const line = longLine();
     return line ? &line->contexts : nullptr;
 }
 
-ScanMarks *TextLine::colourMarks()
+ScanMarks *TextLine::longColourMarks()
 {
     LongLine *const line = longLine();
     return line ? &line->colours : nullptr;
