@@ -347,19 +347,20 @@ void HighlightScanner::begin(QStringView text)
     farthest = 0;
 }
 
-/// The place where a scan has to start; at the end of the text if it need not.
-ScanMarks::Place HighlightScanner::resume(int ctx, ScanMarks *marks)
+/// The place where a scan has to start; nowhere in particular if it need not.
+inline ScanMarks::Place HighlightScanner::start(int ctx, ScanMarks *marks)
 {
     ScanMarks::Place place;
     place.ctx = ctx;
     place.rule = -1;
-    if (marks)
+    if (marks) {
         place = marks->begin(id, ctx, end);
+        work -= place.spent;
+    }
     if (place.rule < 0) {
         const Context *context = contextAt(ctx);
         place.rule = context && end > 0 ? context->firstRule(units[0]) : 0;
     }
-    work -= place.spent;
     return place;
 }
 
@@ -370,10 +371,9 @@ bool HighlightScanner::pass(ScanMarks *marks, ScanMarks::Place place)
     return marks->pass(place, budget);
 }
 
-void HighlightScanner::finish(int ctx, ScanMarks *marks)
+void HighlightScanner::finish(int ctx, ScanMarks *marks) const
 {
-    if (marks)
-        marks->finish(ctx, budget - work, budget);
+    marks->finish(ctx, budget - work, budget);
 }
 
 /// The reach of all that was found out on the way to \a at.
@@ -434,13 +434,13 @@ inline int HighlightScanner::take(const Context &context, int *index, int at)
 int HighlightScanner::follow(int ctx, QStringView text, ScanMarks *marks)
 {
     begin(text);
-    const ScanMarks::Place start = resume(ctx, marks);
+    const ScanMarks::Place first = start(ctx, marks);
     if (marks && marks->isSettled())
         return marks->endContext();
-    ctx = start.ctx;
-    int at = start.at;
-    int i = start.rule;
-    bool advanced = start.matched;
+    ctx = first.ctx;
+    int at = first.at;
+    int i = first.rule;
+    bool advanced = first.matched;
     int mark = marks ? marks->nextColumn() : nowhere;
     size_t handOvers = 0;
     const Context *context = contextAt(ctx);
@@ -477,21 +477,22 @@ int HighlightScanner::follow(int ctx, QStringView text, ScanMarks *marks)
         if (context && at < end)
             i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
     }
-    finish(ctx, marks);
+    if (marks)
+        finish(ctx, marks);
     return ctx;
 }
 
 void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes, ScanMarks *marks)
 {
     begin(text);
-    const ScanMarks::Place start = resume(ctx, marks);
+    const ScanMarks::Place first = start(ctx, marks);
     if (marks && marks->isSettled())
         return;
-    ctx = start.ctx;
-    int at = start.at;
-    int i = start.rule;
-    int shrinks = start.shrinks;
-    bool matched = start.matched;
+    ctx = first.ctx;
+    int at = first.at;
+    int i = first.rule;
+    int shrinks = first.shrinks;
+    bool matched = first.matched;
     int mark = marks ? marks->nextColumn() : nowhere;
     size_t handOvers = 0;
     const Context *context = contextAt(ctx);
@@ -536,9 +537,10 @@ void HighlightScanner::colour(int ctx, QStringView text, qint8 *attributes, Scan
         if (context && at < end)
             i = context->nextRule(units[at], target >= 0 ? 0 : i + 1);
     }
-    if (marks)
+    if (marks) {
         std::fill(attributes + at + shrinks, attributes + text.size(), qint8(0));
-    finish(ctx, marks);
+        finish(ctx, marks);
+    }
 }
 
 /// Takes the last character from the text the rules see; false if nothing in it

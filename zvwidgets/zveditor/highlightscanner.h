@@ -54,9 +54,9 @@ private:
 
     const Context *contextAt(int ctx) const;
     void begin(QStringView text);
-    ScanMarks::Place resume(int ctx, ScanMarks *marks);
+    ScanMarks::Place start(int ctx, ScanMarks *marks);
     bool pass(ScanMarks *marks, ScanMarks::Place place);
-    void finish(int ctx, ScanMarks *marks);
+    void finish(int ctx, ScanMarks *marks) const;
     int reachAt(int at) const;
     int take(const Context &context, int *index, int at);
     int takeUntil(const Context &context, const Rule &rule, int at);

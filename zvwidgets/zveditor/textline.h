@@ -1,6 +1,7 @@
 #pragma once
 
 #include "zvwidgets/zveditor/lineregion.h"
+#include "zvwidgets/zveditor/scanmarks.h"
 
 #include <QColor>
 #include <QList>
@@ -13,8 +14,6 @@
 class QPixmap;
 
 namespace zvwidgets {
-
-class ScanMarks;
 
 /// What ended a line in the file it was read from.
 enum class LineEnd : quint8
@@ -103,8 +102,8 @@ public:
     /// For a long line, see ScanMarks, what was noted on it while its contexts were
     /// followed, and while it was coloured; null for any other. Kept in step with
     /// the text; valid until the line changes.
-    ScanMarks *contextMarks();
-    ScanMarks *colourMarks();
+    ScanMarks *contextMarks() { return d || isLong() ? longContextMarks() : nullptr; }
+    ScanMarks *colourMarks() { return d || isLong() ? longColourMarks() : nullptr; }
     /// As attributesForWrite(), but of a long line: characters that have not changed
     /// since the last colouring keep what it gave them, the others hold anything.
     qint8 *attributesForUpdate();
@@ -149,7 +148,10 @@ private:
     struct LongLine;
 
     Private &record();
+    bool isLong() const { return textLength() >= ScanMarks::longLine; }
     LongLine *longLine();
+    ScanMarks *longContextMarks();
+    ScanMarks *longColourMarks();
     void textChanged(int column, int removed, int inserted);
 
     bool highlighted : 1;
