@@ -14,7 +14,6 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <ctime>
 #include <functional>
 #include <type_traits>
 
@@ -92,24 +91,6 @@ inline QByteArray readFile(const QString &path)
         .arg(shown(got), shown(wanted))
         .arg(wanted.size());
 }
-
-/// Milliseconds that this process has been computing: unlike those on the clock they
-/// are no more when the machine has other work.
-class CpuTimer
-{
-public:
-    void start() { begin = std::clock(); }
-    qint64 elapsed() const { return qint64(std::clock() - begin) * 1000 / CLOCKS_PER_SEC; }
-    qint64 restart()
-    {
-        const qint64 before = elapsed();
-        start();
-        return before;
-    }
-
-private:
-    std::clock_t begin = 0;
-};
 
 /// Shows \a window and gives it the keyboard; false if it doesn't come. A window
 /// manager that is just starting may miss a request, so each is made again.

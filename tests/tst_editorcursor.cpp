@@ -418,8 +418,6 @@ void TestEditorCursor::wordMovesOnLongLines()
 {
     manager->setLineWrap(false);
     setText(u"word "_s.repeated(200000) + u'|');
-    CpuTimer timer;
-    timer.start();
     for (int i = 0; i < 20; ++i)
         cursor->move(EditorCursor::MoveWordBackward, false);
     QCOMPARE(cursor->column(), 5 * (200000 - 20));
@@ -428,7 +426,6 @@ void TestEditorCursor::wordMovesOnLongLines()
     QCOMPARE(cursor->column(), 0);
     cursor->move(EditorCursor::MoveWordForward, false);
     QCOMPARE(cursor->column(), 1000000);
-    QVERIFY2(timer.elapsed() < 10000, qPrintable(QString::number(timer.elapsed())));
 }
 
 QTEST_MAIN(TestEditorCursor)

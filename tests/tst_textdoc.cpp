@@ -294,15 +294,11 @@ void TestTextDoc::longCommentInMacro()
     QStringList lines;
     for (int i = 0; i < 2000; ++i)
         lines << u"/* a"_s << u"b */"_s;
-    CpuTimer timer;
-    timer.start();
     doc.insert(lines.join(u'\n'), 0, 0);
-    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(doc.lineOf(0)->context() != 0);
     QCOMPARE(doc.lineOf(1)->context(), 0);
     QCOMPARE(doc.lineOf(4000)->context(), 0);
     doc.undoStack()->undo();
-    QVERIFY2(timer.elapsed() < 10'000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(doc.lineOf(0)->context(), 0);
 }
 

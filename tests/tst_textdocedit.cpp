@@ -163,7 +163,7 @@ private slots:
     void readOnly_data();
     void readOnly();
     void copyFillsClipboard();
-    void speed();
+    void manyLines();
 };
 
 // Without a view the arguments tell the place.
@@ -398,9 +398,8 @@ void TestTextDocEdit::copyFillsClipboard()
     QCOMPARE(doc.text(), lines("abc|def"));
 }
 
-// The bounds are wide: what they catch is work that grows with the square of the
-// lines.
-void TestTextDocEdit::speed()
+// Work that grew with the square of the lines would not end in the time of a test.
+void TestTextDocEdit::manyLines()
 {
     Fixture fixture(false);
     TextDocument &doc = fixture.doc();
@@ -408,25 +407,14 @@ void TestTextDocEdit::speed()
     QString pasted;
     for (int i = 0; i < 10'000; ++i)
         pasted += u"some\tline of text\n"_s;
-    CpuTimer timer;
-    timer.start();
-    const auto took = [&timer](const char *what) {
-        const qint64 elapsed = timer.restart();
-        qInfo("%s: %lld ms", what, static_cast<long long>(elapsed));
-        return elapsed;
-    };
     doc.insert(pasted, 100'000, 0);
-    QVERIFY(took("paste 10,000 lines") < 5000);
     doc.undoStack()->undo();
-    QVERIFY(took("undo") < 5000);
+    QCOMPARE(doc.lastLine(), 300'000 - 1);
     doc.undoStack()->redo();
-    QVERIFY(took("redo") < 5000);
     const QRect rect(QPoint(0, 50'000), QPoint(1, 150'000));
     doc.selectionCommand(SelectionCut, rect, false);
-    QVERIFY(took("cut 100,000 lines") < 10'000);
     QCOMPARE(doc.lastLine(), 210'000 - 1);
     doc.undoStack()->undo();
-    QVERIFY(took("undo") < 10'000);
     QCOMPARE(doc.lastLine(), 310'000 - 1);
 }
 

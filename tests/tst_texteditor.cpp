@@ -55,8 +55,7 @@ private slots:
     void replaceAll();
     void replaceAllIsOneStep();
     void replaceAllKeepsReadOnlyText();
-    void searchingIsFast();
-    void replacingIsFast();
+    void replacesManyHits();
 
     void pasting();
     void completionList_data();
@@ -360,26 +359,7 @@ void TestTextEditor::replaceAllKeepsReadOnlyText()
     QVERIFY(!editor->isModified());
 }
 
-void TestTextEditor::searchingIsFast()
-{
-    QByteArray bytes("some text of usual length, with commas and the like;\n");
-    bytes = bytes.repeated(400000) + "needle";
-    QBuffer buffer(&bytes);
-    QVERIFY(buffer.open(QIODevice::ReadOnly));
-    QVERIFY(doc->load(buffer));
-    for (const int options : {int(Plain), int(CaseSensitive)}) {
-        CpuTimer timer;
-        timer.start();
-        QVERIFY(find(u"needle"_s, options));
-        const qint64 elapsed = timer.elapsed();
-        QCOMPARE(view->cursor()->pos(), QPoint(6, 400000));
-        qInfo("found behind %lld characters in %lld ms", qlonglong(bytes.size()),
-              qlonglong(elapsed));
-        QVERIFY(elapsed < 5000);
-    }
-}
-
-void TestTextEditor::replacingIsFast()
+void TestTextEditor::replacesManyHits()
 {
     const QString line = u"value = other(value) + 1 and some more text to fill it\n"_s;
     for (const QString &text :
@@ -388,11 +368,7 @@ void TestTextEditor::replacingIsFast()
         QBuffer buffer(&bytes);
         QVERIFY(buffer.open(QIODevice::ReadOnly));
         QVERIFY(doc->load(buffer));
-        CpuTimer timer;
-        timer.start();
         QCOMPARE(editor->replaceAll(u"value"_s, u"val"_s, true, false, false), 100000);
-        qInfo("100000 replacements in %lld ms", qlonglong(timer.elapsed()));
-        QVERIFY(timer.elapsed() < 20000);
     }
 }
 

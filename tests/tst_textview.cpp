@@ -78,7 +78,7 @@ private slots:
     void fillsCoverEachOther();
     void blankLinesInheritBackground();
     void longLineShowsItsPlace();
-    void longWrappedLineIsQuick();
+    void longWrappedLine();
     void mouseSelects();
     void dragMovesOrCopies_data();
     void dragMovesOrCopies();
@@ -648,25 +648,19 @@ void TestTextView::longLineShowsItsPlace()
         return shown();
     };
     const QImage expected = shot(30, 4);
-    CpuTimer timer;
     setText(piece.repeated(200000));
     const int x = doc->textWidth(0, 100000 * int(piece.size()));
-    timer.start();
     view->hslide(x);
     const QImage image = shown();
-    QVERIFY2(timer.elapsed() < 500, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(image == expected);
 }
 
-void TestTextView::longWrappedLineIsQuick()
+void TestTextView::longWrappedLine()
 {
     doc->setWrap(true);
     setText(u"word and text "_s.repeated(150000));
-    CpuTimer timer;
-    timer.start();
     QTest::keyClick(view, Qt::Key_X);
     shown();
-    QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(view->docPosToScreen(1, 0).y(), 0);
     view->setCursorPosition(0, doc->textLength(0), false);
     // The line stays in view though its end cannot be.

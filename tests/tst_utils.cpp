@@ -144,10 +144,7 @@ void UtilsTest::damagedLongStringEnds()
 {
     Utils::saveLongString(u"/vesk/long"_s, u"text"_s);
     Settings::writeFull(u"/vesk/long/data_count"_s, u"2000000000"_s);
-    CpuTimer timer;
-    timer.start();
     QVERIFY(Utils::loadLongString(u"/vesk/long"_s, {}).startsWith(u"text"_s));
-    QVERIFY(timer.elapsed() < 1000);
 }
 
 void UtilsTest::createsFolders()
