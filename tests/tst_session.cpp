@@ -216,9 +216,10 @@ void TestSession::folds()
     session->keys(u"Down"_s);
     session->type(u"below"_s);
     lines[first + 6] = "below";
+    session->keys(u"Up"_s);
     SAVE_AND_COMPARE();
     // Opened again, it leads into it.
-    session->keys(u"Up"_s);
+    QVERIFY(XSession::waitForPaint());
     session->click(session->pointInFolds());
     session->keys(u"Down Home"_s);
     session->type(u"in "_s);

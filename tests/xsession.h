@@ -284,18 +284,6 @@ public:
         return waitForPaint();
     }
 
-    QTemporaryDir dir;
-    QProcessEnvironment environment;
-    QProcess process;
-    QFont font;
-
-private:
-    /// A window may have the focus before its program knows.
-    [[nodiscard]] static bool waitForKeys()
-    {
-        return QTest::qWaitFor([] { return !currentLine().isNull(); }, patience);
-    }
-
     /// True once the line with the cursor has stopped moving.
     [[nodiscard]] static bool waitForPaint()
     {
@@ -310,6 +298,18 @@ private:
                 return same >= samples;
             },
             patience);
+    }
+
+    QTemporaryDir dir;
+    QProcessEnvironment environment;
+    QProcess process;
+    QFont font;
+
+private:
+    /// A window may have the focus before its program knows.
+    [[nodiscard]] static bool waitForKeys()
+    {
+        return QTest::qWaitFor([] { return !currentLine().isNull(); }, patience);
     }
 
     static QString tool(const QStringList &arguments)
