@@ -12,6 +12,7 @@
 #include <QImageReader>
 #include <QSplashScreen>
 #include <QThread>
+#include <QTimer>
 #include <QWindow>
 
 #include <memory>
@@ -51,8 +52,12 @@ private:
 void waitUntilShown(const QWindow *window)
 {
     const QDeadlineTimer limit(1000);
+    // Sees to it that something happens before the limit.
+    QTimer wake;
+    wake.start(100);
     while (!window->isExposed() && !limit.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents |
+                                        QEventLoop::ExcludeUserInputEvents);
 }
 
 int run()
@@ -81,7 +86,8 @@ int run()
     waitUntilShown(shell.windowHandle());
     splash->finish(&shell);
     splash.reset();
-    return QApplication::exec();
+    // Whoever closed it while it came up closed it before the loop that would end.
+    return shell.isLeaving() ? 0 : QApplication::exec();
 }
 
 } // namespace

@@ -626,6 +626,11 @@ void Shell::exit()
     QApplication::exit(0);
 }
 
+bool Shell::isLeaving() const
+{
+    return d->isLeaving;
+}
+
 void Shell::closeEvent(QCloseEvent *event)
 {
     // The window goes with the program, not before it.

@@ -42,8 +42,12 @@ public:
     QWidget *leftDockWidget() const;
     QWidget *bottomDockWidget() const;
 
+    /// True once exit() has closed everything.
+    bool isLeaving() const;
+
 public slots:
     /// Leaves the event loop once all files are closed; a refusal changes nothing.
+    /// Called before there is a loop it makes isLeaving() true.
     void exit();
     void rebuildUI();
     void timeout();

@@ -49,6 +49,9 @@ void Editors::loadSession()
 /// program relies on nothing else.
 void Editors::loadSessionCurrent()
 {
+    // The window may have been closed meanwhile.
+    if (!current())
+        return;
     const QString path = Settings::read(openedCurrentKey);
     if (QFileInfo::exists(path))
         open(path);
