@@ -325,6 +325,14 @@ void TestZVEditor::cursorGetsContext()
     QCOMPARE(editor->cursorLine(), 500);
     QCOMPARE(editor->cursorColumn(), 2);
     QVERIFY2(first <= 490 && last >= 500, qPrintable(u"%1-%2"_s.arg(first).arg(last)));
+    inner()->folding()->createFold(600, 610);
+    QVERIFY(!inner()->document()->lineOf(605)->isFoldVisible);
+    editor->setCursorPosition(605, 0);
+    QVERIFY(inner()->document()->lineOf(605)->isFoldVisible);
+    for (const int far : {std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        editor->setCursorPosition(far, 0);
+        QCOMPARE(editor->cursorLine(), far > 0 ? inner()->document()->lastLine() : 0);
+    }
 }
 
 void TestZVEditor::reloadAsks()

@@ -19,6 +19,8 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include <algorithm>
+
 using zvwidgets::FolderInfo;
 using zvwidgets::FoldersState;
 using zvwidgets::TextDocument;
@@ -416,6 +418,9 @@ int ZVEditor::cursorColumn() const
 void ZVEditor::setCursorPosition(int line, int column)
 {
     zvwidgets::TextView *const view = d->editor->view();
+    line = std::clamp(line, 0, d->editor->document()->lastLine());
+    if (!d->lineAt(line)->isFoldVisible)
+        d->editor->folding()->ensureLineVisible(line);
     for (const int passed : {line + contextLines, line - contextLines, line})
         view->setCursorPosition(passed, column, false);
 }
