@@ -215,6 +215,12 @@ void TestSearchInFiles::blocksDoNotCutLines()
         QVERIFY(search(query, accented) == expected);
         QVERIFY(search(query, wide) == expected);
     }
+    // A byte-order mark is no part of a first line longer than a block.
+    const QString first = u"needle"_s + QString(3 * 1024 * 1024, u'x') + u"\nneedle"_s;
+    const QString marked = write(u"marked"_s, "\xef\xbb\xbf" + first.toUtf8());
+    const SearchQuery atStart{u"^needle"_s, true, true, false};
+    QCOMPARE(search(atStart, marked).size(), 2);
+    QVERIFY(search(atStart, marked) == naiveSearch(atStart, first));
 }
 
 void TestSearchInFiles::stopsInsideOfAFile_data()

@@ -203,6 +203,7 @@ bool FileSearch::inPieces(qsizetype size, const Work &work) const
 bool FileSearch::searchFile(int fd)
 {
     qsizetype kept = 0; // of a line that has not come to its end
+    qsizetype mark = 0; // bytes of a byte-order mark at the start of the buffer
     bool first = true;
     for (;;) {
         if (buffer.size() < kept + blockSize)
@@ -211,7 +212,6 @@ bool FileSearch::searchFile(int fd)
         const qsizetype got = readFully(fd, data + kept, blockSize);
         const bool atEnd = got < blockSize;
         const qsizetype size = kept + got;
-        qsizetype offset = 0;
         if (first) {
             first = false;
             const auto encoding = QStringConverter::encodingForData(QByteArrayView(data, size));
@@ -219,20 +219,22 @@ bool FileSearch::searchFile(int fd)
                 return searchDecoded(fd, *encoding);
             if (encoding) {
                 decoding = Decoding::Utf8;
-                offset = 3;
+                mark = 3;
             }
         }
         // The kept part can hold a line end only in its last byte, a CR.
         const qsizetype unseen = qMax<qsizetype>(0, kept - 1);
         const qsizetype ends = wholeLines(data + unseen, size - unseen);
         const qsizetype whole = atEnd ? size : ends > 0 ? unseen + ends : 0;
-        if (whole > 0 && !searchBytes(data + offset, whole - offset, fd))
+        if (whole > 0 && !searchBytes(data + mark, whole - mark, fd))
             return false;
         if (atEnd)
             return true;
         kept = size - whole;
-        if (whole > 0)
+        if (whole > 0) {
             memmove(data, data + whole, size_t(kept));
+            mark = 0;
+        }
         if (!goOn())
             return false;
     }
