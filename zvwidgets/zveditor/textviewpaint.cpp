@@ -99,7 +99,9 @@ void TextView::Private::paintLine(TextView *view, int line, int from, int to)
     if (end == 0 && line >= 2)
         paintInheritedBackground(line);
     const RowPart part = visiblePart(line, from, end);
-    paintBackgrounds(*textLine, part, from);
+    // Backgrounds do not all begin where their text does, so that they depend on all
+    // that stands left of them.
+    paintBackgrounds(*textLine, end - from < longRow ? RowPart{from, end, 0} : part, from);
     paintLineColor(view, line);
     if (view->hasSelection())
         paintSelection(view, line, from);
