@@ -178,21 +178,22 @@ void replaceAll(benchmark::State &state)
     const std::string file = bench::needleFile(6000000, 100000);
     for (auto _ : state) {
         const Window window(file);
-        auto *const watch = new bench::PaintWatch(window.view());
+        bench::PaintWatch watch(window.view());
         bench::settle();
+        watch.reset();
         QElapsedTimer timer;
         timer.start();
         const int hits = window.editor->replaceAll(QStringLiteral("needle"), QStringLiteral("pin"),
                                                    true, false, false);
-        watch->wait();
+        watch.wait();
         state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
         if (hits != 100000)
             state.SkipWithError("wrong number of hits");
         bench::settle();
-        watch->reset();
+        watch.reset();
         timer.start();
         window.document()->undoStack()->undo(1);
-        watch->wait();
+        watch.wait();
         state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
     }
 }

@@ -169,6 +169,7 @@ struct Widget
             Window window(file, false);
             PaintWatch watch(window.painted());
             settle();
+            watch.reset();
             int hits = 0;
             state.SetIterationTime(timed(watch, [&] { hits = window.replaceAll(); }) / 1e9);
             if (hits != 100000)
