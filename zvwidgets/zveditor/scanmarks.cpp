@@ -64,6 +64,9 @@ bool ScanMarks::pass(const Place &place, qint64 budget)
     if (firstBehind < behind.size() && behind[firstBehind].at == place.at) {
         const qint64 more = place.spent - behind[firstBehind].spent;
         if (place.goesOnAs(behind[firstBehind]) && spentAtEnd + more < budget) {
+            // What the way here depends on has to be known of the first place behind it.
+            Place &met = behind[firstBehind];
+            met.reach = std::max(met.reach, place.reach);
             for (; firstBehind < behind.size(); ++firstBehind) {
                 places.push_back(behind[firstBehind]);
                 places.back().spent += more;
