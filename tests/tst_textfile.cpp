@@ -516,6 +516,9 @@ void TestTextFile::mixedLineEnds()
     text.lines.insert(1, std::make_unique<TextLine>(u"new"_s).release());
     text.lines.at(4)->insertText(1, u"!"_s);
     QCOMPARE(written(&text), QByteArray("a\nnew\r\nb\r\nc\r\nd!\re"));
+    // The last line had no end of its own.
+    text.lines.append(std::make_unique<TextLine>(u"f"_s).release());
+    QCOMPARE(written(&text), QByteArray("a\nnew\r\nb\r\nc\r\nd!\re\r\nf"));
 }
 
 void TestTextFile::unencodableCharacters_data()

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <numeric>
 #include <utility>
 
 namespace zvwidgets {
@@ -148,7 +149,9 @@ LineEnd settleLineEnds(TextLineArray *lines, LineEnd firstEnd, const std::array<
     }
     if (mostCommon == firstEnd)
         return mostCommon;
-    for (int i = 0; i < lines->size(); ++i) {
+    // The last line has no end if the text stopped before.
+    const int ended = std::accumulate(ends.begin(), ends.end(), 0);
+    for (int i = 0; i < ended; ++i) {
         TextLine *line = lines->at(i);
         if (line->lineEnd() == LineEnd::Document)
             line->setLineEnd(firstEnd);
