@@ -134,7 +134,7 @@ QString systemError(int number)
     return QString::fromLocal8Bit(std::strerror(number));
 }
 
-bool writeAll(int file, QIODevice &from)
+bool writeAll(int file, QFile &from)
 {
     QByteArray buffer;
     while (!(buffer = from.read(256 * 1024)).isEmpty()) {
@@ -150,7 +150,7 @@ bool writeAll(int file, QIODevice &from)
             left -= written;
         }
     }
-    return true;
+    return from.error() == QFileDevice::NoError;
 }
 
 bool overwrite(int file, QFile &content)
