@@ -326,8 +326,16 @@ void TextEditor::unindent()
 
 void TextEditor::moveCursor(int line, int column)
 {
-    d->reveal(line);
+    reveal(line);
     d->view->centerCursor(line, column);
+}
+
+void TextEditor::reveal(int line)
+{
+    line = std::clamp(line, 0, d->doc->lastLine());
+    // A closed fold that begins here may stay closed.
+    if (!d->doc->lineOf(line)->isFoldVisible)
+        d->doc->folding()->ensureLineVisible(line);
 }
 
 void TextEditor::setLineIcon(int line, QPixmap *pixmap)
@@ -341,14 +349,6 @@ void TextEditor::setLineIcon(int line, QPixmap *pixmap)
 void TextEditor::clearLineIcon(int line)
 {
     setLineIcon(line, nullptr);
-}
-
-void TextEditor::Private::reveal(int line)
-{
-    line = std::clamp(line, 0, doc->lastLine());
-    // A closed fold that begins here may stay closed.
-    if (!doc->lineOf(line)->isFoldVisible)
-        doc->folding()->ensureLineVisible(line);
 }
 
 void TextEditor::Private::makeViewActive()

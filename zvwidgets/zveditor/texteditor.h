@@ -100,6 +100,8 @@ public:
     /// Places the cursor and brings it to the middle of the view, out of any
     /// closed fold.
     void moveCursor(int line, int column);
+    /// Opens the folds that hide \a line, which may lie outside of the text.
+    void reveal(int line);
 
     /// \a pixmap is not owned.
     void setLineIcon(int line, QPixmap *pixmap);

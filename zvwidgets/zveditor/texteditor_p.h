@@ -82,8 +82,6 @@ struct TextEditor::Private
 
     /// Makes this editor's cursor the one the document's commands work at.
     void makeViewActive();
-    /// Opens the folds that hide the line somebody is led to.
-    void reveal(int line);
     void insertPasted(const QString &text);
 
     bool find();

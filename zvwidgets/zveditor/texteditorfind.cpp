@@ -257,7 +257,7 @@ bool TextEditor::Private::find()
 
 void TextEditor::Private::select(int line, int column, int length)
 {
-    reveal(line);
+    self->reveal(line);
     view->setCursorPosition(line, column + length, false);
     view->setSelection(QPoint(column, line), QPoint(column + length, line));
     view->updateView(false);

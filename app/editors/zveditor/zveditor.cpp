@@ -419,8 +419,7 @@ void ZVEditor::setCursorPosition(int line, int column)
 {
     zvwidgets::TextView *const view = d->editor->view();
     line = std::clamp(line, 0, d->editor->document()->lastLine());
-    if (!d->lineAt(line)->isFoldVisible)
-        d->editor->folding()->ensureLineVisible(line);
+    d->editor->reveal(line);
     for (const int passed : {line + contextLines, line - contextLines, line})
         view->setCursorPosition(passed, column, false);
 }
