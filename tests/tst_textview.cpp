@@ -45,6 +45,12 @@ QString numberedLines(int count)
 
 } // namespace
 
+class TestTextView;
+
+/// Changes a text of nine lines, or what is shown of it.
+using ViewStep = std::function<void(TestTextView *)>;
+using ViewSteps = std::vector<std::pair<const char *, ViewStep>>;
+
 class TestTextView : public EditorTest
 {
     Q_OBJECT
@@ -87,6 +93,8 @@ private slots:
     void keysBeforeShortcuts();
 
 private:
+    static ViewSteps editingSteps();
+    static ViewSteps showingSteps();
     void setText(const QString &text);
     void apply(int way);
     QImage shown() const;
@@ -289,12 +297,9 @@ void TestTextView::belowTheText()
     QCOMPARE(view->docPosToScreen(0, 0), QPoint(0, 0));
 }
 
-void TestTextView::partialUpdatesLeaveNothingStale_data()
+ViewSteps TestTextView::editingSteps()
 {
-    using Step = std::function<void(TestTextView *)>;
-    QTest::addColumn<int>("way");
-    QTest::addColumn<Step>("step");
-    const std::pair<const char *, Step> changes[] = {
+    return {
         {"typing", [](TestTextView *t) { t->doc->cmdInsert(4, 3, u"typed "_s); }},
         {"row more or less",
          [](TestTextView *t) { t->doc->cmdInsert(1, 0, u"abcdefgh "_s.repeated(9)); }},
@@ -311,6 +316,25 @@ void TestTextView::partialUpdatesLeaveNothingStale_data()
              QCoreApplication::processEvents();
              t->doc->cmdInsert(0, 0, u"/*"_s);
          }},
+        {"typed in the last line", [](TestTextView *t) { t->doc->cmdInsert(8, 3, u"x"_s); }},
+        {"last line marked, then removed",
+         [](TestTextView *t) {
+             static QPixmap icon(8, 8);
+             icon.fill(Qt::red);
+             t->editor->setLineIcon(8, &icon);
+             QCoreApplication::processEvents();
+             t->doc->macroBegin(u"exchange"_s);
+             t->doc->removeLine(8);
+             t->doc->makeLine(1);
+             t->doc->macroEnd();
+         }},
+    };
+}
+
+/// Those that leave the text alone, but for what they need.
+ViewSteps TestTextView::showingSteps()
+{
+    return {
         {"selected", [](TestTextView *t) { t->view->setCursorPosition(3, 4, true); }},
         {"selection moved",
          [](TestTextView *t) {
@@ -348,18 +372,6 @@ void TestTextView::partialUpdatesLeaveNothingStale_data()
                  t->view->setCursorPosition(3, column, true);
              }
          }},
-        {"typed in the last line", [](TestTextView *t) { t->doc->cmdInsert(8, 3, u"x"_s); }},
-        {"last line marked, then removed",
-         [](TestTextView *t) {
-             static QPixmap icon(8, 8);
-             icon.fill(Qt::red);
-             t->editor->setLineIcon(8, &icon);
-             QCoreApplication::processEvents();
-             t->doc->macroBegin(u"exchange"_s);
-             t->doc->removeLine(8);
-             t->doc->makeLine(1);
-             t->doc->macroEnd();
-         }},
         {"fold at the end", [](TestTextView *t) { t->editor->folding()->createFold(6, 8); }},
         {"fold at the end removed",
          [](TestTextView *t) {
@@ -374,16 +386,24 @@ void TestTextView::partialUpdatesLeaveNothingStale_data()
              t->doc->cmdInsert(3, 0, u"abcdefgh "_s.repeated(9));
          }},
     };
+}
+
+void TestTextView::partialUpdatesLeaveNothingStale_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::addColumn<ViewStep>("step");
     for (const int way : {int(NoFlag), int(Wrapped), int(Folded), int(Wrapped | Folded)}) {
-        for (const auto &change : changes)
-            QTest::addRow("%s, way %d", change.first, way) << way << change.second;
+        for (const ViewSteps &steps : {editingSteps(), showingSteps()}) {
+            for (const auto &[name, step] : steps)
+                QTest::addRow("%s, way %d", name, way) << way << step;
+        }
     }
 }
 
 void TestTextView::partialUpdatesLeaveNothingStale()
 {
     QFETCH(int, way);
-    QFETCH(std::function<void(TestTextView *)>, step);
+    QFETCH(ViewStep, step);
     const QString wide = u"word and word "_s.repeated(10);
     setText(u"one\n%1\ntwo\n%1%1\nthree\nfour\n%1\nfive\nsix"_s.arg(wide));
     apply(way);
