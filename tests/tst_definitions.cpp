@@ -1,9 +1,9 @@
 #include "tests/testing.h"
-#include "zvwidgets/zveditor/filemask.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightdefinition.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
-#include "zvwidgets/zveditor/highlightscanner.h"
+#include "zvwidgets/zveditor/highlight/highlightdefinition.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightscanner.h"
+#include "zvwidgets/zveditor/pattern/filemask.h"
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 

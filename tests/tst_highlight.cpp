@@ -1,7 +1,7 @@
 #include "zvwidgets/zveditor/highlight.h"
 
-#include "zvwidgets/zveditor/highlightmanager.h"
-#include "zvwidgets/zveditor/scanmarks.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/lines/scanmarks.h"
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 

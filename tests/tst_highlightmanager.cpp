@@ -1,7 +1,7 @@
 #include "tests/testing.h"
-#include "zvwidgets/zveditor/filemask.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/pattern/filemask.h"
 #include "zvwidgets/zveditor/textmanager.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "qtundo/src/qtundo.h"
 #include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"

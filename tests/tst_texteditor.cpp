@@ -1,7 +1,7 @@
 #include "qtundo/src/qtundo.h"
 #include "tests/editortest.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 
 #include <QBuffer>
 #include <QClipboard>

@@ -1,6 +1,6 @@
 #include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textmanager.h"

@@ -1,7 +1,7 @@
 #include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/selectionrect.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"

@@ -1,4 +1,4 @@
-#include "zvwidgets/zveditor/textpattern.h"
+#include "zvwidgets/zveditor/pattern/textpattern.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>

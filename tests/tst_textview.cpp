@@ -1,8 +1,8 @@
 #include "tests/editortest.h"
+#include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editormargins.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
-#include "zvwidgets/zveditor/selectionrect.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -2,7 +2,7 @@
 #include "app/widgetstack.h"
 #include "tests/apptest.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "zvwidgets/zveditor/highlightrules.h"
+#include "zvwidgets/zveditor/highlight/highlightrules.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "zvwidgets/zveditor/lineregion.h"
-#include "zvwidgets/zveditor/textfile.h"
+#include "zvwidgets/zveditor/lines/lineregion.h"
+#include "zvwidgets/zveditor/lines/textfile.h"
+#include "zvwidgets/zveditor/lines/textlinearray.h"
 #include "zvwidgets/zveditor/textline.h"
-#include "zvwidgets/zveditor/textlinearray.h"
 
 #include <QList>
 #include <QObject>

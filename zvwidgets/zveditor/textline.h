@@ -1,7 +1,7 @@
 #pragma once
 
-#include "zvwidgets/zveditor/lineregion.h"
-#include "zvwidgets/zveditor/scanmarks.h"
+#include "zvwidgets/zveditor/lines/lineregion.h"
+#include "zvwidgets/zveditor/lines/scanmarks.h"
 
 #include <QColor>
 #include <QList>

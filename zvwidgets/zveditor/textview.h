@@ -1,6 +1,6 @@
 #pragma once
 
-#include "zvwidgets/zveditor/lineregion.h"
+#include "zvwidgets/zveditor/lines/lineregion.h"
 
 #include <QPoint>
 #include <QRect>

@@ -1,7 +1,7 @@
 #include "app/editors/zveditor/searchpattern.h"
 
-#include "zvwidgets/zveditor/patternautomaton.h"
-#include "zvwidgets/zveditor/textpattern.h"
+#include "zvwidgets/zveditor/pattern/patternautomaton.h"
+#include "zvwidgets/zveditor/pattern/textpattern.h"
 
 namespace vesk {
 

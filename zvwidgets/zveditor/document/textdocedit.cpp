@@ -1,0 +1,413 @@
+#include "zvwidgets/zveditor/document/selectionrect.h"
+#include "zvwidgets/zveditor/document/textdoc_p.h"
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/textview.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QStringBuilder>
+
+#include <algorithm>
+
+namespace zvwidgets {
+
+namespace {
+
+constexpr QChar blank = u' ';
+constexpr QChar lineBreak = u'\n';
+constexpr QChar tab = u'\t';
+
+QString blanks(int count)
+{
+    return QString(std::max(0, count), blank);
+}
+
+// Visual column of \a column, which may lie behind the end of the line.
+int visualColumn(const TextLine &line, int column, int spacesInTab)
+{
+    int x = 0;
+    for (int position = 0; position < column; ++position) {
+        if (position >= line.textLength())
+            return x + column - position;
+        if (line.at(position) == tab)
+            x += spacesInTab - x % spacesInTab;
+        else
+            ++x;
+    }
+    return x;
+}
+
+// \a part with its tabs made blanks up to the next stop, beginning at visual
+// column \a x.
+QString withoutTabs(QStringView part, int x, int spacesInTab)
+{
+    QString expanded;
+    expanded.reserve(part.size());
+    for (const QChar character : part) {
+        if (character == tab)
+            expanded += blanks(spacesInTab - (int(expanded.length()) + x) % spacesInTab);
+        else
+            expanded += character;
+    }
+    return expanded;
+}
+
+// True if the character at \a column is both halves of a pair, that one removal
+// must not part.
+bool isPair(const TextLine &line, int column)
+{
+    return line.charAt(column).isHighSurrogate() && line.charAt(column + 1).isLowSurrogate();
+}
+
+/// A selection made ready for walking from its upper to its lower end.
+struct Selection
+{
+    explicit Selection(const QRect &selected)
+        : normal(ordered(selected))
+        , start(runsDiagonally(selected) ? normal.left() : normal.right())
+        , end(runsDiagonally(selected) ? normal.right() : normal.left())
+    {}
+
+    QRect normal;
+    /// Column of the upper end.
+    int start;
+    /// Column of the lower end.
+    int end;
+};
+
+/// Half-open range of lines.
+struct LineSpan
+{
+    int first;
+    int last;
+};
+
+// The lines that indenting moves: all selected ones, but not a last one that is
+// selected only up to its start, or the cursor's.
+LineSpan linesToIndent(const QRect &selected, int cursorLine, int lastLine)
+{
+    if (isEmptySelection(selected))
+        return {cursorLine, cursorLine + 1};
+    const Selection selection(selected);
+    const bool leavesLast = selection.end == 0 && selection.normal.height() > 1;
+    const int behind = selection.normal.bottom() + (leavesLast ? 0 : 1);
+    // Another view may have removed lines that are selected in this one.
+    return {selection.normal.top(), std::min(behind, lastLine + 1)};
+}
+
+} // namespace
+
+void TextDocument::insert(const QString &s, int line, int column)
+{
+    if (isReadOnly())
+        return;
+    d->preferCursor(&line, &column);
+    macroBegin(QLatin1String("insert ") + s, line, column);
+    const TextEditorManager &m = *d->m;
+    const QList<QStringView> parts = QStringView(s).split(lineBreak);
+    const bool flows = !m.fVerticalSelection && !m.fOvr;
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        const bool isLast = i == parts.size() - 1;
+        // What followed the cursor is moved to the last line by the first break,
+        // not from line to line; only overwriting eats from it on the way.
+        const bool isWholeLine = flows && i > 0 && !isLast;
+        if (isWholeLine)
+            makeLine(line);
+        const QString ins = d->expandedTabs(parts.at(i), line, column);
+        const int length = int(ins.length());
+        if (m.fOvr)
+            cmdReplace(line, column, length, ins);
+        else if (length > 0)
+            cmdInsert(line, column, ins);
+        if (isLast) {
+            column += length;
+            break;
+        }
+        if (!m.fVerticalSelection) {
+            if (!isWholeLine)
+                cmdInsertLineBreak(line, column + length);
+            column = 0;
+        }
+        ++line;
+        if (line > lastLine())
+            makeLine(line);
+    }
+    macroEnd(line, column);
+}
+
+// \a part as insert() puts it in at \a column of a line.
+QString TextDocument::Private::expandedTabs(QStringView part, int line, int column) const
+{
+    if (m->fSaveTab || !part.contains(tab))
+        return part.toString();
+    return withoutTabs(part, visualColumn(*contents[line], column, spacesInTab), spacesInTab);
+}
+
+void TextDocument::insertLineBreak(int line, int column)
+{
+    if (isReadOnly())
+        return;
+    d->preferCursor(&line, &column);
+    macroBegin(QStringLiteral("break line"), line, column);
+    const TextLine *broken = lineOf(line);
+    // A colon at the end opens a block.
+    const bool addIndent = column == broken->textLength() && broken->endsWith(QLatin1Char(':'));
+    int pos = std::min(column, broken->firstChar());
+    if (pos == -1)
+        pos = column;
+    const int copied = pos;
+    if (addIndent)
+        pos += spacesInTab();
+    cmdInsertLineBreak(line, column);
+    ++line;
+    column = 0;
+    if (pos > 0 && d->m->fAutoIndent) {
+        const TextLine *above = lineOf(line - 1);
+        QString ins;
+        if (above->textLength() >= pos)
+            ins = QStringView(*above).first(copied) % blanks(pos - copied);
+        else if (d->m->fSaveTab)
+            ins = QString(pos / spacesInTab(), tab) + blanks(pos % spacesInTab());
+        else
+            ins = blanks(pos);
+        cmdInsert(line, column, ins);
+        column = int(ins.length());
+    }
+    macroEnd(line, column);
+}
+
+void TextDocument::del(int line, int column)
+{
+    if (isReadOnly())
+        return;
+    d->preferCursor(&line, &column);
+    if (column < textLength(line)) {
+        cmdRemove(line, column, isPair(*lineOf(line), column) ? 2 : 1);
+    } else if (line < lastLine()) {
+        macroBegin(QStringLiteral("delete line break"), line, column);
+        cmdRemoveLineBreak(line);
+        macroEnd(line, column);
+    }
+}
+
+void TextDocument::backspace(int line, int column)
+{
+    if (isReadOnly())
+        return;
+    d->preferCursor(&line, &column);
+    if (column > 0) {
+        const int n = d->backspaceLength(line, column);
+        cmdRemove(line, column - n, n);
+    } else if (line > 0) {
+        cmdRemoveLineBreak(line - 1);
+    }
+}
+
+// How many characters go: back to the indentation of the nearest line above that
+// is indented less, if the cursor stands in leading blanks.
+int TextDocument::Private::backspaceLength(int line, int column) const
+{
+    const TextLine &textLine = *contents[line];
+    const int pos = textLine.firstChar();
+    const bool isInIndent = pos == -1 || pos >= column;
+    if (!m->fBackspaceIndent || !isInIndent)
+        return isPair(textLine, column - 2) ? 2 : 1;
+    int indent = 0;
+    for (int above = line - 1; above >= 0; --above) {
+        const int first = contents[above]->firstChar();
+        if (first != -1 && first < column) {
+            indent = first;
+            break;
+        }
+    }
+    return column - indent;
+}
+
+void TextDocument::removeText(int fromLine, int fromColumn, int toLine, int toColumn)
+{
+    macroBegin(QStringLiteral("remove text"), toLine, toColumn);
+    if (toLine < fromLine || (toLine == fromLine && toColumn < fromColumn)) {
+        std::swap(fromLine, toLine);
+        std::swap(fromColumn, toColumn);
+    }
+    if (fromLine == toLine) {
+        cmdRemove(fromLine, fromColumn, toColumn - fromColumn);
+    } else {
+        cmdRemove(fromLine, fromColumn, textLength(fromLine) - fromColumn);
+        for (int line = fromLine + 1; line < toLine; ++line)
+            removeLine(fromLine + 1);
+        cmdRemove(fromLine + 1, 0, toColumn);
+        cmdRemoveLineBreak(fromLine);
+    }
+    macroEnd(fromLine, fromColumn);
+}
+
+void TextDocument::append(const QString &s)
+{
+    // With a view this inserts at its cursor, which is meant.
+    insert(s, lastLine(), textLength(lastLine()));
+}
+
+void TextDocument::indent()
+{
+    if (isReadOnly() || !d->view)
+        return;
+    const EditorCursor *cursor = d->view->cursor();
+    const QRect selected = d->view->selected;
+    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
+    const QString ins = d->m->fSaveTab ? QString(tab) : blanks(spacesInTab());
+    macroBegin(QStringLiteral("indent"), cursor->line(), cursor->column());
+    for (int line = lines.first; line < lines.last; ++line)
+        cmdInsert(line, 0, ins);
+    macroEnd();
+    d->view->setSelection(selected.topLeft(), selected.bottomRight());
+}
+
+void TextDocument::unindent()
+{
+    if (isReadOnly() || !d->view)
+        return;
+    const EditorCursor *cursor = d->view->cursor();
+    const QRect selected = d->view->selected;
+    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
+    macroBegin(QStringLiteral("unindent"), cursor->line(), cursor->column());
+    for (int line = lines.first; line < lines.last; ++line) {
+        const TextLine *textLine = lineOf(line);
+        const int length =
+            textLine->startsWith(tab) ? 1 : std::min(spacesInTab(), textLine->firstChar());
+        if (length > 0)
+            cmdRemove(line, 0, length);
+    }
+    macroEnd();
+    d->view->setSelection(selected.topLeft(), selected.bottomRight());
+}
+
+void TextDocument::replaceCurrentWord(const QString &newWord)
+{
+    const QString word = currentWord();
+    if (word.isEmpty())
+        return;
+    TextView *const view = d->view;
+    const int line = view->cursor()->line();
+    const int column = view->cursor()->column();
+    const QStringView text(*lineOf(line));
+    int start = std::min(column, int(text.size()));
+    while (start > 0 && isWordCharacter(text[start - 1]))
+        --start;
+    int end = column;
+    while (end < text.size() && isWordCharacter(text[end]))
+        ++end;
+    macroBegin(QStringLiteral("replace %1 to %2").arg(word, newWord), line, column);
+    cmdRemove(line, start, end - start);
+    view->setCursorPosition(line, start, false);
+    // A read-only document would lose the word and get nothing for it.
+    if (isReadOnly())
+        cmdInsert(line, start, newWord);
+    else
+        insert(newWord, 0, 0);
+    view->setCursorPosition(line, start + int(newWord.length()), false);
+    macroEnd(line, start + int(newWord.length()));
+}
+
+QString TextDocument::selectionCommand(SelectionCommand command)
+{
+    if (!d->view)
+        return QString();
+    return selectionCommand(command, d->view->selected, d->m->fVerticalSelection);
+}
+
+QString TextDocument::selectionCommand(SelectionCommand command, const QRect &rect,
+                                       bool verticalSelection)
+{
+    int actions = command;
+    if (isReadOnly()) {
+        if (command == SelectionRemove)
+            return QString();
+        actions &= ~SelectionRemove;
+    }
+    // Another view may have removed all the lines that are selected in this one.
+    if (isEmptySelection(rect) || ordered(rect).top() > lastLine())
+        return QString();
+    const bool isBlock = verticalSelection || ordered(rect).height() == 1;
+    const QString text =
+        isBlock ? d->blockSelection(actions, rect) : d->streamSelection(actions, rect);
+    if ((actions & SelectionCopy) && !text.isEmpty()) {
+        QApplication::clipboard()->setText(text);
+        d->m->winClipboard = text;
+    }
+    return (actions & SelectionText) ? text : QString();
+}
+
+QString TextDocument::Private::blockSelection(int actions, const QRect &rect)
+{
+    const bool wantsText = actions & (SelectionCopy | SelectionText);
+    const bool removes = actions & SelectionRemove;
+    const QRect normal = ordered(rect);
+    const int column = normal.x();
+    const int length = normal.width() - 1;
+    const int last = std::min(normal.bottom(), q->lastLine());
+    QString text;
+    if (removes)
+        q->macroBegin(QStringLiteral("remove selection"), normal.bottom(), normal.right());
+    for (int line = std::max(0, normal.top()); line <= last; ++line) {
+        const TextLine *textLine = contents[line];
+        if (wantsText && column < textLine->textLength())
+            text += QStringView(*textLine).mid(column, length) % lineBreak;
+        if (removes)
+            q->cmdRemove(line, column, length);
+    }
+    if (removes)
+        q->macroEnd(normal.y(), normal.x());
+    text.chop(1);
+    return text;
+}
+
+QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
+{
+    const bool wantsText = actions & (SelectionCopy | SelectionText);
+    const bool removes = actions & SelectionRemove;
+    const Selection selection(rect);
+    const QRect &normal = selection.normal;
+    const int line = std::max(0, normal.top());
+    if (removes)
+        q->macroBegin(QStringLiteral("remove selection"), normal.bottom(), selection.end);
+    QString text;
+    // A selection that starts at the very end of a line loses that line break in
+    // the text, which is meant.
+    if (wantsText && selection.start < q->textLength(line))
+        text += QStringView(*contents[line]).sliced(selection.start) % lineBreak;
+    if (removes)
+        q->cmdRemove(line, selection.start, q->textLength(line) - selection.start);
+    int current = line + 1;
+    for (int middle = current; middle < normal.bottom() && current <= q->lastLine(); ++middle) {
+        if (wantsText)
+            text += QStringView(*contents[current]) % lineBreak;
+        if (removes)
+            q->removeLine(current);
+        else
+            ++current;
+    }
+    if (current <= q->lastLine()) {
+        if (wantsText)
+            text += QStringView(*contents[current]).left(selection.end);
+        if (removes) {
+            q->cmdRemove(current, 0, selection.end);
+            q->cmdRemoveLineBreak(current - 1);
+        }
+    }
+    if (removes)
+        q->macroEnd(normal.y(), selection.start);
+    return text;
+}
+
+// The cursor of the active view goes before the arguments of an operation.
+void TextDocument::Private::preferCursor(int *line, int *column) const
+{
+    if (!view)
+        return;
+    *line = view->cursor()->line();
+    *column = view->cursor()->column();
+}
+
+} // namespace zvwidgets

@@ -1,0 +1,210 @@
+#pragma once
+
+#include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zveditor/view/visiblelines.h"
+#include "zvwidgets/zveditor/view/wrappedlinescache.h"
+
+#include <QPainter>
+#include <QPixmap>
+#include <QStringView>
+
+#include <array>
+#include <tuple>
+#include <vector>
+
+class QGridLayout;
+class QScrollBar;
+
+namespace zvwidgets {
+
+class FontGlyphs;
+struct TextAttribute;
+class TextHighlight;
+class TextLine;
+
+/// A stretch of one row whose characters share an attribute.
+struct TextRun
+{
+    int start = 0;
+    int end = 0; ///< exclusive
+    const TextAttribute *attribute = nullptr;
+};
+
+/// What a row showed: which line, from which column on.
+struct ShownRow
+{
+    int line = -1;
+    int startPos = 0;
+
+    bool operator==(const ShownRow &) const = default;
+};
+
+/// What the view and the margins show below the last row.
+struct ShownRest
+{
+    size_t rows = 0; ///< above it
+    /// Fold marks above it decide its colours.
+    bool hasMarks = true;
+
+    bool operator==(const ShownRest &) const = default;
+};
+
+/// What the sources of the view share.
+struct TextView::Private
+{
+    explicit Private(TextView *view);
+    ~Private();
+
+    void setUpWidget() const;
+    void makeLayout();
+
+    // Rows
+
+    /// All that the rows depend on; equal ones give equal rows.
+    using RowsStamp = std::tuple<unsigned, int, int, int, int, bool, wrapMode>;
+
+    RowsStamp rowsStamp() const;
+    /// For what the stamp doesn't hold: the measures of fonts and tabs.
+    void forgetRows();
+    void appendRows(int line);
+    int wrapShift(int line) const;
+    WrappedLinesCache::Ends wrapEnds(int line, int shift) const;
+
+    // Update
+
+    void updateHorizontalBar();
+    void updateVerticalBar();
+    bool clampHorizontally();
+    void clampVertically();
+    void updateChangedLines(const LineRegion &changed);
+    void updateBand(int y, int height) const;
+    void updateRest(int y, size_t rows);
+    ShownRest shownRest(size_t rows) const;
+    void noteRows();
+    void stripLeftLine() const;
+    void scrollToRow(int top);
+    void scrollDownToCursor();
+    void scrollToColumn(int x);
+
+    // Painting. The origin of the painter lies where the row's text begins.
+
+    /// Columns of a row, \a end exclusive, and the place of the first.
+    struct RowPart
+    {
+        int start = 0;
+        int end = 0;
+        int x = 0;
+    };
+    enum class RunEnd
+    {
+        Attribute,
+        AttributeOrTab,
+    };
+
+    bool ensureBuffer();
+    bool wantsWholeRow() const;
+    void paintLine(TextView *view, int line, int from, int to);
+    void paintEmptyArea(QPainter *painter, const QRect &area) const;
+    RowPart visiblePart(int line, int from, int end) const;
+    void widenToPlainText(const TextLine &line, int from, int to, int *start, int *end) const;
+    void fillRow(const QColor &color);
+    void fillToRightEdge(int x, const QColor &color);
+    bool highlightHasBackgrounds() const;
+    void paintInheritedBackground(int line);
+    void paintBackgrounds(const TextLine &line, const RowPart &part, int from);
+    void paintLineColor(const TextView *view, int line);
+    void paintSelection(const TextView *view, int line, int from);
+    void paintGuides(const TextLine &line, int from, int end);
+    void paintText(const TextLine &line, const RowPart &part);
+    TextRun runAt(const TextLine &line, int start, int end, RunEnd kind) const;
+    int runWidth(const TextLine &line, const TextRun &run) const;
+    int nextTabStop(int x) const;
+    void drawRun(const TextLine &line, const TextRun &run, int x);
+    int stretchEnd(const TextLine &line, int column, int end, FontGlyphs &glyphs) const;
+    void drawStretch(QStringView text, int x, int width, const QFont &font);
+
+    // Selection and mouse
+
+    void markSelection();
+    void publishSelection() const;
+    QPoint positionAt(const QPoint &local) const;
+    void keepPosition(const QMouseEvent *event, const QPoint &position);
+    void pressLeft(const QMouseEvent *event);
+    bool dragOver(const QMouseEvent *event, const QPoint &position);
+    void scrollWithPointer(const QPoint &local) const;
+    void drop();
+
+    TextView *const q;
+    TextEditor *editor = nullptr;
+    TextDocument *doc = nullptr;
+    TextEditorManager *manager = nullptr;
+    std::unique_ptr<EditorCursor> cursor;
+    std::unique_ptr<TextHighlight> highlight;
+    /// Reused for every row, so painting a row must not be re-entered.
+    QPainter paint;
+    /// One row of the view, in device pixels.
+    std::unique_ptr<QPixmap> buffer;
+    /// The pixels of a row that are to be painted, in the view; \a end exclusive.
+    struct
+    {
+        int start = 0;
+        int end = 0;
+    } wantedPixels;
+    int spaceWidth = 0;
+    int tabsWidth = 0;
+    int fontHeight = 0;
+    int fontAscent = 0;
+
+    // Kept from a press or a drag.
+    int row = 0;
+    int col = 0;
+    Qt::KeyboardModifiers bnModifiers;
+    Qt::MouseButtons bnButtons;
+
+    /// Where the cursor stood at the last ensureCursorVisible().
+    int cursorLine = 0;
+    QPoint selectionStart; ///< the end that stays
+    QPoint selectionEnd;   ///< the end that moves
+    bool selectionLocked = false;
+    /// Lines the view has changed itself.
+    LineRegion update;
+    IndicatorMargin *indicatorMargin = nullptr;
+    SelectionMargin *selectionMargin = nullptr;
+    LineNumberMargin *lineNumberMargin = nullptr;
+    FoldingMargin *foldingMargin = nullptr;
+    bool mousePressed = false;
+    bool startDrag = false;
+    bool endDrag = false;
+    VisibleLines visibleLines;
+    RowsStamp stamp;
+    bool rowsValid = false;
+    WrappedLinesCache wrappedLinesCache;
+    /// What each row from the top showed at the last update.
+    std::array<ShownRow, 4096> prevUpdatedlines;
+    size_t notedRows = 0; ///< entries of prevUpdatedlines in use
+    ShownRest notedRest;
+    ScrollBarMode hScrollBarMode = Auto;
+    ScrollBarMode vScrollBarMode = AlwaysOn;
+    QScrollBar *hbar = nullptr;
+    QScrollBar *vbar = nullptr;
+    int xPos = 0;
+    int yPos = 0;
+    /// Lines the document has changed.
+    LineRegion updateRegion;
+    QMenu *rmbMenu = nullptr;
+    /// The blank line painted last, and the line above its blank neighbours.
+    struct
+    {
+        int line = -1;
+        int source = 0;
+        unsigned revision = 0;
+    } inherited;
+    // Of the run being drawn; kept for their memory.
+    std::vector<quint32> glyphIndexes;
+    std::vector<QPointF> glyphPositions;
+
+    /// Rows drawn by all views.
+    static inline int paintCount = 0;
+};
+
+} // namespace zvwidgets

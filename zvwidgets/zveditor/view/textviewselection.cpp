@@ -1,0 +1,134 @@
+#include "zvwidgets/zveditor/document/selectionrect.h"
+#include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/textdoc.h"
+#include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/view/textview_p.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+#include <algorithm>
+#include <utility>
+
+namespace zvwidgets {
+
+namespace {
+
+/// The column at the end of the selection lies outside.
+bool inRect(const QRect &rect, int line, int column, bool vertical)
+{
+    const QRect n = ordered(rect);
+    if (isEmptySelection(rect) || line < n.top() || line > n.bottom())
+        return false;
+    if (vertical || n.top() == n.bottom())
+        return column >= n.left() && column < n.right();
+    const bool forward = runsDiagonally(rect);
+    const int first = forward ? n.left() : n.right();
+    const int second = forward ? n.right() : n.left();
+    if (line == n.top())
+        return column >= first;
+    return line != n.bottom() || column < second;
+}
+
+} // namespace
+
+/// Has the selected lines repainted.
+void TextView::Private::markSelection()
+{
+    const QRect lines = ordered(q->selected);
+    update.expand(lines.top(), lines.bottom());
+}
+
+bool TextView::hasSelection() const
+{
+    return !isEmptySelection(selected);
+}
+
+void TextView::setSelection(const QPoint &from, const QPoint &to)
+{
+    // A later move that extends the selection keeps its start.
+    d->selectionStart = from;
+    d->selectionEnd = to;
+    QPoint first = from;
+    QPoint second = to;
+    if (second.y() < first.y() || (second.y() == first.y() && second.x() < first.x()))
+        std::swap(first, second);
+    if (first == selected.topLeft() && second == selected.bottomRight())
+        return;
+    if (hasSelection())
+        d->markSelection();
+    selected = QRect(first, second);
+    d->markSelection();
+    d->editor->notifyChange(TextEditor::Selection);
+}
+
+void TextView::clearSelection()
+{
+    if (!d->selectionLocked && hasSelection()) {
+        d->markSelection();
+        selected = QRect(QPoint(0, 0), QPoint(0, 0));
+    }
+    d->editor->notifyChange(TextEditor::Selection);
+    updateView(false);
+}
+
+bool TextView::inSelected(int line, int column) const
+{
+    return inRect(selected, line, column, d->manager->fVerticalSelection);
+}
+
+void TextView::lockSelection()
+{
+    d->selectionLocked = true;
+}
+
+void TextView::unlockSelection()
+{
+    d->selectionLocked = false;
+}
+
+void TextView::setCursorPositionInternal(int line, int column, bool select)
+{
+    line = std::clamp(line, 0, d->doc->lastLine());
+    column = std::max(column, 0);
+    if (select) {
+        // One that was drawn backward within a line cannot be: its ends have
+        // been put in order.
+        if (selected.right() <= selected.left() && selected.bottom() <= selected.top())
+            d->selectionStart = d->cursor->pos();
+        setSelection(d->selectionStart, QPoint(column, line));
+    } else if (!d->endDrag) {
+        if (hasSelection())
+            clearSelection();
+        d->selectionStart = d->selectionEnd = QPoint(0, 0);
+    }
+    if (line != d->cursor->line()) {
+        d->update.expand(line, -1);
+        d->update.expand(d->cursor->line(), -1);
+    }
+}
+
+void TextView::setCursorPosition(int line, int column, bool select)
+{
+    setCursorPositionInternal(line, column, select);
+    d->cursor->set(line, column, true);
+    d->cursor->setWantedColumn(column);
+    d->editor->notifyChange(TextEditor::CursorPosition);
+}
+
+/// Makes the selected text what a middle click pastes, in any program.
+void TextView::Private::publishSelection() const
+{
+    const QString text =
+        doc->selectionCommand(SelectionText, q->selected, manager->fVerticalSelection);
+    if (text.isEmpty())
+        return;
+    QClipboard *const clipboard = QGuiApplication::clipboard();
+    if (clipboard->supportsSelection())
+        clipboard->setText(text, QClipboard::Selection);
+    else
+        manager->winClipboard = text;
+}
+
+} // namespace zvwidgets
