@@ -1,35 +1,98 @@
 #include "app/messages/messageitem.h"
 
+#include <QFont>
+#include <QFontMetricsF>
+#include <QHash>
 #include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <vector>
 
 namespace vesk {
 
 namespace {
 
-/// What is drawn of a row at most, in UTF-16 units: nobody scrolls that far, and
-/// laying out a row of megabytes would hold up the window.
-constexpr int drawnLength = 4000;
+/// Longer texts, in UTF-16 units, are measured character by character: laying out a row
+/// of megabytes would hold up the window.
+constexpr qsizetype longText = 1000;
+/// What is drawn at once of a long text.
+constexpr qsizetype pieceLength = 512;
+/// What is drawn of a row at most in one painting; characters without a width could
+/// all be in sight.
+constexpr qsizetype drawnLength = 16 * pieceLength;
 
-/// The width of \a text, told from its start if it is long: exact enough to scroll by,
-/// and the list asks for the widths of hundreds of rows at once.
-int roughWidth(const QString &text, const QFontMetrics &metrics)
+/// \a c as it can be drawn in one line.
+QChar drawable(QChar c)
 {
-    constexpr qsizetype sample = 150;
-    if (text.size() <= sample)
-        return metrics.horizontalAdvance(text);
-    return int(metrics.horizontalAdvance(text.left(sample)) * text.size() / sample);
+    const bool isControl = c.unicode() < 0x20 || c.unicode() == 0x7f || c == QChar::LineSeparator ||
+                           c == QChar::ParagraphSeparator;
+    return isControl ? QChar(u' ') : c;
 }
 
-/// Text as it can be drawn in one line.
 QString drawable(QStringView text)
 {
     QString result = text.toString();
-    for (QChar &c : result) {
-        if (c.unicode() < 0x20 || c.unicode() == 0x7f || c == QChar::LineSeparator ||
-            c == QChar::ParagraphSeparator)
-            c = u' ';
-    }
+    std::transform(result.cbegin(), result.cend(), result.begin(),
+                   [](QChar c) { return drawable(c); });
     return result;
+}
+
+/// Widths of characters in a font without kerning, each asked for once.
+class Advances
+{
+public:
+    explicit Advances(const QFont &font) : metrics(font) { ascii.fill(-1); }
+
+    qreal of(QStringView text)
+    {
+        qreal sum = 0;
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const char16_t unit = drawable(text[i]).unicode();
+            if (unit < 128) {
+                qreal &known = ascii[unit];
+                if (known < 0)
+                    known = metrics.horizontalAdvance(QChar(unit));
+                sum += known;
+                continue;
+            }
+            const bool isPair =
+                text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+            sum += ofCharacter(text.mid(i, isPair ? 2 : 1));
+            i += isPair ? 1 : 0;
+        }
+        return sum;
+    }
+
+private:
+    qreal ofCharacter(QStringView character)
+    {
+        const char32_t key = character.size() == 2
+                                 ? QChar::surrogateToUcs4(character[0], character[1])
+                                 : character[0].unicode();
+        const auto known = others.constFind(key);
+        if (known != others.constEnd())
+            return *known;
+        const qreal width =
+            QChar::isMark(key) ? 0 : metrics.horizontalAdvance(character.toString());
+        others.insert(key, width);
+        return width;
+    }
+
+    const QFontMetricsF metrics;
+    std::array<qreal, 128> ascii;
+    QHash<char32_t, qreal> others;
+};
+
+/// Length of what is drawn at once from the start of \a text. Marks and the second
+/// halves of surrogate pairs stay with what they belong to.
+qsizetype cutPiece(QStringView text)
+{
+    qsizetype end = qMin(pieceLength, text.size());
+    while (end < text.size() && end < 2 * pieceLength &&
+           (text[end].isLowSurrogate() || text[end].isMark()))
+        ++end;
+    return end;
 }
 
 /// A directive at the start of \a text: its length, 0 if there is none.
@@ -61,6 +124,23 @@ QColor colorFrom(QStringView name)
 
 } // namespace
 
+/// Where the parts of the row's text stand, in pixels from its left end. Only a long
+/// text is cut into several pieces a run.
+struct MessageItem::Layout
+{
+    struct Piece
+    {
+        Run run;
+        int x;
+        int width;
+    };
+
+    QFont font; ///< what was measured for
+    bool isLong = false;
+    std::vector<Piece> pieces;
+    int width = 0;
+};
+
 MessageItem::MessageItem(QListWidget *listbox, const QString &text, int line, const QString &fname)
     : QListWidgetItem(listbox, itemType)
     , lineNumber(line)
@@ -68,6 +148,8 @@ MessageItem::MessageItem(QListWidget *listbox, const QString &text, int line, co
     , filename(fname)
     , rawText(text)
 {}
+
+MessageItem::~MessageItem() = default;
 
 int MessageItem::line() const
 {
@@ -147,9 +229,38 @@ void MessageItem::addText(const QString &text)
 
 void MessageItem::announceText()
 {
-    measuredFor.reset();
+    layout.reset();
     // The list learns of a change through the data it stores.
-    setData(Qt::UserRole, rawText);
+    setData(Qt::UserRole, ++changes);
+}
+
+const MessageItem::Layout &MessageItem::layOut(const QFont &font) const
+{
+    if (layout && layout->font == font)
+        return *layout;
+    layout = std::make_unique<Layout>();
+    layout->font = font;
+    layout->isLong = rawText.size() > longText;
+    const QFontMetrics metrics(font);
+    QFont unkerned = font;
+    unkerned.setKerning(false);
+    Advances advances(unkerned);
+    qreal x = 0;
+    walk([&](const Run &run) {
+        QStringView rest = run.text;
+        while (!rest.isEmpty()) {
+            Run part = run;
+            part.text = layout->isLong ? rest.left(cutPiece(rest)) : rest;
+            rest = rest.mid(part.text.size());
+            const qreal width = layout->isLong ? advances.of(part.text)
+                                               : metrics.horizontalAdvance(drawable(part.text));
+            layout->pieces.push_back({part, qRound(x), qRound(x + width) - qRound(x)});
+            // Far beyond what anybody scrolls to, and still a number of pixels.
+            x = qMin(x + width, 1e9);
+        }
+    });
+    layout->width = qRound(x);
+    return *layout;
 }
 
 void MessageItem::paint(QPainter *p) const
@@ -157,40 +268,34 @@ void MessageItem::paint(QPainter *p) const
     const QFontMetrics metrics = p->fontMetrics();
     const int baseline = metrics.ascent() + metrics.leading() / 2;
     const int fillHeight = metrics.height() + metrics.ascent() + metrics.descent();
-    const int right = p->hasClipping() ? int(p->clipBoundingRect().right()) : QWIDGETSIZE_MAX;
-    int x = 0;
-    int left = drawnLength;
-    walk([&](const Run &run) {
-        // What lies to the right of all that can be seen is not even laid out; no
-        // text is narrower than two pixels a character.
-        const int visible = qBound(0, (right - x) / 2 + 1, left);
-        const QString text = drawable(run.text.left(visible));
-        left -= int(text.size());
-        const int width = metrics.horizontalAdvance(text);
+    const QRectF clip = p->hasClipping() ? p->clipBoundingRect() : QRectF(0, 0, 1e9, 1);
+    const Layout &row = layOut(p->font());
+    if (row.isLong) {
+        QFont unkerned = p->font();
+        unkerned.setKerning(false);
+        p->setFont(unkerned);
+    }
+    // Ink may reach over the edges of its piece: one more is drawn on the left.
+    auto piece = std::lower_bound(
+        row.pieces.begin(), row.pieces.end(), clip.left(),
+        [](const Layout::Piece &each, qreal left) { return each.x + each.width + 3 < left; });
+    if (piece != row.pieces.begin())
+        --piece;
+    qsizetype left = drawnLength;
+    for (; piece != row.pieces.end() && piece->x < clip.right() && left > 0; ++piece) {
+        const Run &run = piece->run;
         if (run.background.isValid())
-            p->fillRect(x + 3, 0, width, fillHeight, run.background);
+            p->fillRect(piece->x + 3, 0, piece->width, fillHeight, run.background);
         if (run.colorSet)
             p->setPen(run.color);
-        p->drawText(x + 3, baseline, text);
-        x += width;
-    });
+        p->drawText(piece->x + 3, baseline, drawable(run.text));
+        left -= run.text.size();
+    }
 }
 
-int MessageItem::width(const QFontMetrics &metrics) const
+int MessageItem::width(const QFont &font) const
 {
-    // The list asks every row whenever one is added.
-    if (measuredFor == metrics)
-        return measured;
-    int x = 0;
-    int left = drawnLength;
-    walk([&](const Run &run) {
-        const QString text = drawable(run.text.left(left));
-        left -= int(text.size());
-        x += roughWidth(text, metrics);
-    });
-    measuredFor = metrics;
-    measured = x + 6;
-    return measured;
+    return layOut(font).width + 6;
 }
 
 QVariant MessageItem::data(int role) const

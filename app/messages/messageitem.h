@@ -1,13 +1,13 @@
 #pragma once
 
 #include <QColor>
-#include <QFontMetrics>
 #include <QListWidgetItem>
 #include <QString>
 
 #include <functional>
-#include <optional>
+#include <memory>
 
+class QFont;
 class QPainter;
 
 namespace vesk {
@@ -25,6 +25,7 @@ public:
 
     /// \a line counts from 1, -1 for none; \a fname may be empty.
     MessageItem(QListWidget *listbox, const QString &text, int line, const QString &fname);
+    ~MessageItem() override;
 
     /// The bound line, else the first number in the text, else -1.
     int line() const;
@@ -37,14 +38,13 @@ public:
     void setText(const QString &text);
     void addText(const QString &text);
     /// Length of the text with its directives, in UTF-16 units.
-    int rawLength() const { return int(rawText.size()); }
+    qsizetype rawLength() const { return rawText.size(); }
 
-    /// Draws the row with its top left corner at the painter's origin, as far as
-    /// the painter's clip reaches to the right.
+    /// Draws the row with its top left corner at the painter's origin. Of a long row
+    /// only what lies within the painter's clip is looked at.
     void paint(QPainter *p) const;
-    /// Width of the drawn text in pixels, roughly for a long one. Measured once for
-    /// a font.
-    int width(const QFontMetrics &metrics) const;
+    /// Width of the drawn text in pixels.
+    int width(const QFont &font) const;
 
     QVariant data(int role) const override;
 
@@ -58,16 +58,18 @@ private:
         bool colorSet = false;
         QColor background;
     };
+    struct Layout;
 
     void announceText();
     void walk(const std::function<void(const Run &)> &visit) const;
+    const Layout &layOut(const QFont &font) const;
 
     int lineNumber;
     bool lineDefined;
     QString filename;
     QString rawText;
-    mutable int measured = 0;
-    mutable std::optional<QFontMetrics> measuredFor;
+    int changes = 0;
+    mutable std::unique_ptr<Layout> layout; ///< null until the row is seen or measured
 };
 
 } // namespace vesk

@@ -4,10 +4,12 @@
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
 #include "app/messages/messageitem.h"
+#include "app/messages/messagelimits.h"
 #include "app/shell.h"
 #include "app/utils.h"
 #include "app/widgetstack.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QPainter>
@@ -17,13 +19,22 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <deque>
+#include <utility>
+
 namespace vesk {
 
 namespace {
 
-/// What all rows together may hold, in UTF-16 units. Rows are lines of files, and
-/// five hundred lines of megabytes each would take the machine's memory.
-constexpr qint64 maxTextLength = 64 * 1024 * 1024;
+/// The list takes new rows in this often, in ms: it lays all its rows out anew then,
+/// which a hundred thousand rows in a sequence can't each pay for.
+constexpr int showInterval = 50;
+
+const MessageItem *messageItem(const QListWidgetItem *item)
+{
+    return item && item->type() == MessageItem::itemType ? static_cast<const MessageItem *>(item)
+                                                         : nullptr;
+}
 
 /// Draws rows in their own colours, over the list's fill where one is pressed.
 class MessageDelegate : public QStyledItemDelegate
@@ -35,8 +46,8 @@ public:
                const QModelIndex &index) const override
     {
         const auto *list = static_cast<const QListWidget *>(option.widget);
-        const QListWidgetItem *item = list->item(index.row());
-        if (!item || item->type() != MessageItem::itemType) {
+        const MessageItem *const item = messageItem(list->item(index.row()));
+        if (!item) {
             QStyledItemDelegate::paint(painter, option, index);
             return;
         }
@@ -47,18 +58,17 @@ public:
         painter->translate(option.rect.topLeft());
         painter->setPen(option.palette.color(QPalette::Text));
         painter->setFont(option.font);
-        static_cast<const MessageItem *>(item)->paint(painter);
+        item->paint(painter);
         painter->restore();
     }
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {
         const auto *list = static_cast<const QListWidget *>(option.widget);
-        const QListWidgetItem *item = list ? list->item(index.row()) : nullptr;
-        if (!item || item->type() != MessageItem::itemType)
+        const MessageItem *const item = messageItem(list ? list->item(index.row()) : nullptr);
+        if (!item)
             return QStyledItemDelegate::sizeHint(option, index);
-        return {static_cast<const MessageItem *>(item)->width(option.fontMetrics),
-                option.fontMetrics.lineSpacing() + 1};
+        return {item->width(option.font), option.fontMetrics.lineSpacing() + 1};
     }
 };
 
@@ -78,11 +88,15 @@ struct MessageOutput::Private
 {
     static QPointer<MessageOutput> self;
 
-    uint maxItems = 500;
-    /// At least what all rows hold: what has come since they were last counted is in
-    /// it, what has gone is not out of it.
+    uint maxItems = MessageLimits::rows;
+    /// What all rows hold, in UTF-16 units.
     qint64 textLength = 0;
-    QTimer *follow = nullptr;
+    /// Rows that have come and are not in the list yet.
+    std::deque<std::unique_ptr<MessageItem>> arriving;
+    /// Number of rows at the list's top that are gone but for being taken out.
+    int leaving = 0;
+    QTimer *show = nullptr;
+    QElapsedTimer sinceShown;
 };
 
 QPointer<MessageOutput> MessageOutput::Private::self;
@@ -111,16 +125,14 @@ MessageOutput::MessageOutput(QWidget *parent) : QListWidget(parent), d(std::make
     connect(this, qOverload<const QString &, int>(&MessageOutput::clicked), this,
             &MessageOutput::openFile);
 
-    // Scrolling lays all rows out anew, which a hundred thousand rows in a
-    // sequence can't each pay for.
-    d->follow = new QTimer(this);
-    d->follow->setSingleShot(true);
-    connect(d->follow, &QTimer::timeout, this, &QListWidget::scrollToBottom);
+    d->show = new QTimer(this);
+    d->show->setSingleShot(true);
+    connect(d->show, &QTimer::timeout, this, &MessageOutput::showRows);
 
     createClearButton();
 
     Action *show =
-        Actions::createAction(QStringLiteral("Messages"), QStringLiteral("bottomDock/messages"),
+        Actions::createAction(tr("Messages"), QStringLiteral("bottomDock/messages"),
                               (Qt::CTRL | Qt::Key_M).toCombined(), this, SLOT(makeVisible()));
     Shell::self()->actionGroup(QStringLiteral("docks/bottom"))->add(show);
     show->setCheckable(true);
@@ -144,7 +156,7 @@ void MessageOutput::createClearButton()
     buttonColors.setColor(QPalette::Window, palette().color(QPalette::Base));
     buttonColors.setColor(QPalette::Button, palette().color(QPalette::Base));
     clearButton->setPalette(buttonColors);
-    connect(clearButton, &QToolButton::clicked, this, [this] { clear(); });
+    connect(clearButton, &QToolButton::clicked, this, &MessageOutput::clear);
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(0);
@@ -166,11 +178,31 @@ void MessageOutput::setMaxItems(unsigned int count)
     d->maxItems = count;
 }
 
+int MessageOutput::count() const
+{
+    return QListWidget::count() - d->leaving + int(d->arriving.size());
+}
+
+QListWidgetItem *MessageOutput::item(int row) const
+{
+    if (row < 0 || row >= count())
+        return nullptr;
+    const int shown = QListWidget::count() - d->leaving;
+    return row < shown ? QListWidget::item(row + d->leaving)
+                       : d->arriving[size_t(row - shown)].get();
+}
+
+void MessageOutput::clear()
+{
+    d->arriving.clear();
+    d->leaving = 0;
+    d->textLength = 0;
+    QListWidget::clear();
+}
+
 MessageItem *MessageOutput::lastItem() const
 {
-    QListWidgetItem *last = item(count() - 1);
-    return last && last->type() == MessageItem::itemType ? static_cast<MessageItem *>(last)
-                                                         : nullptr;
+    return const_cast<MessageItem *>(messageItem(item(count() - 1)));
 }
 
 void MessageOutput::checkMaxItems()
@@ -184,46 +216,48 @@ void MessageOutput::checkMaxItems()
         }
     }
     if (uint(count()) >= d->maxItems)
-        dropRow(0);
-    if (d->textLength > maxTextLength)
-        dropLongRows();
+        dropOldest();
+    while (d->textLength > MessageLimits::text && count() > 0)
+        dropOldest();
 }
 
-void MessageOutput::dropRow(int row)
+void MessageOutput::dropOldest()
 {
-    const std::unique_ptr<QListWidgetItem> dropped(takeItem(row));
+    if (const MessageItem *const oldest = messageItem(item(0)))
+        d->textLength -= oldest->rawLength();
+    if (d->leaving < QListWidget::count())
+        ++d->leaving;
+    else if (!d->arriving.empty())
+        d->arriving.pop_front();
 }
 
-/// Takes as many of the oldest rows away as the list holds too much text.
-void MessageOutput::dropLongRows()
+void MessageOutput::showSoon()
 {
-    qint64 length = 0;
-    for (int row = count() - 1; row >= 0; --row) {
-        const QListWidgetItem *each = item(row);
-        const bool isMessage = each->type() == MessageItem::itemType;
-        const int own = isMessage ? static_cast<const MessageItem *>(each)->rawLength() : 0;
-        if (length + own > maxTextLength) {
-            for (; row >= 0; --row)
-                dropRow(row);
-            break;
-        }
-        length += own;
-    }
-    d->textLength = length;
+    if (d->show->isActive())
+        return;
+    const qint64 elapsed = d->sinceShown.isValid() ? d->sinceShown.elapsed() : showInterval;
+    d->show->start(int(qMax<qint64>(0, showInterval - elapsed)));
 }
 
-void MessageOutput::followEnd()
+/// Brings the list up to date and to its end. Between two calls it stays as it was
+/// last laid out: a list that has changed since paints nothing.
+void MessageOutput::showRows()
 {
-    if (!d->follow->isActive())
-        d->follow->start(0);
+    d->sinceShown.start();
+    model()->removeRows(0, std::exchange(d->leaving, 0));
+    for (std::unique_ptr<MessageItem> &row : d->arriving)
+        addItem(row.release());
+    d->arriving.clear();
+    scheduleDelayedItemsLayout();
+    scrollToBottom();
 }
 
 void MessageOutput::insertItem(const QString &s)
 {
     checkMaxItems();
     d->textLength += s.size();
-    new MessageItem(this, s, -1, QString());
-    followEnd();
+    d->arriving.push_back(std::make_unique<MessageItem>(nullptr, s, -1, QString()));
+    showSoon();
 }
 
 void MessageOutput::insertItem(const QString &s, int line)
@@ -256,7 +290,6 @@ void MessageOutput::showMessage(const QString &message)
         start = end + 1;
     }
     addToLastItem(message.mid(start));
-    followEnd();
 }
 
 void MessageOutput::addToLastItem(const QString &s)
@@ -265,11 +298,13 @@ void MessageOutput::addToLastItem(const QString &s)
         insertItem(s);
         return;
     }
-    d->textLength += s.size();
-    if (MessageItem *last = lastItem())
+    if (MessageItem *const last = lastItem()) {
+        d->textLength += s.size();
         last->addText(s);
-    else
+    } else {
         item(count() - 1)->setText(item(count() - 1)->text() + s);
+    }
+    showSoon();
 }
 
 void MessageOutput::addToLastItem(const QString &s, int line, const QString &fname)
@@ -298,10 +333,8 @@ void MessageOutput::makeVisible()
 
 void MessageOutput::clickItem(QListWidgetItem *item)
 {
-    if (!item || item->type() != MessageItem::itemType)
-        return;
-    const auto *row = static_cast<const MessageItem *>(item);
-    if (row->line() != -1)
+    const MessageItem *const row = messageItem(item);
+    if (row && row->line() != -1)
         emit clicked(row->fileName(), row->line());
 }
 

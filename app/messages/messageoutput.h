@@ -12,6 +12,9 @@ class MessageItem;
 /// searches, that lead to a line of a file when pressed. It follows its end and
 /// drops the oldest rows.
 ///
+/// Rows may come faster than they can be painted: the widget shows them some twenty
+/// times a second, count() and item() know of them at once.
+///
 /// The first self() makes it and puts it into the main window, which owns it.
 class MessageOutput : public QListWidget
 {
@@ -21,6 +24,9 @@ public:
 
     static MessageOutput *self();
 
+    int count() const;
+    /// Null if there is no such row. Does not give the row away.
+    QListWidgetItem *item(int row) const;
     uint maxItems() const;
     /// Holds from the next insertion on, which drops one row at most.
     void setMaxItems(unsigned int count);
@@ -29,6 +35,7 @@ public:
     void checkMaxItems();
 
 public slots:
+    void clear();
     void insertItem(const QString &s);
     /// \a line counts from 1.
     void insertItem(const QString &s, int line);
@@ -55,9 +62,9 @@ private:
 
     MessageItem *lastItem() const;
     void createClearButton();
-    void dropRow(int row);
-    void dropLongRows();
-    void followEnd();
+    void dropOldest();
+    void showSoon();
+    void showRows();
 
     const std::unique_ptr<Private> d;
 };
