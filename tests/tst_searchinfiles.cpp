@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,6 +101,9 @@ private slots:
     void hitsAreThoseOfReadingByLine_data();
     void hitsAreThoseOfReadingByLine();
     void blocksDoNotCutLines();
+    void longLinesAreSearchedInWindows_data();
+    void longLinesAreSearchedInWindows();
+    void memoryDoesNotGrowWithTheFile();
     void stopsInsideOfAFile_data();
     void stopsInsideOfAFile();
     void whatIsNoFileHasNoHits();
@@ -221,6 +225,71 @@ void TestSearchInFiles::blocksDoNotCutLines()
     const SearchQuery atStart{u"^needle"_s, true, true, false};
     QCOMPARE(search(atStart, marked).size(), 2);
     QVERIFY(search(atStart, marked) == naiveSearch(atStart, first));
+}
+
+void TestSearchInFiles::longLinesAreSearchedInWindows_data()
+{
+    const Rows<SearchQuery, int> row("query", "most");
+    constexpr int all = 0;
+    row("text", {u"needle"_s, false, true, false}, all);
+    row("any case, whole word", {u"NEEDLE"_s, false, false, true}, all);
+    row("not ascii", {u"\u00e9 needle"_s, false, true, false}, all);
+    row("expression", {u"n[e]+dle[0-9]*"_s, true, true, false}, all);
+    row("expression without a table", {u"(n)(e)\\2dle"_s, true, true, false}, all);
+    row("longer than what windows share", {u"needle.*"_s, true, true, false}, 4);
+    row("only at the start", {u"^. needle"_s, true, true, false}, 1);
+    row("only at the end", {u"needle [0-9a-z]*$"_s, true, true, false}, 1);
+}
+
+void TestSearchInFiles::longLinesAreSearchedInWindows()
+{
+    QFETCH(SearchQuery, query);
+    QFETCH(int, most);
+    QRandomGenerator random(5);
+    QStringList all;
+    QString line;
+    while (line.size() < 2 * FileSearch::longestLine) {
+        all << QString::number(all.size());
+        line += (u"\u00e9 needle "_s + all.last()).leftJustified(random.bounded(15, 999), u'.');
+    }
+    const QString text = u"first\r\n"_s + line + u"\u00e9 needle end\r\n\u00e9 needle 0"_s;
+    all << u"end"_s;
+    QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
+    for (const QByteArray &bytes :
+         {text.toUtf8(), text.toLatin1(), QByteArray(utf16.encode(text))}) {
+        QMap<int, QStringList> found;
+        FileSearch engine(query, [] { return true; });
+        engine.search(write(u"long"_s, bytes), [&found](const FileSearch::Hit &hit) {
+            const QStringView rest = hit.line.mid(hit.line.indexOf(u"needle ", hit.column) + 7);
+            found[hit.lineNumber] << rest.left(rest.indexOf(u'.')).toString();
+        });
+        QCOMPARE(found.keys(), (QList<int>{2, 3}));
+        if (most == 0)
+            QCOMPARE(found[2], all);
+        else
+            QVERIFY(found[2].size() <= most);
+        QCOMPARE(found[3], QStringList{u"0"_s});
+    }
+}
+
+void TestSearchInFiles::memoryDoesNotGrowWithTheFile()
+{
+    const QString path = write(u"sparse"_s, "a hit\n");
+    QVERIFY(QFile::resize(path, 1000 * 1000 * 1000));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::Append));
+    QVERIFY(file.write("the last hit") > 0);
+    file.close();
+    QList<std::pair<int, bool>> found;
+    FileSearch engine({u"hit"_s, false, true, false}, [] { return true; });
+    engine.search(path, [&found](const FileSearch::Hit &hit) {
+        found.append({hit.lineNumber, hit.isPart});
+    });
+    QCOMPARE(found, (QList<std::pair<int, bool>>{{1, false}, {2, true}}));
+    struct rusage usage;
+    QCOMPARE(::getrusage(RUSAGE_SELF, &usage), 0);
+    constexpr long kilobytes = 700 * 1000;
+    QVERIFY2(usage.ru_maxrss < kilobytes, qPrintable(QString::number(usage.ru_maxrss)));
 }
 
 void TestSearchInFiles::stopsInsideOfAFile_data()

@@ -1,15 +1,20 @@
 #include "app/search/filesearch.h"
 
+#include "app/search/linebytes.h"
+
 #include <QFile>
 #include <QScopeGuard>
 
-#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vesk {
+
+using namespace LineBytes;
 
 namespace {
 
@@ -17,121 +22,9 @@ namespace {
 /// at the user's wishes: no work of more than a few milliseconds.
 constexpr qsizetype blockSize = 1024 * 1024;
 
-bool isAscii(const char *data, qsizetype size)
-{
-    qsizetype i = 0;
-    quint64 word = 0;
-    for (; i + 8 <= size; i += 8) {
-        quint64 next;
-        memcpy(&next, data + i, 8);
-        word |= next;
-    }
-    for (; i < size; ++i)
-        word |= quint64(uchar(data[i]));
-    return (word & 0x8080808080808080U) == 0;
-}
-
-/// Reads up to \a size bytes; less than that at the end of the file or on error.
-qsizetype readFully(int fd, char *data, qsizetype size)
-{
-    qsizetype done = 0;
-    while (done < size) {
-        const ssize_t got = ::read(fd, data + done, size_t(size - done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        done += got;
-    }
-    return done;
-}
-
-/// Number of line ends in \a data, CR LF counting as one.
-int countLineEnds(const char *data, qsizetype size)
-{
-    int count = 0;
-    const char *const end = data + size;
-    if (!memchr(data, '\r', size_t(size))) {
-        for (const char *p = data; p < end; ++p)
-            count += *p == '\n';
-        return count;
-    }
-    for (const char *p = data; p < end; ++p)
-        count += *p == '\n' || (*p == '\r' && (p + 1 == end || p[1] != '\n'));
-    return count;
-}
-
-const char *lineStart(const char *data, const char *at)
-{
-    for (const char end : {'\n', '\r'}) {
-        if (const void *const found = memrchr(data, end, size_t(at - data)))
-            data = static_cast<const char *>(found) + 1;
-    }
-    return data;
-}
-
-const char *lineEnd(const char *at, const char *end)
-{
-    for (const char mark : {'\n', '\r'}) {
-        if (const void *const found = memchr(at, mark, size_t(end - at)))
-            end = static_cast<const char *>(found);
-    }
-    return end;
-}
-
-/// The length of the leading part of \a data that holds whole lines. A CR at the
-/// very end may be the first half of a line end.
-qsizetype wholeLines(const char *data, qsizetype size)
-{
-    for (qsizetype i = size - 1; i >= 0; --i) {
-        if (data[i] == '\n' || (data[i] == '\r' && i + 1 < size))
-            return i + 1;
-    }
-    return 0;
-}
-
-/// Tells whether bytes that come in pieces are UTF-8.
-class Utf8Check
-{
-public:
-    /// False once a byte can't belong to UTF-8.
-    bool feed(const char *data, qsizetype size)
-    {
-        for (qsizetype i = 0; i < size && !broken; ++i)
-            take(uchar(data[i]));
-        return !broken;
-    }
-
-    /// True if all that was fed is UTF-8 and ends with a whole character.
-    bool isValid() const { return !broken && following == 0; }
-
-private:
-    void take(uchar byte)
-    {
-        if (following > 0) {
-            broken = byte < lowest || byte > highest;
-            lowest = 0x80;
-            highest = 0xbf;
-            --following;
-        } else if (byte >= 0x80) {
-            begin(byte);
-        }
-    }
-
-    void begin(uchar byte)
-    {
-        following = byte >= 0xf0 ? 3 : byte >= 0xe0 ? 2 : 1;
-        broken = byte < 0xc2 || byte > 0xf4;
-        // Overlong forms, surrogates and what lies beyond Unicode.
-        lowest = byte == 0xe0 ? 0xa0 : byte == 0xf0 ? 0x90 : 0x80;
-        highest = byte == 0xed ? 0x9f : byte == 0xf4 ? 0x8f : 0xbf;
-    }
-
-    int following = 0;
-    uchar lowest = 0x80;
-    uchar highest = 0xbf;
-    bool broken = false;
-};
+/// What two windows of a long line share on either side of where the second one begins
+/// to look: enough for a row to show, and for every match but absurd ones.
+constexpr qsizetype overlap = 64 * 1024;
 
 bool isWordCharacter(QChar c)
 {
@@ -179,6 +72,7 @@ bool FileSearch::search(const QString &path, const HitHandler &hitHandler)
         return true;
     handler = &hitHandler;
     lineNumber = 1;
+    longLine = {};
     decoding = Decoding::Undecided;
     const bool wentOn = searchFile(fd);
     handler = nullptr;
@@ -202,81 +96,144 @@ bool FileSearch::inPieces(qsizetype size, const Work &work) const
 
 bool FileSearch::searchFile(int fd)
 {
+    foreign = QStringDecoder();
     qsizetype kept = 0; // of a line that has not come to its end
-    qsizetype mark = 0; // bytes of a byte-order mark at the start of the buffer
-    bool first = true;
-    for (;;) {
-        if (buffer.size() < kept + blockSize)
-            buffer.resize(qMax(kept + blockSize, 2 * kept));
-        char *const data = buffer.data();
-        const qsizetype got = readFully(fd, data + kept, blockSize);
-        const bool atEnd = got < blockSize;
-        const qsizetype size = kept + got;
-        if (first) {
-            first = false;
-            const auto encoding = QStringConverter::encodingForData(QByteArrayView(data, size));
-            if (encoding && *encoding != QStringConverter::Utf8)
-                return searchDecoded(fd, *encoding);
-            if (encoding) {
-                decoding = Decoding::Utf8;
-                mark = 3;
-            }
-        }
-        // The kept part can hold a line end only in its last byte, a CR.
-        const qsizetype unseen = qMax<qsizetype>(0, kept - 1);
-        const qsizetype ends = wholeLines(data + unseen, size - unseen);
-        const qsizetype whole = atEnd ? size : ends > 0 ? unseen + ends : 0;
-        if (whole > 0 && !searchBytes(data + mark, whole - mark, fd))
+    bool isLast = false;
+    for (bool isFirst = true; !isLast; isFirst = false) {
+        qsizetype size = kept + readBlock(fd, kept, &isLast);
+        if (isFirst)
+            size = meetMark(size);
+        qsizetype taken = 0;
+        if (!searchBuffer(kept, size, isLast, fd, &taken))
             return false;
-        if (atEnd)
-            return true;
-        kept = size - whole;
-        if (whole > 0) {
-            memmove(data, data + whole, size_t(kept));
-            mark = 0;
-        }
+        kept = size - taken;
+        memmove(buffer.data(), buffer.constData() + taken, size_t(kept));
         if (!goOn())
             return false;
     }
+    return true;
 }
 
-bool FileSearch::searchDecoded(int fd, QStringConverter::Encoding encoding)
+/// Reads the next block to \a kept in the buffer; the number of bytes that came.
+qsizetype FileSearch::readBlock(int fd, qsizetype kept, bool *isLast)
 {
-    decoding = Decoding::Stateful;
-    if (::lseek(fd, 0, SEEK_SET) != 0)
-        return true;
-    QStringDecoder decoder(encoding);
-    QString rest;
-    qsizetype scanned = 0;
-    QByteArray block(blockSize, Qt::Uninitialized);
-    for (;;) {
-        const qsizetype got = readFully(fd, block.data(), blockSize);
-        const bool atEnd = got < blockSize;
-        rest += decoder.decode(QByteArrayView(block.constData(), got));
-        qsizetype whole = rest.size();
-        if (!atEnd) {
-            while (whole > scanned && rest[whole - 1] != u'\n' &&
-                   (rest[whole - 1] != u'\r' || whole == rest.size()))
-                --whole;
-            if (whole == scanned)
-                whole = 0;
-        }
-        if (!searchText(QStringView(rest).left(whole)) || !goOn())
-            return false;
-        if (atEnd)
-            return true;
-        rest.remove(0, whole);
-        scanned = qMax<qsizetype>(0, rest.size() - 1);
-    }
+    if (buffer.size() < kept + blockSize)
+        buffer.resize(kept + blockSize);
+    const qsizetype got = readFully(fd, buffer.data() + kept, blockSize);
+    *isLast = got < blockSize;
+    return foreign.isValid() ? recode(kept, got) : got;
 }
 
-/// Finds out whether the whole file is UTF-8 or has to be read as Latin-1. False if
-/// the search was stopped.
+/// Makes UTF-8 of the \a size bytes at \a kept in the buffer; the number of bytes then.
+qsizetype FileSearch::recode(qsizetype kept, qsizetype size)
+{
+    const QString text = foreign.decode(QByteArrayView(buffer.constData() + kept, size));
+    const QByteArray utf8 = toUtf8.encode(text);
+    buffer.resize(qMax(buffer.size(), kept + utf8.size()));
+    memcpy(buffer.data() + kept, utf8.constData(), size_t(utf8.size()));
+    return utf8.size();
+}
+
+/// Learns what a byte-order mark in the first \a size bytes of the file tells; the
+/// number of bytes in the buffer then.
+qsizetype FileSearch::meetMark(qsizetype size)
+{
+    const auto encoding =
+        QStringConverter::encodingForData(QByteArrayView(buffer.constData(), size));
+    if (!encoding)
+        return size;
+    decoding = Decoding::Utf8;
+    if (*encoding != QStringConverter::Utf8) {
+        foreign = QStringDecoder(*encoding);
+        toUtf8.resetState();
+        return recode(0, size);
+    }
+    constexpr qsizetype markSize = 3;
+    memmove(buffer.data(), buffer.constData() + markSize, size_t(size - markSize));
+    return size - markSize;
+}
+
+/// Searches what can be searched of the \a size bytes in the buffer and tells how many
+/// are no longer needed. The first \a kept were there before. False if the search was
+/// stopped.
+bool FileSearch::searchBuffer(qsizetype kept, qsizetype size, bool isLast, int fd, qsizetype *taken)
+{
+    const char *const data = buffer.constData();
+    // The kept part can hold a line end only in its last byte, a CR.
+    const qsizetype unseen = qMax<qsizetype>(0, kept - 1);
+    const qsizetype ends = wholeLines(data + unseen, size - unseen);
+    const qsizetype whole = isLast ? size : ends > 0 ? unseen + ends : 0;
+    if (whole == 0)
+        return size < longestLine || searchWindow(data, size, false, fd, taken);
+    const char *start = data;
+    const char *const end = data + whole;
+    if (longLine.isOpen) {
+        const char *const stop = lineEnd(data + longLine.from, end);
+        if (!searchWindow(data, stop - data, true, fd, taken))
+            return false;
+        start = nextLine(stop, end);
+        lineNumber += start > stop ? 1 : 0;
+        longLine = {};
+    }
+    *taken = whole;
+    return searchBytes(start, end - start, fd);
+}
+
+/// Searches the next part of a line that is longer than what is held of it.
+bool FileSearch::searchWindow(const char *data, qsizetype size, bool isLast, int fd,
+                              qsizetype *taken)
+{
+    // It may be the first half of the line's end.
+    if (!isLast && data[size - 1] == '\r')
+        --size;
+    const qsizetype from = longLine.from;
+    const qsizetype limit = isLast ? size : characterStart(data, size - overlap);
+    *taken = isLast ? size : characterStart(data, limit - overlap);
+    if (!longLine.isDone && !searchPart(data, size, {from, limit, true}, fd))
+        return false;
+    longLine.isOpen = true;
+    longLine.from = limit - *taken;
+    return true;
+}
+
+/// \a bytes counts in bytes where a window counts in columns.
+bool FileSearch::searchPart(const char *data, qsizetype size, const Window &bytes, int fd)
+{
+    Outlook outlook;
+    if (!judge(data, size, fd, &outlook))
+        return false;
+    const char *hit = nullptr;
+    if (outlook.kind == Outlook::Lines &&
+        !findBytes(outlook.looked + bytes.from, size - bytes.from, outlook.needle, &hit))
+        return false;
+    const qsizetype resume = std::exchange(longLine.resume, 0);
+    if (outlook.kind == Outlook::Nothing || (outlook.kind == Outlook::Lines && !hit))
+        return true;
+    textBuffer.clear();
+    if (!decode(data, bytes.from, fd))
+        return false;
+    const qsizetype from = textBuffer.size() + resume;
+    if (!decode(data + bytes.from, bytes.limit - bytes.from, fd))
+        return false;
+    const bool isLast = bytes.limit == size;
+    const qsizetype limit = textBuffer.size() + (isLast ? 1 : 0);
+    qsizetype next = -1;
+    if (!decode(data + bytes.limit, size - bytes.limit, fd) ||
+        !searchLine(textBuffer, {from, limit, true}, &next))
+        return false;
+    longLine.isDone = next < 0;
+    longLine.resume = qMax<qsizetype>(0, next - limit);
+    return true;
+}
+
+/// Finds out whether the file is UTF-8 or has to be read as Latin-1. False if the
+/// search was stopped.
 bool FileSearch::decide(int fd)
 {
     if (decoding != Decoding::Undecided)
         return true;
-    Utf8Check check;
+    decoding = Decoding::Latin1;
+    MultiByteFinder finder;
     QByteArray block(blockSize, Qt::Uninitialized);
     off_t at = 0;
     for (;;) {
@@ -284,20 +241,20 @@ bool FileSearch::decide(int fd)
         if (got <= 0)
             break;
         at += got;
-        if (!check.feed(block.constData(), got))
+        if (finder.feed(block.constData(), got)) {
+            decoding = Decoding::Utf8;
             break;
+        }
         if (!goOn())
             return false;
     }
-    decoding = check.isValid() ? Decoding::Utf8 : Decoding::Latin1;
     return true;
 }
 
-/// Puts the text of \a data into textBuffer. False if the search was stopped.
+/// Appends the text of \a data to textBuffer. False if the search was stopped.
 bool FileSearch::decode(const char *data, qsizetype size, int fd)
 {
-    textBuffer.clear();
-    textBuffer.reserve(size);
+    textBuffer.reserve(textBuffer.size() + size);
     QStringDecoder decoder;
     bool wentOn = true;
     const bool isDone = inPieces(size, [&](qsizetype at, qsizetype length) {
@@ -362,7 +319,26 @@ bool FileSearch::countLines(const char *data, const char *end)
     });
 }
 
+/// Searches whole lines.
 bool FileSearch::searchBytes(const char *data, qsizetype size, int fd)
+{
+    Outlook outlook;
+    if (!judge(data, size, fd, &outlook))
+        return false;
+    switch (outlook.kind) {
+    case Outlook::Nothing:
+        return countLines(data, data + size);
+    case Outlook::Lines:
+        return searchRawLines(data, size, outlook, fd);
+    case Outlook::Unknown:
+        break;
+    }
+    textBuffer.clear();
+    return decode(data, size, fd) && searchText(textBuffer);
+}
+
+/// False if the search was stopped.
+bool FileSearch::judge(const char *data, qsizetype size, int fd, Outlook *outlook)
 {
     bool ascii = true;
     const bool wentOn = inPieces(size, [&](qsizetype at, qsizetype length) {
@@ -371,47 +347,49 @@ bool FileSearch::searchBytes(const char *data, qsizetype size, int fd)
     });
     if (!wentOn)
         return false;
-    if (ascii && query.caseSensitive && !asciiNeedle)
-        return countLines(data, data + size);
-    const bool knowsNeedle =
-        !utf8Needle.isEmpty() && (query.caseSensitive || (ascii && asciiNeedle));
-    if (!knowsNeedle)
-        return decode(data, size, fd) && searchText(textBuffer);
-    if (!query.caseSensitive)
-        return fold(data, size) && searchRawLines(data, size, folded.constData(), utf8Needle, fd);
+    if (ascii && query.caseSensitive && !asciiNeedle) {
+        outlook->kind = Outlook::Nothing;
+        return true;
+    }
+    if (utf8Needle.isEmpty() || (!query.caseSensitive && !(ascii && asciiNeedle)))
+        return true;
+    *outlook = {Outlook::Lines, data, utf8Needle};
+    if (!query.caseSensitive) {
+        const bool isFolded = fold(data, size);
+        outlook->looked = folded.constData();
+        return isFolded;
+    }
     if (asciiNeedle)
-        return searchRawLines(data, size, data, utf8Needle, fd);
+        return true;
     if (!decide(fd))
         return false;
-    const QByteArray &needle = decoding == Decoding::Latin1 ? latin1Needle : utf8Needle;
-    return needle.isEmpty() ? countLines(data, data + size)
-                            : searchRawLines(data, size, data, needle, fd);
+    if (decoding == Decoding::Latin1)
+        outlook->needle = latin1Needle;
+    if (outlook->needle.isEmpty())
+        outlook->kind = Outlook::Nothing;
+    return true;
 }
 
-/// Searches the lines of \a data that hold \a needle where \a looked, which is \a data
-/// or what became of it byte by byte, holds it.
-bool FileSearch::searchRawLines(const char *data, qsizetype size, const char *looked,
-                                const QByteArray &needle, int fd)
+/// Searches the lines of \a data that \a outlook points at.
+bool FileSearch::searchRawLines(const char *data, qsizetype size, const Outlook &outlook, int fd)
 {
     const char *const end = data + size;
     const char *at = data;
     for (;;) {
         const char *hit = nullptr;
-        if (!findBytes(looked + (at - data), end - at, needle, &hit))
+        if (!findBytes(outlook.looked + (at - data), end - at, outlook.needle, &hit))
             return false;
         if (!hit)
             return countLines(at, end);
-        hit = data + (hit - looked);
+        hit = data + (hit - outlook.looked);
         const char *const start = lineStart(at, hit);
-        const char *stop = lineEnd(hit, end);
+        const char *const stop = lineEnd(hit, end);
+        textBuffer.clear();
         if (!countLines(at, start) || !decode(start, stop - start, fd) || !searchLine(textBuffer) ||
             !goOn())
             return false;
-        if (stop < end) {
-            stop += (*stop == '\r' && stop + 1 < end && stop[1] == '\n') ? 2 : 1;
-            ++lineNumber;
-        }
-        at = stop;
+        at = nextLine(stop, end);
+        lineNumber += at > stop ? 1 : 0;
     }
 }
 
@@ -441,33 +419,44 @@ bool FileSearch::searchText(QStringView text)
 
 bool FileSearch::searchLine(QStringView line)
 {
+    qsizetype next = 0;
+    return searchLine(line, {0, line.size() + 1, false}, &next);
+}
+
+/// \a next receives where a following window would have to go on, -1 if the line has
+/// no more hits. False if the search was stopped.
+bool FileSearch::searchLine(QStringView line, const Window &window, qsizetype *next)
+{
     if (query.regExp)
         pattern.setText(line);
-    qsizetype column = 0;
-    for (;;) {
+    qsizetype column = window.from;
+    while (column < window.limit) {
         // Up to here, not included, a match may begin before the next look around.
-        const qsizetype limit = qMin(column + blockSize, line.size() + 1);
+        const qsizetype limit = qMin(column + blockSize, window.limit);
         qsizetype length = query.text.size();
         const qsizetype found = query.regExp
                                     ? pattern.search(column, limit, &length)
                                     : matcher.indexIn(line.left(limit + length - 1), column);
-        if (found < 0) {
-            if (limit > line.size())
-                return true;
-            if (!goOn())
-                return false;
+        if (found < 0 || found >= window.limit) {
             column = limit;
+            if (column < window.limit && !goOn())
+                return false;
             continue;
         }
-        if (length == 0)
+        if (length == 0) {
+            *next = -1;
             return true;
+        }
         if (accepted(line, found, length)) {
-            (*handler)({lineNumber, line, found, length});
+            constexpr qint64 most = std::numeric_limits<int>::max();
+            (*handler)({int(qMin(lineNumber, most)), line, found, length, window.isPart});
             if (!goOn())
                 return false;
         }
         column = found + length;
     }
+    *next = column;
+    return true;
 }
 
 bool FileSearch::accepted(QStringView line, qsizetype column, qsizetype length) const

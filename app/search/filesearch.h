@@ -25,26 +25,34 @@ struct SearchQuery
 /// order, without overlaps; a match of no length ends the line.
 ///
 /// Lines end at LF, CR LF or CR. Files are read as the editor reads them: by
-/// their byte-order mark, as UTF-8, or as Latin-1 if they are not UTF-8. As long
-/// as its bytes show that a part of a file cannot hold the text, that part is
-/// not decoded.
+/// their byte-order mark, else as UTF-8 if they hold a character of several
+/// bytes, else as Latin-1. As long as its bytes show that a part of a file cannot
+/// hold the text, that part is not decoded.
+///
+/// Memory doesn't grow with the file. A line of more than longestLine bytes is
+/// searched in windows that share some tens of thousands of characters: a match
+/// longer than that may come as several, each match within is found once.
 class FileSearch
 {
 public:
     /// One match in one line.
     struct Hit
     {
-        /// Counts from 1.
+        /// Counts from 1; the highest int for all lines after that.
         int lineNumber;
-        /// The line without its end. Valid during the call.
+        /// The line without its end, or a part of a longer line. Valid during the call.
         QStringView line;
-        /// Where the match stands in the line, in UTF-16 units.
+        /// Where the match stands in \a line, in UTF-16 units.
         qsizetype column;
         qsizetype length;
+        bool isPart;
     };
     using HitHandler = std::function<void(const Hit &)>;
     /// Called again and again while a file is searched; false stops the search.
     using GoOn = std::function<bool()>;
+
+    /// In bytes.
+    static constexpr qsizetype longestLine = 4 * 1024 * 1024;
 
     FileSearch(const SearchQuery &query, GoOn goOn);
 
@@ -58,18 +66,51 @@ private:
         Undecided, ///< no byte-order mark, UTF-8 or Latin-1
         Utf8,
         Latin1,
-        Stateful, ///< a mark says UTF-16 or UTF-32
+    };
+    /// What bytes tell of the hits in them.
+    struct Outlook
+    {
+        enum
+        {
+            Nothing, ///< there are none
+            Lines,   ///< they are in lines where \a looked holds \a needle
+            Unknown,
+        } kind = Unknown;
+        /// The bytes themselves or what became of them byte by byte.
+        const char *looked = nullptr;
+        QByteArray needle = {};
+    };
+    /// The part of a line that is searched.
+    struct Window
+    {
+        qsizetype from;  ///< where matches may begin
+        qsizetype limit; ///< where none begins any more
+        bool isPart;
+    };
+    /// A line that is searched window by window.
+    struct LongLine
+    {
+        bool isOpen = false;
+        bool isDone = false;  ///< no more hits, whatever follows
+        qsizetype from = 0;   ///< bytes kept of the former window for their context
+        qsizetype resume = 0; ///< columns after that which the last match took
     };
 
     template <typename Work>
     bool inPieces(qsizetype size, const Work &work) const;
     bool searchFile(int fd);
-    bool searchDecoded(int fd, QStringConverter::Encoding encoding);
+    qsizetype readBlock(int fd, qsizetype kept, bool *isLast);
+    qsizetype recode(qsizetype kept, qsizetype size);
+    qsizetype meetMark(qsizetype size);
+    bool searchBuffer(qsizetype kept, qsizetype size, bool isLast, int fd, qsizetype *taken);
+    bool searchWindow(const char *data, qsizetype size, bool isLast, int fd, qsizetype *taken);
+    bool searchPart(const char *data, qsizetype size, const Window &bytes, int fd);
     bool searchBytes(const char *data, qsizetype size, int fd);
-    bool searchRawLines(const char *data, qsizetype size, const char *looked,
-                        const QByteArray &needle, int fd);
+    bool judge(const char *data, qsizetype size, int fd, Outlook *outlook);
+    bool searchRawLines(const char *data, qsizetype size, const Outlook &outlook, int fd);
     bool searchText(QStringView text);
     bool searchLine(QStringView line);
+    bool searchLine(QStringView line, const Window &window, qsizetype *next);
     bool accepted(QStringView line, qsizetype column, qsizetype length) const;
     bool decide(int fd);
     bool decode(const char *data, qsizetype size, int fd);
@@ -89,7 +130,11 @@ private:
     QByteArray latin1Needle; ///< empty if the text doesn't fit in Latin-1
     bool asciiNeedle = false;
     Decoding decoding = Decoding::Undecided;
-    int lineNumber = 1;
+    qint64 lineNumber = 1;
+    LongLine longLine;
+    /// Set for a text in UTF-16 or UTF-32, which is searched as UTF-8.
+    QStringDecoder foreign;
+    QStringEncoder toUtf8{QStringConverter::Utf8};
     QByteArray buffer;
     QByteArray folded;
     QString textBuffer;

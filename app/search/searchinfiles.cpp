@@ -1,6 +1,7 @@
 #include "app/search/searchinfiles.h"
 
 #include "app/editors/editors.h"
+#include "app/messages/messagelimits.h"
 #include "app/search/dialogparts.h"
 #include "app/search/filesearch.h"
 #include "app/settings.h"
@@ -34,14 +35,6 @@ namespace {
 /// The window gets its turn this often, in ms. Laying out a list that has changed as
 /// a whole takes it 10.
 constexpr int turn = 25;
-
-/// What the rows of lines longer than longLine may hold together, in UTF-16
-/// units. Past it such rows show an excerpt, those of lines longer than hugeLine
-/// always: each hit of a line of megabytes makes a copy of the line.
-constexpr qint64 longLineBudget = 128 * 1024 * 1024;
-constexpr qsizetype longLine = 64 * 1024;
-constexpr qsizetype hugeLine = 1024 * 1024;
-constexpr qsizetype excerpt = 200;
 
 /// File name masks with "*", "?" and "[...]", separated by ";" if there is one,
 /// else by blanks.
@@ -161,24 +154,21 @@ struct SearchInFiles::Private
 
 QString SearchInFiles::Private::row(const FileSearch::Hit &hit)
 {
-    qsizetype first = 0;
-    qsizetype last = hit.line.size();
-    if (last > longLine) {
-        longRows += last;
-        if (last > hugeLine || longRows > longLineBudget) {
-            first = qMax<qsizetype>(0, hit.column - excerpt);
-            last = qMin(last, hit.column + hit.length + excerpt);
-        }
-    }
-    const qsizetype end = hit.column + hit.length;
+    const qsizetype size = hit.line.size();
+    longRows += size > MessageLimits::longRow ? size : 0;
+    const bool isWhole = !hit.isPart && size <= MessageLimits::hugeRow &&
+                         (size <= MessageLimits::longRow || longRows <= MessageLimits::longRows);
+    const qsizetype around = isWhole ? size : MessageLimits::excerpt;
+    const qsizetype length = isWhole ? hit.length : qMin(hit.length, MessageLimits::longRow);
+    const qsizetype first = qMax<qsizetype>(0, hit.column - around);
     QString text = u"   #color{#909090}"_s;
     text += QString::number(hit.lineNumber);
     text += u": #color{black}"_s;
     text += hit.line.mid(first, hit.column - first);
     text += u"#color{blue}"_s;
-    text += hit.line.mid(hit.column, hit.length);
+    text += hit.line.mid(hit.column, length);
     text += u"#color{black}"_s;
-    text += hit.line.mid(end, last - end);
+    text += hit.line.mid(hit.column + length, around);
     return text.replace(u'\t', u"    "_s);
 }
 
