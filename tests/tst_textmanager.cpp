@@ -7,7 +7,6 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QFontMetrics>
-#include <QPrinter>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -30,7 +29,6 @@ private slots:
     void marginsFollowTheirFlags();
     void registersDropWhatDies();
     void highlightsAreBuiltAnew();
-    void printWidthLeavesTheMargins();
 };
 
 void TestTextManager::measuresAddUp_data()
@@ -59,9 +57,11 @@ void TestTextManager::measuresAddUp()
 void TestTextManager::missingFontIsFixed()
 {
     TextEditorManager manager;
-    manager.setFont(QFont(u"No Such Family At All"_s, 10));
+    const QFont missing(u"No Such Family At All"_s, 10);
+    manager.setFont(missing);
     for (int i = 0; i < 4; ++i)
         QCOMPARE(manager.width(i, QChar(u'i')), manager.width(0, QChar(u'W')));
+    QCOMPARE(manager.font(), missing);
 }
 
 void TestTextManager::settingsReachAllEditors()
@@ -163,19 +163,6 @@ void TestTextManager::highlightsAreBuiltAnew()
     QCOMPARE(editor->highlight(), u"C++"_s);
     QVERIFY(editor->view()->hl->attribute(1)->color != QColor(1, 2, 3));
     QCOMPARE(editor->view()->highlight(), editor->view()->hl);
-}
-
-void TestTextManager::printWidthLeavesTheMargins()
-{
-    TextEditorManager manager;
-    const int dpi = manager.printer()->logicalDpiX();
-    manager.setMargins(QRect(0, 10, 0, 10));
-    const int whole = manager.printWidth();
-    QVERIFY(whole > 0);
-    // One inch at each side.
-    manager.setMargins(QRect(72, 10, 72, 10));
-    QCOMPARE(manager.printWidth(), whole - 2 * dpi);
-    QCOMPARE(manager.margins, QRect(72, 10, 72, 10));
 }
 
 QTEST_MAIN(TestTextManager)

@@ -87,9 +87,10 @@ public:
     /// Builds the highlights of all documents anew, with the present settings.
     void updateHighlight();
 
-    /// The font as it was set.
+    /// The font as it was set. Nothing is drawn with it: its family may be missing.
     QFont &font();
-    /// Variant \a i, 0 to 3: bit 0 is italic, bit 1 bold.
+    /// Variant \a i, 0 to 3: bit 0 is italic, bit 1 bold. Where the family is missing
+    /// it is one of fixed pitch.
     QFont &font(int i);
     void setFont(const QFont &f);
     const FontData &fontData(int i) const;

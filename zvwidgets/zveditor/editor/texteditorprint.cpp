@@ -119,10 +119,10 @@ void TextEditor::print()
     if (body.width() > 0 && body.height() > 0 && painter.begin(printer)) {
         QTextDocument text;
         text.documentLayout()->setPaintDevice(printer);
-        text.setDefaultFont(d->manager->font());
+        text.setDefaultFont(d->manager->font(0));
         text.setDocumentMargin(0);
         text.setHtml(html(0, -1));
-        useEditorFont(&text, d->manager->font());
+        useEditorFont(&text, d->manager->font(0));
         text.setPageSize(body.size());
         printPages(printer, &painter, text, body);
     }

@@ -62,7 +62,7 @@ struct TextEditorManager::Private
     QList<TextDocument *> documents;
     QFont fnt;
     FontData fonts[variants];
-    /// False: fnt is as it was set, the fonts are those before it.
+    /// False: the fonts are those before fnt.
     bool areFontsMade = false;
     int tabWidth = 8;
     QString resourceDir;
@@ -87,9 +87,9 @@ void TextEditorManager::Private::makeFonts()
     if (areFontsMade)
         return;
     areFontsMade = true;
-    fnt = withFixedFallback(fnt);
+    const QFont base = withFixedFallback(fnt);
     for (int i = 0; i < variants; ++i)
-        fonts[i].set(fnt, i & boldBit, i & italicBit);
+        fonts[i].set(base, i & boldBit, i & italicBit);
 }
 
 FontData::FontData() = default;
@@ -246,7 +246,6 @@ void TextEditorManager::updateHighlight()
 
 QFont &TextEditorManager::font()
 {
-    d->makeFonts();
     return d->fnt;
 }
 
