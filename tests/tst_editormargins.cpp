@@ -1,6 +1,7 @@
 #include "tests/editortest.h"
 #include "zvwidgets/zveditor/editormargins.h"
 
+#include <QPainter>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +22,7 @@ private slots:
     void selectionBecomesAFold();
     void clicksOnAFold();
     void numberAtFirstRowOnly();
+    void numberIsShownWhole();
     void iconOnEveryRow();
     void foldDrawing();
     void rowsAfterAFoldAreAllPainted();
@@ -164,6 +166,29 @@ void TestEditorMargins::numberAtFirstRowOnly()
     const int lastRow = view->docPosToScreen(0, 1).y() / rowHeight;
     QVERIFY(inkedPixels(margin, lastRow) > 0);
     QCOMPARE(inkedPixels(margin, lastRow + 1), 0);
+}
+
+void TestEditorMargins::numberIsShownWhole()
+{
+    editor->setText(u"\n"_s.repeated(88890));
+    editor->moveCursor(88887, 0);
+    QCoreApplication::processEvents();
+    const int row = 88887 - view->contentsY() / rowHeight;
+    // With room to spare at the left.
+    QImage expected(200, (row + 1) * rowHeight, QImage::Format_RGB32);
+    expected.fill(manager->normalBackgroundColor);
+    QPainter painter(&expected);
+    painter.setFont(manager->font(0));
+    painter.setPen(QColor(0, 128, 128));
+    painter.drawText(QRect(0, row * rowHeight, 197, rowHeight), Qt::AlignRight | Qt::AlignVCenter,
+                     u"88888"_s);
+    painter.end();
+    const QImage margin = image(view->lineNumberMargin());
+    const auto inRow = [row](const QImage &from, int width) {
+        return from.copy(from.width() - width, row * rowHeight, width - 1, rowHeight);
+    };
+    QCOMPARE(inRow(margin, margin.width()), inRow(expected, margin.width()));
+    QCOMPARE(inkedPixels(margin, row), inkedPixels(expected, row));
 }
 
 void TestEditorMargins::iconOnEveryRow()

@@ -28,6 +28,8 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    /// Scrolls the text beside the margin.
+    void wheelEvent(QWheelEvent *event) override;
 
     /// Makes the buffer anew if the widget came to a screen of another pixel
     /// ratio. False if there is nothing to paint into.
@@ -36,6 +38,8 @@ protected:
     int lineAt(int y) const;
     /// Upper edge, in pixels of the widget, of the row that holds \a y.
     int rowTop(int y) const;
+    /// Upper edge, in pixels of the widget, of the row in which the last line begins.
+    int lastLineTop() const;
 
     TextView *view;
     TextDocument *document;

@@ -6,13 +6,15 @@
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zveditor/view/rowbuffer.h"
 
+#include <QCoreApplication>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QWheelEvent>
 
 #include <algorithm>
-#include <cmath>
 
 namespace zvwidgets {
 
@@ -21,6 +23,8 @@ namespace {
 constexpr QColor marginColor(240, 240, 240);
 constexpr QColor dotColor(0, 128, 128);
 constexpr QColor addFoldColor(64, 64, 64);
+/// Pixels left free at both sides of a line number.
+constexpr int numberBorder = 3;
 
 // Filled rectangles stay one logical pixel wide on a screen of any ratio,
 // where a drawn line would straddle two.
@@ -55,11 +59,7 @@ Margin::~Margin() = default;
 
 void Margin::resizeBuffer()
 {
-    const qreal ratio = devicePixelRatioF();
-    const int pixelWidth = std::max(1, int(std::ceil(width() * ratio)));
-    const int pixelHeight = std::max(1, int(std::ceil(view->lineHeight() * ratio)));
-    buffer = std::make_unique<QPixmap>(pixelWidth, pixelHeight);
-    buffer->setDevicePixelRatio(ratio);
+    buffer = makeRowBuffer(*this, view->lineHeight());
     if (sizeHint().width() != width())
         updateGeometry();
 }
@@ -67,6 +67,13 @@ void Margin::resizeBuffer()
 void Margin::resizeEvent(QResizeEvent *)
 {
     resizeBuffer();
+}
+
+void Margin::wheelEvent(QWheelEvent *event)
+{
+    const std::unique_ptr<QWheelEvent> copy(event->clone());
+    QCoreApplication::sendEvent(view, copy.get());
+    event->accept();
 }
 
 bool Margin::ensureBuffer()
@@ -87,6 +94,11 @@ int Margin::rowTop(int y) const
     return (view->contentsY() + y) / height * height - view->contentsY();
 }
 
+int Margin::lastLineTop() const
+{
+    return view->docPosToScreen(0, document->lastLine()).y() - view->contentsY();
+}
+
 QSize IndicatorMargin::sizeHint() const
 {
     return {18, 0};
@@ -99,14 +111,13 @@ void IndicatorMargin::paintEvent(QPaintEvent *event)
     view->updateLinesList();
     const QRect r = event->rect();
     const int h = view->lineHeight();
-    const int lastLine = document->lastLine();
-    const int lastY = view->docPosToScreen(0, lastLine).y() - view->contentsY();
+    const int lastY = lastLineTop();
     QPainter screen(this);
     for (int y = rowTop(r.y()); y < r.y() + r.height(); y += h) {
         paintRow(lineAt(y));
         screen.drawPixmap(0, y, *buffer);
         if (y > lastY)
-            shownBelow = document->lineOf(lastLine)->linePixmap();
+            shownBelow = document->lineOf(document->lastLine())->linePixmap();
     }
 }
 
@@ -131,7 +142,7 @@ void IndicatorMargin::paintRow(int line)
 
 QSize LineNumberMargin::sizeHint() const
 {
-    return {manager->width(0, QStringLiteral("10000")), 0};
+    return {manager->width(0, QStringLiteral("10000")) + 2 * numberBorder, 0};
 }
 
 void LineNumberMargin::paintEvent(QPaintEvent *event)
@@ -141,7 +152,7 @@ void LineNumberMargin::paintEvent(QPaintEvent *event)
     view->updateLinesList();
     const QRect r = event->rect();
     const int h = view->lineHeight();
-    const int lastY = view->docPosToScreen(0, document->lastLine()).y() - view->contentsY();
+    const int lastY = lastLineTop();
     QPainter screen(this);
     int previous = -1;
     for (int y = rowTop(0); y < r.y() + r.height(); y += h) {
@@ -162,13 +173,14 @@ void LineNumberMargin::paintRow(int contentY, int line)
     QPainter painter(buffer.get());
     painter.fillRect(0, 0, width(), h, manager->normalBackgroundColor);
     painter.setPen(dotColor);
-    painter.setFont(manager->font());
+    painter.setFont(manager->font(0));
     dottedLine(&painter, width() - 1, contentY, h);
     if (line < 0)
         return;
-    // Not clipped to the text's rectangle: the width holds five digits only
-    // when they may reach into its left border.
-    painter.drawText(3, 0, width() - 6, h, Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip,
+    // Not clipped to the text's rectangle: of a sixth digit as much is to be seen as
+    // there is room for.
+    painter.drawText(numberBorder, 0, width() - 2 * numberBorder, h,
+                     Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip,
                      QString::number(line + 1));
 }
 
@@ -184,7 +196,7 @@ void FoldingMargin::paintEvent(QPaintEvent *event)
     view->updateLinesList();
     const QRect r = event->rect();
     const int h = view->lineHeight();
-    const int lastY = view->docPosToScreen(0, document->lastLine()).y() - view->contentsY();
+    const int lastY = lastLineTop();
     QPainter screen(this);
     QPainter painter(buffer.get());
     // Set once: the pen a row leaves colours the dots and boxes below it,

@@ -7,6 +7,7 @@
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textmanager.h"
+#include "zvwidgets/zveditor/view/rowbuffer.h"
 #include "zvwidgets/zveditor/view/textview_p.h"
 
 #include <QApplication>
@@ -18,7 +19,6 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <cmath>
 
 namespace zvwidgets {
 
@@ -289,11 +289,7 @@ void TextView::updateFontData()
 void TextView::resizeBuffer()
 {
     resizeMarginBuffers();
-    const double ratio = devicePixelRatioF();
-    const int pixelWidth = std::max(1, int(std::ceil(width() * ratio)));
-    const int pixelHeight = std::max(1, int(std::ceil(d->fontHeight * ratio)));
-    d->buffer = std::make_unique<QPixmap>(pixelWidth, pixelHeight);
-    d->buffer->setDevicePixelRatio(ratio);
+    d->buffer = makeRowBuffer(*this, d->fontHeight);
 }
 
 void TextView::resizeMarginBuffers()
