@@ -89,6 +89,7 @@ private slots:
     void dragMovesOrCopies_data();
     void dragMovesOrCopies();
     void rightButtonOpensTheMenu();
+    void middleDoubleClickPastesAgain();
     void keysBeforeShortcuts_data();
     void keysBeforeShortcuts();
 
@@ -505,18 +506,22 @@ void TestTextView::cursorIsScrolledIntoView()
 void TestTextView::wheelScrolls()
 {
     setText(numberedLines(300));
-    const auto turn = [this](int angle) {
-        const QPointF at(50, 50);
-        QWheelEvent event(at, view->mapToGlobal(at), QPoint(), QPoint(0, angle), Qt::NoButton,
+    const auto turn = [](QWidget *widget, int angle) {
+        const QPointF at(5, 50);
+        QWheelEvent event(at, widget->mapToGlobal(at), QPoint(), QPoint(0, angle), Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(view, &event);
+        QApplication::sendEvent(widget, &event);
         return event.isAccepted();
     };
-    QVERIFY(turn(-120));
-    QCOMPARE(view->contentsY(), QApplication::wheelScrollLines() * view->lineHeight());
-    QVERIFY(turn(120));
-    QCOMPARE(view->contentsY(), 0);
-    QVERIFY2(turn(120), "what cannot be scrolled must not scroll the parent");
+    const QList<QWidget *> widgets{view, view->indicatorMargin(), view->lineNumberMargin(),
+                                   view->foldingMargin(), view->selectionMargin()};
+    for (QWidget *widget : widgets) {
+        QVERIFY(turn(widget, -120));
+        QCOMPARE(view->contentsY(), QApplication::wheelScrollLines() * view->lineHeight());
+        QVERIFY(turn(widget, 120));
+        QCOMPARE(view->contentsY(), 0);
+        QVERIFY2(turn(widget, 120), "what cannot be scrolled must not scroll the parent");
+    }
 }
 
 void TestTextView::leftLineLosesTrailingBlanks()
@@ -710,6 +715,16 @@ void TestTextView::mouseSelects()
     QTest::mouseClick(view, Qt::RightButton, Qt::NoModifier, pointAt(0, 0));
     QCOMPARE(view->cursor()->pos(), QPoint(4, 4));
 
+    // A character of two units is selected whole or not at all.
+    const QString faces = u"\U0001f600"_s.repeated(3);
+    setText(faces);
+    QTest::mousePress(view, Qt::LeftButton, Qt::NoModifier, pointAt(0, 0));
+    dragTo(view, pointAt(3, 0));
+    QCOMPARE(editor->getSelectedText(), faces.left(2));
+    QTest::mouseRelease(view, Qt::LeftButton, Qt::NoModifier, pointAt(3, 0));
+    view->setSelection(QPoint(1, 0), QPoint(3, 0));
+    QCOMPARE(editor->getSelectedText(), faces.left(4));
+
     setText(u"some_word, other"_s);
     QTest::mouseDClick(view, Qt::LeftButton, Qt::NoModifier, pointAt(4, 0));
     QCOMPARE(editor->getSelectedText(), u"some_word"_s);
@@ -761,6 +776,22 @@ void TestTextView::rightButtonOpensTheMenu()
     QTest::mouseClick(view, Qt::RightButton, Qt::NoModifier, pointAt(1, 1));
     QVERIFY(opened);
     QCOMPARE(view->cursor()->pos(), QPoint(4, 4));
+}
+
+// The toolkit turns the second of two quick clicks into a double click.
+void TestTextView::middleDoubleClickPastesAgain()
+{
+    setText(u"return"_s);
+    QGuiApplication::clipboard()->setText(u"PASTE"_s, QClipboard::Selection);
+    const QPointF at = pointAt(0, 0);
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
+        QMouseEvent event(type, at, view->mapToGlobal(at), Qt::MiddleButton, Qt::MiddleButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &event);
+    }
+    QCOMPARE(doc->text(), u"PASTEPASTEreturn"_s);
+    QVERIFY(!view->hasSelection());
+    QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), u"PASTE"_s);
 }
 
 void TestTextView::keysBeforeShortcuts_data()

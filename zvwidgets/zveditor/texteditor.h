@@ -107,9 +107,8 @@ public:
     void setLineIcon(int line, QPixmap *pixmap);
     void clearLineIcon(int line);
 
-    /// Selects the next match and puts the cursor behind it, opening what folds
-    /// hide it. An empty \a text
-    /// matches nothing. No wrapping round at the end.
+    /// Selects the next match and puts the cursor behind it, opening the folds that
+    /// hide it. An empty \a text matches nothing. No wrapping round at the end.
     bool find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
               bool inSelection);
     /// \a pattern has the syntax of TextPattern. A match of no characters at the

@@ -5,6 +5,7 @@
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zveditor/view/typedtext.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -62,18 +63,6 @@ void forEachWord(const TextDocument *doc, Visit visit)
             visit(text.mid(start, column - start));
         }
     }
-}
-
-/// The key's text goes into the popup's filter.
-bool isFilterText(const QKeyEvent *event)
-{
-    const QString text = event->text();
-    if (text.isEmpty())
-        return false;
-    const char16_t first = text.at(0).unicode();
-    if (first == u'\t')
-        return !event->modifiers().testFlag(Qt::ControlModifier);
-    return first > 31 && first != 127;
 }
 
 /// A completed word takes the place of the typed one and nothing else, in
@@ -309,7 +298,7 @@ bool TextEditor::Private::filterPopupKey(const QKeyEvent *event)
         completionWord.chop(1);
         return completionWord.isEmpty() || !narrowPopup();
     }
-    if (!isFilterText(event))
+    if (!isTypedText(event))
         return false;
     completionWord += event->text();
     return !narrowPopup();
@@ -336,7 +325,7 @@ void TextEditor::applyCompleteWord()
 {
     if (!d->completionPopup || !d->completionPopup->currentItem())
         return;
-    // A double click tells of itself in several ways.
+    // A double click emits several signals; only the first is handled.
     d->completionPopup->disconnect(this);
     const QString text = d->completionPopup->currentItem()->text();
     int start = 0;

@@ -1,11 +1,13 @@
 #include "zvwidgets/zveditor/editorcursor.h"
 
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zveditor/view/typedtext.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -50,27 +52,6 @@ int skipBackward(QStringView text, int column, CharKind kind)
     while (column > 0 && kindOf(text[column - 1]) == kind)
         --column;
     return column;
-}
-
-/// \a column stands between the two halves of one character.
-bool splitsPair(QStringView text, int column)
-{
-    return column > 0 && column < text.size() && text[column].isLowSurrogate() &&
-           text[column - 1].isHighSurrogate();
-}
-
-/// The key brings something to type, not a control character. A null
-/// character is what some keys give together with Ctrl.
-bool isTypedText(const QKeyEvent *event)
-{
-    const QString text = event->text();
-    if (text.isEmpty())
-        return false;
-    const bool ctrl = event->modifiers().testFlag(Qt::ControlModifier);
-    const char16_t first = text.at(0).unicode();
-    if (first == u'\t' || first == 0)
-        return !ctrl;
-    return first > 31 && first != 127;
 }
 
 } // namespace

@@ -126,6 +126,7 @@ struct TextView::Private
     // Selection and mouse
 
     void markSelection();
+    bool splitsCharacter(const QPoint &position) const;
     void publishSelection() const;
     QPoint positionAt(const QPoint &local) const;
     void keepPosition(const QMouseEvent *event, const QPoint &position);

@@ -155,6 +155,10 @@ void TextView::Private::drop()
 
 void TextView::mouseDoubleClickEvent(QMouseEvent *event)
 {
+    if (event->button() != Qt::LeftButton) {
+        mousePressEvent(event);
+        return;
+    }
     clearSelection();
     const QPoint position = d->positionAt(event->position().toPoint());
     const int line = position.y();

@@ -1,7 +1,9 @@
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/view/textview_p.h"
 
@@ -40,6 +42,12 @@ void TextView::Private::markSelection()
     update.expand(lines.top(), lines.bottom());
 }
 
+/// True if \a position, x = column, stands between the halves of one character.
+bool TextView::Private::splitsCharacter(const QPoint &position) const
+{
+    return position.y() <= doc->lastLine() && splitsPair(*doc->lineOf(position.y()), position.x());
+}
+
 bool TextView::hasSelection() const
 {
     return !isEmptySelection(selected);
@@ -54,6 +62,11 @@ void TextView::setSelection(const QPoint &from, const QPoint &to)
     QPoint second = to;
     if (second.y() < first.y() || (second.y() == first.y() && second.x() < first.x()))
         std::swap(first, second);
+    // A character is selected whole or not at all.
+    if (first != second && d->splitsCharacter(second))
+        ++second.rx();
+    if (d->splitsCharacter(first))
+        --first.rx();
     if (first == selected.topLeft() && second == selected.bottomRight())
         return;
     if (hasSelection())
@@ -92,6 +105,9 @@ void TextView::setCursorPositionInternal(int line, int column, bool select)
 {
     line = std::clamp(line, 0, d->doc->lastLine());
     column = std::max(column, 0);
+    // As the cursor does, so that the end of the selection is where that stands.
+    if (d->splitsCharacter({column, line}))
+        --column;
     if (select) {
         // One that was drawn backward within a line cannot be: its ends have
         // been put in order.
