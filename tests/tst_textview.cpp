@@ -349,6 +349,14 @@ ViewSteps TestTextView::showingSteps()
              t->manager->currentLineColor = green;
              t->view->setCursorPosition(4, 2, false);
          }},
+        {"font made smaller",
+         [](TestTextView *t) { t->manager->setFont(QFont(u"DejaVu Sans Mono"_s, 6)); }},
+        {"background changed",
+         [](TestTextView *t) {
+             t->manager->normalBackgroundColor = green;
+             t->doc->tagAll();
+             t->doc->updateViews();
+         }},
         {"scrolled sideways", [](TestTextView *t) { t->view->setCursorPosition(1, 140, false); }},
         {"scrolled over letters that join",
          [](TestTextView *t) {
@@ -449,7 +457,8 @@ void TestTextView::scrollRanges()
     // The last line is in the middle then.
     QCOMPARE(vertical->maximum(), (100 * h - view->height() / 2) / h + 1);
     QVERIFY(horizontal->isVisible());
-    QCOMPARE(horizontal->maximum(), doc->documentWidth() - view->width());
+    // After the longest line there is room for the cursor.
+    QCOMPARE(horizontal->maximum(), doc->documentWidth() + 2 + view->spaceWidth() - view->width());
     doc->setWrap(true);
     QCoreApplication::processEvents();
     QVERIFY(horizontal->isHidden());
@@ -481,7 +490,9 @@ void TestTextView::cursorIsScrolledIntoView_data()
         QTest::addRow("down, way %d", way) << way << 250 << 0;
         QTest::addRow("to the end, way %d", way) << way << 299 << 7;
         QTest::addRow("to the side, way %d", way) << way << 20 << 100;
+        QTest::addRow("to the end of the longest line, way %d", way) << way << 289 << 108;
     }
+    QTest::addRow("after the end of the longest line") << int(NoFlag) << 289 << 200;
 }
 
 void TestTextView::cursorIsScrolledIntoView()
@@ -498,6 +509,7 @@ void TestTextView::cursorIsScrolledIntoView()
     for (const QPoint &place : {QPoint(column, line), QPoint(0, 0), QPoint(column, line)}) {
         view->setCursorPosition(place.y(), place.x(), false);
         QVERIFY(area.contains(pointAt(place.x(), place.y())));
+        QVERIFY(area.contains(cursor->shape()));
         QCOMPARE(bar(Qt::Vertical)->value(),
                  std::min(view->contentsY() / view->lineHeight(), bar(Qt::Vertical)->maximum()));
     }

@@ -8,7 +8,6 @@
 #include <QPixmap>
 #include <QStringView>
 
-#include <array>
 #include <tuple>
 #include <vector>
 
@@ -22,6 +21,9 @@ struct TextAttribute;
 class TextHighlight;
 class TextLine;
 
+/// Space left of the text, in pixels.
+constexpr int leftEdge = 2;
+
 /// A stretch of one row whose characters share an attribute.
 struct TextRun
 {
@@ -30,23 +32,31 @@ struct TextRun
     const TextAttribute *attribute = nullptr;
 };
 
-/// What a row showed: which line, from which column on.
-struct ShownRow
+/// All that the view and the margins show besides what the document tags when it
+/// changes. Whatever a row or the area below the rows comes to depend on belongs here.
+struct ShownPage
 {
-    int line = -1;
-    int startPos = 0;
+    /// What the area below the last row depends on.
+    struct Rest
+    {
+        int top = 0; ///< pixels from the top of the view
+        QRgb background = 0;
+        /// Fold marks above it decide its colours in the folding margin.
+        bool hasMarks = true;
+        /// The icon of the last line goes on there.
+        const QPixmap *icon = nullptr;
 
-    bool operator==(const ShownRow &) const = default;
-};
+        bool operator==(const Rest &) const = default;
+    };
 
-/// What the view and the margins show below the last row.
-struct ShownRest
-{
-    size_t rows = 0; ///< above it
-    /// Fold marks above it decide its colours.
-    bool hasMarks = true;
+    /// The row at this place is as it was.
+    bool hasRow(size_t n, const VisibleLine &row) const
+    {
+        return n < prevUpdatedlines.size() && prevUpdatedlines[n] == row;
+    }
 
-    bool operator==(const ShownRest &) const = default;
+    std::vector<VisibleLine> prevUpdatedlines;
+    Rest rest;
 };
 
 /// What the sources of the view share.
@@ -76,10 +86,10 @@ struct TextView::Private
     void updateVerticalBar();
     bool clampHorizontally();
     void clampVertically();
+    int scrollableWidth() const;
     void updateChangedLines(const LineRegion &changed);
     void updateBand(int y, int height) const;
-    void updateRest(int y, size_t rows);
-    ShownRest shownRest(size_t rows) const;
+    ShownPage presentPage() const;
     void noteRows();
     void stripLeftLine() const;
     void scrollToRow(int top);
@@ -180,10 +190,8 @@ struct TextView::Private
     RowsStamp stamp;
     bool rowsValid = false;
     WrappedLinesCache wrappedLinesCache;
-    /// What each row from the top showed at the last update.
-    std::array<ShownRow, 4096> prevUpdatedlines;
-    size_t notedRows = 0; ///< entries of prevUpdatedlines in use
-    ShownRest notedRest;
+    /// As of the last update.
+    ShownPage shownPage;
     ScrollBarMode hScrollBarMode = Auto;
     ScrollBarMode vScrollBarMode = AlwaysOn;
     QScrollBar *hbar = nullptr;

@@ -17,8 +17,6 @@ namespace zvwidgets {
 
 namespace {
 
-/// Space left of the text, in pixels.
-constexpr int leftEdge = 2;
 /// From this length on it pays to find out which columns of a row are on screen.
 constexpr int longRow = 512;
 constexpr QChar tab = u'\t';

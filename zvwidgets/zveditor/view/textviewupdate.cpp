@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace zvwidgets {
 
@@ -82,10 +83,20 @@ void TextView::updateView(bool newDocGeometry)
     d->updateRegion.clear();
 }
 
+/// Holds the cursor wherever it stands: after the end of the longest line, and in the
+/// free space after that.
+int TextView::Private::scrollableWidth() const
+{
+    int width = doc->documentWidth();
+    if (cursor->column() > doc->textLength(cursor->line()))
+        width = std::max(width, doc->textWidth(cursor->line(), cursor->column()));
+    return width + leftEdge + spaceWidth;
+}
+
 void TextView::Private::updateHorizontalBar()
 {
     const QSignalBlocker blocker(hbar);
-    const int over = doc->documentWidth() - q->width();
+    const int over = scrollableWidth() - q->width();
     if (doc->getWrap()) {
         if (xPos != 0)
             q->update();
@@ -135,58 +146,48 @@ void TextView::Private::clampVertically()
 
 bool TextView::Private::clampHorizontally()
 {
-    if (xPos <= 0 || doc->documentWidth() - xPos >= q->width())
+    const int width = scrollableWidth();
+    if (xPos <= 0 || width - xPos >= q->width())
         return false;
     const int old = xPos;
-    xPos = std::max(doc->documentWidth() - q->width(), 0);
+    xPos = std::max(width - q->width(), 0);
     q->scrollX(old - xPos);
     return true;
 }
 
-/// Asks for a repaint of the rows of \a changed, and of those below it that show
-/// something else than before.
+/// Asks for a repaint of the rows of \a changed, and of all that shows something else
+/// than before.
 void TextView::Private::updateChangedLines(const LineRegion &changed)
 {
-    int key = visibleLines.firstKey();
-    int y = q->linePosition(key) - yPos;
-    size_t n = 0;
-    for (; y < q->height() && visibleLines.contains(key); ++n, ++key, y += fontHeight) {
-        const VisibleLine &visible = visibleLines.at(key);
-        const ShownRow shown{visible.line, visible.startPos};
-        if (n < notedRows && visible.line > changed.end && prevUpdatedlines[n] == shown)
-            return;
-        if (visible.line >= changed.start)
+    ShownPage page = presentPage();
+    int y = 0;
+    for (size_t n = 0; n < page.prevUpdatedlines.size(); ++n, y += fontHeight) {
+        const VisibleLine &shown = page.prevUpdatedlines[n];
+        const bool isChanged = shown.line >= changed.start && shown.line <= changed.end;
+        if (isChanged || !shownPage.hasRow(n, shown))
             updateBand(y, fontHeight);
-        if (n < prevUpdatedlines.size())
-            prevUpdatedlines[n] = shown;
     }
-    notedRows = std::min(n, prevUpdatedlines.size());
-    updateRest(y, n);
+    // A key in a short text leaves what is below it as it is.
+    shownPage.rest.icon = indicatorMargin->iconBelow();
+    if (page.rest.hasMarks || page.rest != shownPage.rest)
+        updateBand(y, std::max(q->height() - y, 0));
+    shownPage = std::move(page);
 }
 
-/// A key in a short text leaves what is below it as it is.
-void TextView::Private::updateRest(int y, size_t rows)
+ShownPage TextView::Private::presentPage() const
 {
-    const ShownRest rest = shownRest(rows);
-    // The icon of the last line goes on there.
-    const QPixmap *const icon = doc->lineOf(doc->lastLine())->linePixmap();
-    const bool differs = rest.hasMarks || rest != notedRest || icon != indicatorMargin->iconBelow();
-    if (y < q->height() && differs)
-        updateBand(y, q->height() - y);
-    notedRest = rest;
-}
-
-ShownRest TextView::Private::shownRest(size_t rows) const
-{
-    const auto hasMark = [this](int line) {
-        const TextLine *const textLine = doc->lineOf(line);
-        return textLine->isFoldingStart || textLine->foldingLevel > 0 ||
-               foldingMargin->showAddFoldArea(line);
+    const auto hasMark = [this](const VisibleLine &shown) {
+        const TextLine *const line = doc->lineOf(shown.line);
+        return line->isFoldingStart || line->foldingLevel > 0 ||
+               foldingMargin->showAddFoldArea(shown.line);
     };
-    bool hasMarks = false;
-    for (int key = visibleLines.firstKey(); visibleLines.contains(key) && !hasMarks; ++key)
-        hasMarks = hasMark(visibleLines.at(key).line);
-    return {rows, hasMarks};
+    const std::vector<VisibleLine> &rows = visibleLines.list();
+    ShownPage page{rows, {}};
+    page.rest.top = int(rows.size()) * fontHeight;
+    page.rest.background = manager->normalBackgroundColor.rgb();
+    page.rest.hasMarks = std::any_of(rows.begin(), rows.end(), hasMark);
+    page.rest.icon = doc->lineOf(doc->lastLine())->linePixmap();
+    return page;
 }
 
 void TextView::Private::updateBand(int y, int height) const
@@ -202,11 +203,7 @@ void TextView::Private::updateBand(int y, int height) const
 void TextView::Private::noteRows()
 {
     q->updateLinesList();
-    notedRows = 0;
-    for (int key = visibleLines.firstKey();
-         visibleLines.contains(key) && notedRows < prevUpdatedlines.size(); ++key)
-        prevUpdatedlines[notedRows++] = {visibleLines.at(key).line, visibleLines.at(key).startPos};
-    notedRest = shownRest(notedRows);
+    shownPage = presentPage();
 }
 
 /// Trailing blanks go when the cursor has left their line, past the undo

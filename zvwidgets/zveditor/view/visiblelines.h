@@ -14,6 +14,8 @@ struct VisibleLine
     int endPos = 0;
     /// Pixels a row that continues its line is moved to the right.
     int xShift = 0;
+
+    bool operator==(const VisibleLine &) const = default;
 };
 
 /// The rows from the top of a view on, under consecutive keys.
@@ -33,6 +35,8 @@ public:
     const VisibleLine &at(int key) const { return rows[size_t(key - first)]; }
     int firstKey() const { return first; }
     int lastKey() const { return first + count() - 1; }
+    /// From the top on.
+    const std::vector<VisibleLine> &list() const { return rows; }
 
 private:
     int first = 0;
