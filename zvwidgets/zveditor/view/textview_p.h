@@ -59,6 +59,31 @@ struct ShownPage
     Rest rest;
 };
 
+/// A part of a row, in pixels of the view; \a end exclusive.
+struct PixelRange
+{
+    int start = 0;
+    int end = 0;
+};
+
+/// A row while it is painted.
+struct RowPaint
+{
+    /// Its origin lies where the text of the row begins.
+    QPainter &painter;
+    /// Gives cursor and selection.
+    const TextView &view;
+    const TextLine &text;
+    int line = 0;
+    int from = 0; ///< first column
+    int end = 0;  ///< column, exclusive, at most the length of the text
+    /// From the left edge of the view to the text, in pixels; negative if that begins
+    /// left of the view.
+    int left = 0;
+    PixelRange wanted;
+    bool isWhole = true; ///< all of the row is wanted
+};
+
 /// What the sources of the view share.
 struct TextView::Private
 {
@@ -96,7 +121,7 @@ struct TextView::Private
     void scrollDownToCursor();
     void scrollToColumn(int x);
 
-    // Painting. The origin of the painter lies where the row's text begins.
+    // Painting
 
     /// Columns of a row, \a end exclusive, and the place of the first.
     struct RowPart
@@ -112,26 +137,29 @@ struct TextView::Private
     };
 
     bool ensureBuffer();
-    bool wantsWholeRow() const;
-    void paintLine(TextView *view, int line, int from, int to);
+    void paintLine(TextView *view, int line, int from, int to, int xShift, PixelRange wanted);
+    void paintRow(const RowPaint &row);
     void paintEmptyArea(QPainter *painter, const QRect &area) const;
-    RowPart visiblePart(int line, int from, int end) const;
+    RowPart visiblePart(const RowPaint &row) const;
     void widenToPlainText(const TextLine &line, int from, int to, int *start, int *end) const;
-    void fillRow(const QColor &color);
-    void fillToRightEdge(int x, const QColor &color);
+    void fillRow(const RowPaint &row, const QColor &color) const;
+    void fillToRightEdge(const RowPaint &row, int x, const QColor &color) const;
     bool highlightHasBackgrounds() const;
-    void paintInheritedBackground(int line);
-    void paintBackgrounds(const TextLine &line, const RowPart &part, int from);
-    void paintLineColor(const TextView *view, int line);
-    void paintSelection(const TextView *view, int line, int from);
-    void paintGuides(const TextLine &line, int from, int end);
-    void paintText(const TextLine &line, const RowPart &part);
+    void paintInheritedBackground(const RowPaint &row);
+    int lineAboveBlanks(int line);
+    void cutBlankRun(const LineRegion &changed);
+    void paintBackgrounds(const RowPaint &row, const RowPart &part) const;
+    void paintLineColor(const RowPaint &row) const;
+    void paintSelection(const RowPaint &row) const;
+    void paintGuides(const RowPaint &row, int end) const;
+    void paintText(const RowPaint &row, const RowPart &part);
     TextRun runAt(const TextLine &line, int start, int end, RunEnd kind) const;
     int runWidth(const TextLine &line, const TextRun &run) const;
     int nextTabStop(int x) const;
-    void drawRun(const TextLine &line, const TextRun &run, int x);
+    void drawRun(const RowPaint &row, const TextRun &run, int x);
     int stretchEnd(const TextLine &line, int column, int end, FontGlyphs &glyphs) const;
-    void drawStretch(QStringView text, int x, int width, const QFont &font);
+    void drawStretch(const RowPaint &row, QStringView text, int x, int width,
+                     const QFont &font) const;
 
     // Selection and mouse
 
@@ -155,20 +183,13 @@ struct TextView::Private
     QPainter paint;
     /// One row of the view, in device pixels.
     std::unique_ptr<QPixmap> buffer;
-    /// The pixels of a row that are to be painted, in the view; \a end exclusive.
-    struct
-    {
-        int start = 0;
-        int end = 0;
-    } wantedPixels;
     int spaceWidth = 0;
     int tabsWidth = 0;
     int fontHeight = 0;
     int fontAscent = 0;
 
-    // Kept from a press or a drag.
-    int row = 0;
-    int col = 0;
+    // Kept from a press or a drag; x is the column, y the line.
+    QPoint keptPosition;
     Qt::KeyboardModifiers bnModifiers;
     Qt::MouseButtons bnButtons;
 
@@ -201,13 +222,13 @@ struct TextView::Private
     /// Lines the document has changed.
     LineRegion updateRegion;
     QMenu *rmbMenu = nullptr;
-    /// The blank line painted last, and the line above its blank neighbours.
+    /// Lines known to be blank, and the revision of the document for which that holds.
     struct
     {
-        int line = -1;
-        int source = 0;
+        int first = 0;
+        int last = -1;
         unsigned revision = 0;
-    } inherited;
+    } blankRun;
     // Of the run being drawn; kept for their memory.
     std::vector<quint32> glyphIndexes;
     std::vector<QPointF> glyphPositions;

@@ -23,8 +23,7 @@ void TextView::Private::keepPosition(const QMouseEvent *event, const QPoint &pos
 {
     bnModifiers = event->modifiers();
     bnButtons = event->buttons();
-    row = position.y();
-    col = position.x();
+    keptPosition = position;
 }
 
 void TextView::mousePressEvent(QMouseEvent *event)
@@ -121,7 +120,8 @@ void TextView::Private::scrollWithPointer(const QPoint &local) const
 void TextView::mouseReleaseEvent(QMouseEvent *)
 {
     if (d->startDrag && !d->endDrag && !d->mousePressed)
-        setCursorPosition(d->row, d->col, d->bnModifiers.testFlag(Qt::ShiftModifier));
+        setCursorPosition(d->keptPosition.y(), d->keptPosition.x(),
+                          d->bnModifiers.testFlag(Qt::ShiftModifier));
     else if (d->startDrag && d->endDrag && !inSelected(d->cursor->line(), d->cursor->column()))
         d->drop();
     d->startDrag = false;
@@ -146,7 +146,7 @@ void TextView::Private::drop()
     startDrag = false;
     endDrag = false;
     if (!text.isNull()) {
-        q->setCursorPosition(row, col, false);
+        q->setCursorPosition(keptPosition.y(), keptPosition.x(), false);
         doc->insert(text, 0, 0);
         editor->notifyChange(TextEditor::Modification);
     }

@@ -21,6 +21,21 @@ namespace {
 constexpr int longRow = 512;
 constexpr QChar tab = u'\t';
 constexpr char16_t zeroWidthJoiner = 0x200d;
+/// On one character. More of them nobody can tell apart, and no text that is made
+/// for reading has them; but each takes its time to be laid out.
+constexpr int mostMarks = 30;
+
+QString withFewMarks(QStringView text)
+{
+    QString result;
+    int marks = 0;
+    for (const QChar c : text) {
+        marks = c.isMark() ? marks + 1 : 0;
+        if (marks <= mostMarks)
+            result += c;
+    }
+    return result;
+}
 
 } // namespace
 
@@ -44,11 +59,9 @@ void TextView::paintEvent(QPaintEvent *event)
         if (missing.isEmpty())
             continue;
         // Where pixels are no whole ones, the neighbours are touched too.
-        d->wantedPixels = {missing.left() - 1, missing.right() + 2};
-        const VisibleLine row = d->visibleLines.at(key);
-        d->xPos -= row.xShift;
-        d->paintLine(this, row.line, row.startPos, row.endPos);
-        d->xPos += row.xShift;
+        const PixelRange wanted{missing.left() - 1, missing.right() + 2};
+        const VisibleLine &row = d->visibleLines.at(key);
+        d->paintLine(this, row.line, row.startPos, row.endPos, row.xShift, wanted);
         painter.drawPixmap(0, y, *d->buffer);
     }
     // Rectangle by rectangle: filling what bounds them is slower by far.
@@ -73,14 +86,10 @@ void TextView::Private::paintEmptyArea(QPainter *painter, const QRect &area) con
     painter->fillRect(area, manager->normalBackgroundColor);
 }
 
-bool TextView::Private::wantsWholeRow() const
-{
-    return wantedPixels.start <= 0 && wantedPixels.end >= q->width();
-}
-
 /// Draws what is wanted of one row into the buffer. Cursor and selection are those
 /// of \a view.
-void TextView::Private::paintLine(TextView *view, int line, int from, int to)
+void TextView::Private::paintLine(TextView *view, int line, int from, int to, int xShift,
+                                  PixelRange wanted)
 {
     ++paintCount;
     if (!buffer)
@@ -89,44 +98,52 @@ void TextView::Private::paintLine(TextView *view, int line, int from, int to)
     if (!textLine->isHighlighted())
         q->hl->highlight(textLine);
     paint.begin(buffer.get());
-    if (!wantsWholeRow())
-        paint.setClipRect(wantedPixels.start, 0, wantedPixels.end - wantedPixels.start, fontHeight);
-    fillRow(manager->normalBackgroundColor);
-    paint.translate(leftEdge - xPos, 0);
+    const bool isWhole = wanted.start <= 0 && wanted.end >= q->width();
+    if (!isWhole)
+        paint.setClipRect(wanted.start, 0, wanted.end - wanted.start, fontHeight);
     const int end = std::min(to, textLine->textLength());
-    if (end == 0 && line >= 2)
-        paintInheritedBackground(line);
-    const RowPart part = visiblePart(line, from, end);
+    const int left = leftEdge + xShift - xPos;
+    paint.translate(left, 0);
+    paintRow({paint, *view, *textLine, line, from, end, left, wanted, isWhole});
+    paint.end();
+}
+
+void TextView::Private::paintRow(const RowPaint &row)
+{
+    fillRow(row, manager->normalBackgroundColor);
+    if (row.end == 0 && row.line >= 2)
+        paintInheritedBackground(row);
+    const RowPart part = visiblePart(row);
     // Backgrounds do not all begin where their text does, so that they depend on all
     // that stands left of them.
-    paintBackgrounds(*textLine, end - from < longRow ? RowPart{from, end, 0} : part, from);
-    paintLineColor(view, line);
-    if (view->hasSelection())
-        paintSelection(view, line, from);
+    paintBackgrounds(row, row.end - row.from < longRow ? RowPart{row.from, row.end, 0} : part);
+    paintLineColor(row);
+    if (row.view.hasSelection())
+        paintSelection(row);
     if (manager->fIndentationGuides)
-        paintGuides(*textLine, from, part.end);
-    paintText(*textLine, part);
-    paint.resetTransform();
-    if (textLine->isFoldingStart && textLine->isFolded)
-        paint.fillRect(0, fontHeight - 1, q->width(), 1, QColor(50, 50, 50));
-    paint.end();
+        paintGuides(row, part.end);
+    paintText(row, part);
+    if (row.text.isFoldingStart && row.text.isFolded)
+        row.painter.fillRect(-row.left, fontHeight - 1, q->width(), 1, QColor(50, 50, 50));
 }
 
 /// Columns of a row that have to be drawn. A row of millions of characters is
 /// on screen with a few of them only, and after scrolling sideways most of what is
 /// on screen was there before.
-TextView::Private::RowPart TextView::Private::visiblePart(int line, int from, int end) const
+TextView::Private::RowPart TextView::Private::visiblePart(const RowPaint &row) const
 {
-    if (from > 0 || (xPos == 0 && end - from < longRow && wantsWholeRow()))
-        return {from, end, 0};
+    const bool isShort = row.end - row.from < longRow;
+    if (row.from > 0 || (row.left == leftEdge && isShort && row.isWhole))
+        return {row.from, row.end, 0};
     // A character wider than its place may reach into the view.
     const int slack = 2 * fontHeight;
-    const int left = std::max(xPos + wantedPixels.start - slack, 0);
-    int start = std::clamp(doc->textLength(line, left) - 1, 0, end);
-    int last = std::min(doc->textLength(line, xPos + wantedPixels.end + slack) + 1, end);
+    const int left = std::max(row.wanted.start - row.left - slack, 0);
+    const int right = row.wanted.end - row.left + slack;
+    int start = std::clamp(doc->textLength(row.line, left) - 1, 0, row.end);
+    int last = std::min(doc->textLength(row.line, right) + 1, row.end);
     if (start < last)
-        widenToPlainText(*doc->lineOf(line), from, end, &start, &last);
-    return {start, last, doc->textWidth(line, start)};
+        widenToPlainText(row.text, row.from, row.end, &start, &last);
+    return {start, last, doc->textWidth(row.line, start)};
 }
 
 /// Characters that are laid out together look different when they are parted, so
@@ -146,35 +163,25 @@ void TextView::Private::widenToPlainText(const TextLine &line, int from, int to,
         ++*end;
 }
 
-void TextView::Private::fillRow(const QColor &color)
+void TextView::Private::fillRow(const RowPaint &row, const QColor &color) const
 {
-    paint.save();
-    paint.resetTransform();
-    paint.fillRect(0, 0, q->width(), fontHeight, color);
-    paint.restore();
+    row.painter.fillRect(-row.left, 0, q->width(), fontHeight, color);
 }
 
-void TextView::Private::fillToRightEdge(int x, const QColor &color)
+void TextView::Private::fillToRightEdge(const RowPaint &row, int x, const QColor &color) const
 {
-    const int right = q->width() + xPos - leftEdge;
+    const int right = q->width() - row.left;
     if (x < right)
-        paint.fillRect(x, 0, right - x, fontHeight, color);
+        row.painter.fillRect(x, 0, right - x, fontHeight, color);
 }
 
 /// A block's colour goes on over the blank lines in it. Lines 0 and 1 inherit
 /// none, which is meant.
-void TextView::Private::paintInheritedBackground(int line)
+void TextView::Private::paintInheritedBackground(const RowPaint &row)
 {
     if (!highlightHasBackgrounds())
         return;
-    // Rows come from top to bottom, and looking up through many blank lines
-    // should happen only once for all of them.
-    const bool goesOn = inherited.line == line - 1 && inherited.revision == doc->revision();
-    int above = goesOn && line > 2 ? inherited.source : line - 1;
-    while (above > 1 && doc->lineOf(above)->isEmpty())
-        --above;
-    inherited = {line, above, doc->revision()};
-    TextLine *const source = doc->lineOf(above);
+    TextLine *const source = doc->lineOf(lineAboveBlanks(row.line));
     if (source->isEmpty())
         return;
     if (!source->isHighlighted())
@@ -182,7 +189,35 @@ void TextView::Private::paintInheritedBackground(int line)
     const TextAttribute *const attribute =
         q->hl->attribute(source->attribute(unsigned(source->textLength() - 1)));
     if (attribute->usebg)
-        fillRow(attribute->bgcolor);
+        fillRow(row, attribute->bgcolor);
+}
+
+/// The nearest line above the blank \a line that isn't blank, line 1 at the top. Millions
+/// of blank lines are walked over once, not at each painting of one of them.
+int TextView::Private::lineAboveBlanks(int line)
+{
+    if (blankRun.revision != doc->revision())
+        blankRun = {0, -1, doc->revision()};
+    const auto isKnown = [this](int at) { return at >= blankRun.first && at <= blankRun.last; };
+    int above = line - 1;
+    while (above > 1 && !isKnown(above) && doc->lineOf(above)->isEmpty())
+        --above;
+    if (isKnown(above)) {
+        blankRun.last = std::max(blankRun.last, line);
+        return blankRun.first - 1;
+    }
+    blankRun = {above + 1, line, doc->revision()};
+    return above;
+}
+
+/// Keeps of the blank lines known those above \a changed.
+void TextView::Private::cutBlankRun(const LineRegion &changed)
+{
+    blankRun.revision = doc->revision();
+    // The line above the blank ones may have become one.
+    const bool isTouched = changed.end >= blankRun.first - 1 && changed.start <= blankRun.last;
+    if (!changed.isEmpty() && isTouched)
+        blankRun.last = changed.start - 1;
 }
 
 bool TextView::Private::highlightHasBackgrounds() const
@@ -224,104 +259,107 @@ int TextView::Private::nextTabStop(int x) const
 }
 
 /// A run with a background colours the rest of the row too; only a later run
-/// with one covers that.
-void TextView::Private::paintBackgrounds(const TextLine &line, const RowPart &part, int from)
+/// with one covers that. The way to a tab stop after it keeps what it had.
+void TextView::Private::paintBackgrounds(const RowPaint &row, const RowPart &part) const
 {
     if (!highlightHasBackgrounds())
         return;
-    for (int column = part.start - 1; column >= from; --column) {
-        const TextAttribute *const attribute = q->hl->attribute(line.attribute(unsigned(column)));
+    for (int column = part.start - 1; column >= row.from; --column) {
+        const TextAttribute *const attribute =
+            q->hl->attribute(row.text.attribute(unsigned(column)));
         if (!attribute->usebg)
             continue;
-        fillRow(attribute->bgcolor);
+        fillRow(row, attribute->bgcolor);
         break;
     }
     int x = part.x;
     for (int column = part.start; column < part.end;) {
-        const TextRun run = runAt(line, column, part.end, RunEnd::Attribute);
-        const int start = x;
-        x += runWidth(line, run);
+        const TextRun run = runAt(row.text, column, part.end, RunEnd::Attribute);
+        const int width = runWidth(row.text, run);
+        if (run.attribute->usebg)
+            row.painter.fillRect(x, 0, width, fontHeight, run.attribute->bgcolor);
+        x += width;
         column = run.end;
-        if (column < part.end && line.at(column) == tab) {
+        if (column < part.end && row.text.at(column) == tab) {
             x = nextTabStop(x);
             ++column;
         }
         if (run.attribute->usebg)
-            fillToRightEdge(start, run.attribute->bgcolor);
+            fillToRightEdge(row, x, run.attribute->bgcolor);
     }
 }
 
 /// Covers the backgrounds of the text, which is meant.
-void TextView::Private::paintLineColor(const TextView *view, int line)
+void TextView::Private::paintLineColor(const RowPaint &row) const
 {
     const QColor &current = manager->currentLineColor;
-    const QColor own = doc->lineOf(line)->lineColor();
-    if (line == view->cursor()->line() && current.isValid() &&
+    const QColor own = row.text.lineColor();
+    if (row.line == row.view.cursor()->line() && current.isValid() &&
         current != manager->normalBackgroundColor)
-        fillRow(current);
+        fillRow(row, current);
     else if (own.isValid())
-        fillRow(own);
+        fillRow(row, own);
 }
 
 /// On screen a box over several lines also shows what a stream would fill,
 /// which is meant.
-void TextView::Private::paintSelection(const TextView *view, int line, int from)
+void TextView::Private::paintSelection(const RowPaint &row) const
 {
-    QPoint a = view->selected.topLeft();
-    QPoint b = view->selected.bottomRight();
+    QPoint a = row.view.selected.topLeft();
+    QPoint b = row.view.selected.bottomRight();
     if (b.y() < a.y() || (b.y() == a.y() && b.x() < a.x()))
         std::swap(a, b);
-    if (line < a.y() || line > b.y())
+    if (row.line < a.y() || row.line > b.y())
         return;
     const QColor &color = manager->selectedBackgroundColor;
-    int x0 = doc->textWidth(line, a.x());
-    const int w = doc->textWidth(line, b.x()) - x0;
-    x0 -= doc->textWidth(line, from);
+    int x0 = doc->textWidth(row.line, a.x());
+    const int w = doc->textWidth(row.line, b.x()) - x0;
+    x0 -= doc->textWidth(row.line, row.from);
     // At the start of a row the fill takes the free edge too.
     const int edge = x0 == 0 ? leftEdge : 0;
     if (manager->fVerticalSelection || a.y() == b.y()) {
         const QRect box(QPoint(x0 - edge, 0), QSize(w + edge, fontHeight));
         // A box may be drawn from right to left.
-        paint.fillRect(w < 0 ? QRect(x0 + w, 0, -w, fontHeight) : box, color);
+        row.painter.fillRect(w < 0 ? QRect(x0 + w, 0, -w, fontHeight) : box, color);
     }
-    if (a.y() < line && b.y() == line && w + x0 > 0)
-        paint.fillRect(-leftEdge, 0, w + x0 + leftEdge, fontHeight, color);
-    if (a.y() == line && b.y() > line)
-        fillToRightEdge(x0 - edge, color);
-    if (a.y() < line && b.y() > line)
-        fillRow(color);
+    if (a.y() < row.line && b.y() == row.line && w + x0 > 0)
+        row.painter.fillRect(-leftEdge, 0, w + x0 + leftEdge, fontHeight, color);
+    if (a.y() == row.line && b.y() > row.line)
+        fillToRightEdge(row, x0 - edge, color);
+    if (a.y() < row.line && b.y() > row.line)
+        fillRow(row, color);
 }
 
 /// Guides stand in the blanks that begin the line, as far as they share an
-/// attribute; a tab ends them.
-void TextView::Private::paintGuides(const TextLine &line, int from, int end)
+/// attribute; a tab ends them. Drawn up to column \a end.
+void TextView::Private::paintGuides(const RowPaint &row, int end) const
 {
     const int tabWidth = doc->spacesInTab();
-    const int number = line.attribute(unsigned(from));
-    const int right = q->width() + xPos;
-    if (end <= from || line.firstChar() == 0)
+    const int number = row.text.attribute(unsigned(row.from));
+    const int right = q->width() - row.left;
+    if (end <= row.from || row.text.firstChar() == 0)
         return;
-    int blanks = from;
-    while (blanks < end && line.at(blanks).isSpace() && line.at(blanks) != tab &&
-           line.attribute(unsigned(blanks)) == number)
+    int blanks = row.from;
+    while (blanks < end && row.text.at(blanks).isSpace() && row.text.at(blanks) != tab &&
+           row.text.attribute(unsigned(blanks)) == number)
         ++blanks;
     int p = 0;
-    for (int c = from; c < blanks && p < right; c += tabWidth - c % tabWidth) {
+    for (int c = row.from; c < blanks && p < right; c += tabWidth - c % tabWidth) {
         if (c != 0 && c % tabWidth == 0)
-            paint.fillRect(p, 0, 1, fontHeight, QColor(0xf0, 0xc0, 0xc0));
+            row.painter.fillRect(p, 0, 1, fontHeight, QColor(0xf0, 0xc0, 0xc0));
         p = nextTabStop(p);
     }
 }
 
-void TextView::Private::paintText(const TextLine &line, const RowPart &part)
+void TextView::Private::paintText(const RowPaint &row, const RowPart &part)
 {
     int x = part.x;
     for (int column = part.start; column < part.end;) {
-        const TextRun run = runAt(line, column, part.end, RunEnd::AttributeOrTab);
-        drawRun(line, run, x);
-        x += runWidth(line, run);
+        const TextRun run = runAt(row.text, column, part.end, RunEnd::AttributeOrTab);
+        drawRun(row, run, x);
+        x += runWidth(row.text, run);
         column = run.end;
-        if (column < part.end && line.at(column) == tab) {
+        if (column < part.end && row.text.at(column) == tab) {
             x = nextTabStop(x);
             ++column;
         }
@@ -330,10 +368,11 @@ void TextView::Private::paintText(const TextLine &line, const RowPart &part)
 
 /// Every character goes where it was measured. Those that have a glyph of their
 /// own need no layout; what is between them gets one for each stretch.
-void TextView::Private::drawRun(const TextLine &line, const TextRun &run, int x)
+void TextView::Private::drawRun(const RowPaint &row, const TextRun &run, int x)
 {
+    const TextLine &line = row.text;
     const FontData &data = manager->fontData(run.attribute->fontType);
-    paint.setPen(run.attribute->color);
+    row.painter.setPen(run.attribute->color);
     glyphIndexes.clear();
     glyphPositions.clear();
     for (int column = run.start; column < run.end;) {
@@ -341,7 +380,8 @@ void TextView::Private::drawRun(const TextLine &line, const TextRun &run, int x)
         if (next > column) {
             const TextRun stretch{column, next, run.attribute};
             const int width = runWidth(line, stretch);
-            drawStretch(QStringView(line).sliced(column, next - column), x, width, *data.font);
+            const QStringView text = QStringView(line).sliced(column, next - column);
+            drawStretch(row, text, x, width, *data.font);
             x += width;
             column = next;
             continue;
@@ -359,7 +399,7 @@ void TextView::Private::drawRun(const TextLine &line, const TextRun &run, int x)
     QGlyphRun glyphs;
     glyphs.setRawFont(data.glyphs->rawFont());
     glyphs.setRawData(glyphIndexes.data(), glyphPositions.data(), int(glyphIndexes.size()));
-    paint.drawGlyphRun(QPointF(0, fontAscent - 1), glyphs);
+    row.painter.drawGlyphRun(QPointF(0, fontAscent - 1), glyphs);
 }
 
 /// End of the characters from \a column on that have to be laid out together;
@@ -379,22 +419,23 @@ int TextView::Private::stretchEnd(const TextLine &line, int column, int end,
 }
 
 /// A fallback font may be wider than the text was measured: it is condensed.
-void TextView::Private::drawStretch(QStringView text, int x, int width, const QFont &font)
+void TextView::Private::drawStretch(const RowPaint &row, QStringView text, int x, int width,
+                                    const QFont &font) const
 {
-    const QString string = text.toString();
+    const QString string = withFewMarks(text);
     const int natural = QFontMetrics(font).horizontalAdvance(string);
-    paint.setFont(font);
+    row.painter.setFont(font);
     if (natural <= width) {
-        paint.drawText(x, fontAscent - 1, string);
+        row.painter.drawText(x, fontAscent - 1, string);
         return;
     }
     if (width <= 0)
         return;
-    paint.save();
-    paint.translate(x, 0);
-    paint.scale(double(width) / natural, 1);
-    paint.drawText(0, fontAscent - 1, string);
-    paint.restore();
+    row.painter.save();
+    row.painter.translate(x, 0);
+    row.painter.scale(double(width) / natural, 1);
+    row.painter.drawText(0, fontAscent - 1, string);
+    row.painter.restore();
 }
 
 } // namespace zvwidgets

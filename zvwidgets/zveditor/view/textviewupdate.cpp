@@ -51,6 +51,7 @@ void TextView::Private::forgetRows()
 void TextView::setUpdateRegion(const LineRegion &region)
 {
     d->updateRegion = region;
+    d->cutBlankRun(region);
 }
 
 void TextView::updateView(bool newDocGeometry)
