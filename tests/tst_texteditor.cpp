@@ -66,6 +66,7 @@ private slots:
     void html_data();
     void html();
     void prints();
+    void printsItsText();
 
     void twoEditorsOnOneDocument();
     void reportsChangesAndActivation();
@@ -505,13 +506,17 @@ void TestTextEditor::popupNarrowsAndCloses()
 
 void TestTextEditor::html_data()
 {
-    const Rows<QString, int, int, QString> row("text", "from", "to", "body");
+    const Rows<QString, int, int, int, QString> row("text", "from", "to", "keywordFont", "body");
 
-    row("indentation", "  a b", 0, -1, "&nbsp;&nbsp;a b\n");
-    row("some lines", "a\nb\nc\nd", 1, 2, "b\nc\n");
-    row("less than", "a<b", 0, 0, "a&lt;b\n");
-    row("an empty line", "a\n\nb", 0, -1, "a\n\nb\n");
-    row("fonts", "if(x)", 0, -1, "<i><b>if</b></i>(x)\n");
+    row("indentation", "  a b", 0, -1, 0, "&nbsp;&nbsp;a b\n");
+    row("some lines", "a\nb\nc\nd", 1, 2, 0, "b\nc\n");
+    row("less than", "a<b", 0, 0, 0, "a&lt;b\n");
+    row("an empty line", "a\n\nb", 0, -1, 0, "a\n\nb\n");
+    const QString keyword = u"<font color=\"#102030\">%1</font>(x)\n"_s;
+    row("plain keyword", "if(x)", 0, -1, 0, keyword.arg(u"if"_s));
+    row("italic keyword", "if(x)", 0, -1, 1, keyword.arg(u"<i>if</i>"_s));
+    row("bold keyword", "if(x)", 0, -1, 2, keyword.arg(u"<b>if</b>"_s));
+    row("bold italic keyword", "if(x)", 0, -1, 3, keyword.arg(u"<i><b>if</b></i>"_s));
 }
 
 void TestTextEditor::html()
@@ -519,15 +524,19 @@ void TestTextEditor::html()
     QFETCH(const QString, text);
     QFETCH(const int, from);
     QFETCH(const int, to);
+    QFETCH(const int, keywordFont);
     QFETCH(const QString, body);
 
     editor->setHighlight(u"C++"_s);
-    // Bold and italic keywords.
-    view->hl->attribute(1)->fontType = 3;
+    TextAttribute *const keyword = view->hl->attribute(1);
+    keyword->fontType = keywordFont;
+    keyword->color = QColor(u"#102030"_s);
     editor->setText(text);
     QString html = editor->html(from, to);
     QVERIFY(html.contains(u"<font"_s));
-    html.remove(QRegularExpression(u"</?font[^>]*>"_s));
+    static const QRegularExpression otherFonts(
+        u"<font color=\"#(?!102030)[0-9a-f]{6}\">([^<\n]*)</font>"_s);
+    html.replace(otherFonts, u"\\1"_s);
     QCOMPARE(html, u"<pre>\n"_s + body + u"</pre>"_s);
 }
 
@@ -547,6 +556,26 @@ void TestTextEditor::prints()
     QVERIFY2(pdf.count("/Type /Page\n") >= 3,
              qPrintable(QString::number(pdf.count("/Type /Page\n"))));
     QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+/// The file holds the shapes of the letters that are printed, so that it is much larger
+/// than one of blank pages with their numbers.
+void TestTextEditor::printsItsText()
+{
+    QTemporaryDir dir;
+    manager->printer()->setOutputFormat(QPrinter::PdfFormat);
+    const auto printedSize = [this, &dir](const QString &text) {
+        const QString path = dir.filePath(u"out.pdf"_s);
+        manager->printer()->setOutputFileName(path);
+        editor->setText(text);
+        Responder responder;
+        responder.expect([](QWidget *dialog) { qobject_cast<QDialog *>(dialog)->accept(); });
+        editor->print();
+        return readFile(path).size();
+    };
+    const qsizetype blank = printedSize(u"                          "_s);
+    QVERIFY(blank > 0);
+    QVERIFY(printedSize(u"abcdefghijklmnopqrstuvwxyz"_s) > blank + 1000);
 }
 
 void TestTextEditor::twoEditorsOnOneDocument()

@@ -1,63 +1,25 @@
-#include "tests/editortest.h"
-#include "zvwidgets/zveditor/document/selectionrect.h"
+#include "tests/viewtest.h"
 #include "zvwidgets/zveditor/editormargins.h"
-#include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMenu>
-#include <QPainter>
-#include <QScreen>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <QWheelEvent>
 
-#include <functional>
 #include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
-namespace {
-
-enum Way
-{
-    NoFlag = 0,
-    Wrapped = 1,
-    WrappedAtWords = 2,
-    Folded = 4,
-    Proportional = 8,
-};
-
-const auto red = QColor(255, 0, 0);
-const auto green = QColor(0, 255, 0);
-
-QString numberedLines(int count)
-{
-    QStringList lines;
-    for (int i = 0; i < count; ++i)
-        lines << u"line %1"_s.arg(i);
-    return lines.join(u'\n');
-}
-
-} // namespace
-
-class TestTextView;
-
-/// Changes a text of nine lines, or what is shown of it.
-using ViewStep = std::function<void(TestTextView *)>;
-using ViewSteps = std::vector<std::pair<const char *, ViewStep>>;
-
-class TestTextView : public EditorTest
+class TestTextView : public ViewTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
+    void init() { showEditor(); }
     void cleanup() { closeEditor(); }
 
     void positionsComeBack_data();
@@ -66,9 +28,6 @@ private slots:
     void wrappedRowsAreIndented();
     void rowsFollowEveryChange();
     void belowTheText();
-    void partialUpdatesLeaveNothingStale_data();
-    void partialUpdatesLeaveNothingStale();
-    void typingPaintsFewRows();
     void scrollRanges();
     void removedLinesScrollBack();
     void cursorIsScrolledIntoView_data();
@@ -76,118 +35,18 @@ private slots:
     void wheelScrolls();
     void leftLineLosesTrailingBlanks();
     void selectionOrdersItsEnds();
-    void lockedSelectionStays();
     void insideOfSelection_data();
     void insideOfSelection();
-    void selectionIsFilled_data();
-    void selectionIsFilled();
-    void fillsCoverEachOther();
-    void blankLinesInheritBackground();
-    void longLineShowsItsPlace();
     void longWrappedLine();
     void mouseSelects();
+    void dragBeyondTheEdgeScrolls();
     void dragMovesOrCopies_data();
     void dragMovesOrCopies();
     void rightButtonOpensTheMenu();
     void middleDoubleClickPastesAgain();
     void keysBeforeShortcuts_data();
     void keysBeforeShortcuts();
-
-private:
-    static ViewSteps editingSteps();
-    static ViewSteps showingSteps();
-    void setText(const QString &text);
-    void apply(int way);
-    QImage shown() const;
-    QImage shownEditor() const;
-    /// The colour between rows of letters, where only fills are to be seen.
-    QColor fillAt(int column, int line) const;
-    /// \a p in pixels of the view.
-    QColor colorAt(const QImage &image, const QPoint &p) const;
-    QPoint pointAt(int column, int line) const;
-    QScrollBar *bar(Qt::Orientation orientation) const;
 };
-
-void TestTextView::initTestCase()
-{
-    // The blinking image would come and go between two pictures.
-    QApplication::setCursorFlashTime(0);
-}
-
-void TestTextView::init()
-{
-    showEditor();
-    manager->selectedBackgroundColor = red;
-}
-
-void TestTextView::setText(const QString &text)
-{
-    editor->setText(text);
-    view->setCursorPosition(0, 0, false);
-    QCoreApplication::processEvents();
-}
-
-void TestTextView::apply(int way)
-{
-    if (way & Proportional)
-        manager->setFont(QFont(u"DejaVu Sans"_s, 10));
-    if (way & WrappedAtWords)
-        doc->setWrapMode(wrapWord);
-    doc->setWrap(way & (Wrapped | WrappedAtWords));
-    if (way & Folded)
-        editor->folding()->createFold(1, 2);
-    view->updateLinesList();
-}
-
-/// What the screen shows, as left behind by whatever was painted.
-QImage TestTextView::shown() const
-{
-    QCoreApplication::processEvents();
-    const QPoint corner = view->mapTo(editor.get(), QPoint(0, 0));
-    const QPixmap window = editor->screen()->grabWindow(editor->winId(), corner.x(), corner.y(),
-                                                        view->width(), view->height());
-    return window.toImage().convertToFormat(QImage::Format_RGB32);
-}
-
-/// The same with the margins. When all is painted, the colour of the marks beside
-/// a selection goes on in the folding margin below them, which is meant.
-QImage TestTextView::shownEditor() const
-{
-    QCoreApplication::processEvents();
-    QImage image = editor->screen()->grabWindow(editor->winId()).toImage();
-    if (view->hasSelection())
-        QPainter(&image).fillRect(view->foldingMargin()->geometry(), Qt::white);
-    return image;
-}
-
-QColor TestTextView::fillAt(int column, int line) const
-{
-    const QPoint p = pointAt(column, line);
-    return colorAt(view->grab().toImage(), {p.x() + 1, p.y() - view->lineHeight() / 2 + 1});
-}
-
-QColor TestTextView::colorAt(const QImage &image, const QPoint &p) const
-{
-    const int scale = image.width() / view->width();
-    return image.pixelColor(p * scale);
-}
-
-/// The middle of a character, in the view.
-QPoint TestTextView::pointAt(int column, int line) const
-{
-    view->updateLinesList();
-    const QPoint p = view->docPosToScreen(column, line);
-    return {p.x() - view->contentsX() + 3, p.y() - view->contentsY() + view->lineHeight() / 2};
-}
-
-QScrollBar *TestTextView::bar(Qt::Orientation orientation) const
-{
-    for (QScrollBar *each : editor->findChildren<QScrollBar *>()) {
-        if (each->orientation() == orientation)
-            return each;
-    }
-    return nullptr;
-}
 
 void TestTextView::positionsComeBack_data()
 {
@@ -296,151 +155,6 @@ void TestTextView::belowTheText()
     view->updateLinesList();
     QCOMPARE(view->screenPosToDoc(100, 100), QPoint(0, 0));
     QCOMPARE(view->docPosToScreen(0, 0), QPoint(0, 0));
-}
-
-ViewSteps TestTextView::editingSteps()
-{
-    return {
-        {"typing", [](TestTextView *t) { t->doc->cmdInsert(4, 3, u"typed "_s); }},
-        {"row more or less",
-         [](TestTextView *t) { t->doc->cmdInsert(1, 0, u"abcdefgh "_s.repeated(9)); }},
-        {"line made", [](TestTextView *t) { t->doc->makeLine(3); }},
-        {"line removed", [](TestTextView *t) { t->doc->removeLine(2); }},
-        {"undone",
-         [](TestTextView *t) {
-             t->doc->cmdInsertLineBreak(1, 5);
-             t->editor->undo();
-         }},
-        {"comment opened",
-         [](TestTextView *t) {
-             t->editor->setHighlight(u"C++"_s);
-             QCoreApplication::processEvents();
-             t->doc->cmdInsert(0, 0, u"/*"_s);
-         }},
-        {"typed in the last line", [](TestTextView *t) { t->doc->cmdInsert(8, 3, u"x"_s); }},
-        {"last line marked, then removed",
-         [](TestTextView *t) {
-             static QPixmap icon(8, 8);
-             icon.fill(Qt::red);
-             t->editor->setLineIcon(8, &icon);
-             QCoreApplication::processEvents();
-             t->doc->macroBegin(u"exchange"_s);
-             t->doc->removeLine(8);
-             t->doc->makeLine(1);
-             t->doc->macroEnd();
-         }},
-    };
-}
-
-/// Those that leave the text alone, but for what they need.
-ViewSteps TestTextView::showingSteps()
-{
-    return {
-        {"selected", [](TestTextView *t) { t->view->setCursorPosition(3, 4, true); }},
-        {"selection moved",
-         [](TestTextView *t) {
-             t->view->setCursorPosition(4, 4, true);
-             QCoreApplication::processEvents();
-             t->view->setCursorPosition(1, 9, true);
-         }},
-        {"fold toggled", [](TestTextView *t) { t->editor->folding()->createFold(3, 4); }},
-        {"cursor moved",
-         [](TestTextView *t) {
-             t->manager->currentLineColor = green;
-             t->view->setCursorPosition(4, 2, false);
-         }},
-        {"font made smaller",
-         [](TestTextView *t) { t->manager->setFont(QFont(u"DejaVu Sans Mono"_s, 6)); }},
-        {"background changed",
-         [](TestTextView *t) {
-             t->manager->normalBackgroundColor = green;
-             t->doc->tagAll();
-             t->doc->updateViews();
-         }},
-        {"scrolled sideways", [](TestTextView *t) { t->view->setCursorPosition(1, 140, false); }},
-        {"scrolled over letters that join",
-         [](TestTextView *t) {
-             const QString joined = u"\u0628\u062a\u062b\u0633"_s.repeated(8);
-             const QString others = u" o\u0308a\u0301\u4e2d\U0001f600\ti"_s;
-             t->doc->cmdInsert(1, 0, (joined + others).repeated(5));
-             t->view->setCursorPosition(1, 0, false);
-             for (int column = 60; column < 140; ++column) {
-                 QCoreApplication::processEvents();
-                 t->view->setCursorPosition(1, column, false);
-             }
-             for (int column = 140; column > 0; column -= 7) {
-                 QCoreApplication::processEvents();
-                 t->view->setCursorPosition(1, column, false);
-             }
-         }},
-        {"scrolled over what is selected",
-         [](TestTextView *t) {
-             t->view->setCursorPosition(3, 4, true);
-             for (int column = 60; column < 90; ++column) {
-                 QCoreApplication::processEvents();
-                 t->view->setCursorPosition(3, column, true);
-             }
-         }},
-        {"fold at the end", [](TestTextView *t) { t->editor->folding()->createFold(6, 8); }},
-        {"fold at the end removed",
-         [](TestTextView *t) {
-             t->editor->folding()->createFold(6, 8);
-             QCoreApplication::processEvents();
-             t->editor->folding()->removeFold(7);
-         }},
-        {"scrolled down, then typed",
-         [](TestTextView *t) {
-             t->view->vslide(2);
-             QCoreApplication::processEvents();
-             t->doc->cmdInsert(3, 0, u"abcdefgh "_s.repeated(9));
-         }},
-    };
-}
-
-void TestTextView::partialUpdatesLeaveNothingStale_data()
-{
-    QTest::addColumn<int>("way");
-    QTest::addColumn<ViewStep>("step");
-    for (const int way : {int(NoFlag), int(Wrapped), int(Folded), int(Wrapped | Folded)}) {
-        for (const ViewSteps &steps : {editingSteps(), showingSteps()}) {
-            for (const auto &[name, step] : steps)
-                QTest::addRow("%s, way %d", name, way) << way << step;
-        }
-    }
-}
-
-void TestTextView::partialUpdatesLeaveNothingStale()
-{
-    QFETCH(int, way);
-    QFETCH(ViewStep, step);
-    const QString wide = u"word and word "_s.repeated(10);
-    setText(u"one\n%1\ntwo\n%1%1\nthree\nfour\n%1\nfive\nsix"_s.arg(wide));
-    apply(way);
-    shownEditor();
-    step(this);
-    const QImage left = shownEditor();
-    view->update();
-    view->repaintMargins();
-    const QImage whole = shownEditor();
-    QVERIFY(left == whole);
-}
-
-void TestTextView::typingPaintsFewRows()
-{
-    setText(numberedLines(1000));
-    // At the lowest place of the cursor nothing scrolls either.
-    for (const int line : {5, 500}) {
-        view->setCursorPosition(line, 3, false);
-        QCoreApplication::processEvents();
-        for (const Qt::Key key : {Qt::Key_X, Qt::Key_Up}) {
-            const int before = TextView::paintCount();
-            QTest::keyClick(view, key);
-            QCoreApplication::processEvents();
-            // The line and a neighbour, which could have been recoloured.
-            QVERIFY(TextView::paintCount() > before);
-            QVERIFY(TextView::paintCount() <= before + 2);
-        }
-    }
 }
 
 void TestTextView::scrollRanges()
@@ -569,20 +283,6 @@ void TestTextView::selectionOrdersItsEnds()
     QVERIFY(!view->hasSelection());
 }
 
-void TestTextView::lockedSelectionStays()
-{
-    setText(numberedLines(10));
-    view->setSelection(QPoint(1, 1), QPoint(2, 2));
-    view->lockSelection();
-    view->setCursorPosition(5, 0, false);
-    QVERIFY(view->hasSelection());
-    view->clearSelection();
-    QVERIFY(view->hasSelection());
-    view->unlockSelection();
-    view->setCursorPosition(6, 0, false);
-    QVERIFY(!view->hasSelection());
-}
-
 void TestTextView::insideOfSelection_data()
 {
     const Rows<QPoint, QPoint, bool, QPoint, bool> row("from", "to", "box", "place", "inside");
@@ -611,93 +311,12 @@ void TestTextView::insideOfSelection()
     view->selected = QRect(QPoint(0, 0), QPoint(0, 0));
 }
 
-void TestTextView::selectionIsFilled_data()
-{
-    // For each line the filled columns, "#" for filled.
-    const Rows<bool, QPoint, QPoint, QString> row("box", "from", "to", "fills");
-    row("in one line", false, {2, 0}, {5, 0}, "..###...|........");
-    row("over lines", false, {3, 0}, {2, 2}, "...#####|########|##......");
-    row("to a line's start", false, {3, 0}, {0, 1}, "...#####|........");
-    row("box over lines is a stream too", true, {3, 0}, {5, 2}, "...#####|########|#####...");
-}
-
-void TestTextView::selectionIsFilled()
-{
-    QFETCH(bool, box);
-    QFETCH(QPoint, from);
-    QFETCH(QPoint, to);
-    QFETCH(QString, fills);
-    setText(u"        \n        \n        \n        \n"_s);
-    view->setCursorPosition(4, 0, false);
-    manager->setVerticalSelection(box);
-    view->setSelection(from, to);
-    view->updateView(false);
-    const QImage image = shown();
-    QStringList seen;
-    for (int line = 0; line <= fills.count(u'|'); ++line) {
-        seen.append(QString());
-        for (int column = 0; column < 8; ++column)
-            seen.last() += colorAt(image, pointAt(column, line)) == red ? u'#' : u'.';
-        // The free edge at the left belongs to the first column.
-        const bool edge = colorAt(image, {0, pointAt(0, line).y()}) == red;
-        QCOMPARE(edge, seen.last().startsWith(u'#'));
-    }
-    QCOMPARE(seen.join(u'|'), fills);
-}
-
-void TestTextView::fillsCoverEachOther()
-{
-    setText(u"one\n\nthree\nfour"_s);
-    doc->lineOf(0)->setLineColor(green);
-    QCOMPARE(fillAt(20, 0), green);
-    manager->currentLineColor = QColor(0, 0, 255);
-    QCOMPARE(fillAt(20, 0), manager->currentLineColor);
-    view->setSelection(QPoint(0, 0), QPoint(0, 1));
-    QCOMPARE(fillAt(20, 0), red);
-    // A closed fold has a line below its first line.
-    const int h = view->lineHeight();
-    QCOMPARE(colorAt(view->grab().toImage(), {200, h - 1}), red);
-    view->clearSelection();
-    editor->folding()->createFold(2, 3);
-    QCOMPARE(colorAt(view->grab().toImage(), {200, 3 * h - 1}), QColor(50, 50, 50));
-}
-
-void TestTextView::blankLinesInheritBackground()
-{
-    setText(u"\n\nx\n\n\ny\n"_s);
-    TextAttribute *const attribute = view->hl->attribute(0);
-    attribute->usebg = true;
-    attribute->bgcolor = green;
-    // Walking up ends at line 1, and the first two lines never inherit.
-    for (const int line : {0, 1, 2, 3, 4, 6})
-        QCOMPARE(fillAt(30, line), line < 2 ? QColor(Qt::white) : green);
-    setText(u"x\n\n\n"_s);
-    QCOMPARE(fillAt(30, 2), QColor(Qt::white));
-}
-
-// Only what is on screen is drawn of a line, so it has to be found.
-void TestTextView::longLineShowsItsPlace()
-{
-    const QString piece = u"ab\tcdefg hij-"_s;
-    const auto shot = [this, &piece](int repeats, int first) {
-        setText(piece.repeated(repeats));
-        view->hslide(doc->textWidth(0, first * int(piece.size())));
-        return shown();
-    };
-    const QImage expected = shot(30, 4);
-    setText(piece.repeated(200000));
-    const int x = doc->textWidth(0, 100000 * int(piece.size()));
-    view->hslide(x);
-    const QImage image = shown();
-    QVERIFY(image == expected);
-}
-
 void TestTextView::longWrappedLine()
 {
     doc->setWrap(true);
     setText(u"word and text "_s.repeated(150000));
     QTest::keyClick(view, Qt::Key_X);
-    shown();
+    QCoreApplication::processEvents();
     QCOMPARE(view->docPosToScreen(1, 0).y(), 0);
     view->setCursorPosition(0, doc->textLength(0), false);
     // The line stays in view though its end cannot be.
@@ -744,6 +363,32 @@ void TestTextView::mouseSelects()
     QCOMPARE(editor->getSelectedText(), u"other"_s);
     QTest::mouseDClick(view, Qt::LeftButton, Qt::NoModifier, QPoint(300, 5));
     QVERIFY(!view->hasSelection());
+}
+
+/// How far out the pointer has to be depends on where the window is, which is meant.
+void TestTextView::dragBeyondTheEdgeScrolls()
+{
+    setText((QString(300, u'x') + u'\n').repeated(100));
+    view->setCursorPosition(50, 100, false);
+    const QPoint outside = view->mapToGlobal(view->rect().bottomRight()) + QPoint(1, 1);
+    const QPoint start = pointAt(100, 50);
+    QTest::mousePress(view, Qt::LeftButton, Qt::NoModifier, start);
+    const std::pair<QPoint, QPoint> steps[] = {{{-1, start.y()}, {-1, 0}},
+                                               {{outside.x(), start.y()}, {1, 0}},
+                                               {{start.x(), -1}, {0, -1}},
+                                               {{start.x(), outside.y()}, {0, 1}}};
+    for (const auto &[to, scrolled] : steps) {
+        const QPoint before(bar(Qt::Horizontal)->value(), bar(Qt::Vertical)->value());
+        cursor->set(50, 100, false);
+        dragTo(view, to);
+        const QPoint after(bar(Qt::Horizontal)->value(), bar(Qt::Vertical)->value());
+        // The selection goes on to the pointer, which may scroll further the same way.
+        const QPoint step = after - before;
+        QVERIFY2(step.x() * scrolled.x() > 0 || step.y() * scrolled.y() > 0,
+                 qPrintable(u"%1 %2"_s.arg(step.x()).arg(step.y())));
+    }
+    QTest::mouseRelease(view, Qt::LeftButton, Qt::NoModifier, start);
+    QVERIFY(view->hasSelection());
 }
 
 void TestTextView::dragMovesOrCopies_data()
