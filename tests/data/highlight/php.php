@@ -83,8 +83,9 @@ lines" width=10 height = "20"/><br/>
 <my-element data-x="1"/><svg:rect x='1'></svg:rect>
 <COMMENT>An old comment: <b>text</b>
  it's closed here</COMMENT> and text
-<comment>short</comment><a href="never closed>text</a>
-<script>/* short */ x = "</b>"; // it's over</script><b>bold</b>
+<comment>short</comment><script>/* short */ x = "</b>"; // it's over</script><b>bold</b>
+<a href="never closed>text</a>
+"> closed here
 <ul><li>one<li>two</ul>&unclosed entity
 <?php
 $open = "never closed
