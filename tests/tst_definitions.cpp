@@ -15,6 +15,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 using namespace zvwidgets;
 
@@ -245,6 +247,8 @@ private slots:
     void endOfLine();
     void words_data();
     void words();
+    void contrast_data() { everyKey(); }
+    void contrast();
     void scannersAgree_data() { everyKey(); }
     void scannersAgree();
     void longLinesEnd_data() { everyKey(); }
@@ -409,6 +413,26 @@ void TestDefinitions::words()
             QCOMPARE(word + u' ' + highlight.attribute(line.attribute(int(at)))->itemName,
                      word + u' ' + item);
     }
+}
+
+/// Text has to be readable on white paper; the colours of Python are fixed.
+void TestDefinitions::contrast()
+{
+    QFETCH(const QString, key);
+    static const QStringList fixed = {u"Function"_s, u"ClassDef"_s, u"Number"_s, u"Module"_s,
+                                      u"String"_s,   u"Char"_s,     u"Memo"_s,   u"EscapedChar"_s};
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    QStringList pale;
+    for (const QDomElement &item : section(key, "Items")) {
+        const QColor color(item.attribute(u"color"_s));
+        const double luminance = 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+                                 0.0722 * linear(color.blueF());
+        if (1.05 / (luminance + 0.05) < 4.5)
+            pale.append(item.tagName());
+    }
+    QCOMPARE(pale, key == "python"_L1 ? fixed : QStringList());
 }
 
 void TestDefinitions::scannersAgree()
