@@ -1,9 +1,13 @@
+#include "zvwidgets/zveditor/pattern/literalsearch.h"
+#include "zvwidgets/zveditor/pattern/patternbudget.h"
 #include "zvwidgets/zveditor/pattern/textpattern.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTest>
 
+using zvwidgets::LiteralSearch;
+using zvwidgets::PatternBudget;
 using zvwidgets::TextPattern;
 
 namespace {
@@ -105,6 +109,9 @@ private slots:
     void longText_data();
     void longText();
     void hugeEffortIsGivenUp();
+    void stops_data();
+    void stops();
+    void literals();
 };
 
 void TestTextPattern::search_data()
@@ -161,12 +168,40 @@ void TestTextPattern::search_data()
         {"look-ahead is not taken", "a(?=b)", plain, "acab", 0, 2, 1},
         {"long look-ahead", "<(?!/script)", plain, "</script></p>", 0, 9, 1},
         {"back-reference", "(a|b)x\\1", plain, "axb bxb", 0, 4, 3},
-        {"surrogates are two units", "a..", plain, "a\U0001F600", 0, 0, 3},
+        {"a pair is one character", "a..", plain, "a\U0001F600bc", 0, 0, 4},
+        {"and is taken whole", "^.", plain, "\U0001F600b", 0, 0, 2},
+        {"at the end", ".$", plain, "b\U0001F600", 0, 1, 2},
+        {"by a set of others", "[^x]b", plain, "\U0001F600b", 0, 0, 3},
+        {"by a kind", "\\W", plain, "a\U0001F600", 0, 1, 2},
+        {"nothing is found inside a pair", "x*b", plain, "\U0001F600b", 1, 2, 1},
+        {"not even nothing", "x*", plain, "\U0001F600", 1, 2, 0},
+        {"a pair is counted once", "^.{2}$", plain, "\U0001F600\U0001F601", 0, 0, 4},
+        {"a pair repeated", "\U0001F600+$", plain, "\U0001F601\U0001F600\U0001F600", 0, 2, 4},
+        {"a pair of escapes", "\\xd83d\\xde00+", plain, "\U0001F600\U0001F600", 0, 0, 4},
+        {"a pair in a set", "[x\U0001F600]b", plain, "\U0001F601b\U0001F600b", 0, 3, 3},
+        {"a pair not in a set", "[^\U0001F600]b", plain, "\U0001F600b\U0001F601b", 0, 3, 3},
+        {"a range of pairs", "[\U0001F3FF-\U0001F401]+", plain, "\U0001F3FE\U0001F3FF\U0001F400", 0,
+         2, 4},
+        {"a range beyond one unit", "[a-\U0001F600]+", plain, "A\U0001F600z\U0001F601", 0, 1, 3},
+        {"a pair referred to", "(.)\\1", plain, "\U0001F600\U0001F601\U0001F601", 0, 2, 4},
     };
     for (const Row &row : rows)
         QTest::newRow(row.name) << QString::fromUtf8(row.pattern) << int(row.options)
                                 << QString::fromUtf8(row.text) << row.from << row.column
                                 << row.length;
+    const QChar loneLow(0xdc80);
+    const QChar loneHigh(0xd83d);
+    QTest::newRow("a lone low half is a character")
+        << QStringLiteral("a.b") << int(plain) << QStringLiteral("aa") + loneLow + u'b' << 0 << 1
+        << 3;
+    QTest::newRow("so is a lone high half") << QStringLiteral("a[^x]b") << int(plain)
+                                            << QStringLiteral("a") + loneHigh + u'b' << 0 << 0 << 3;
+    QTest::newRow("lone halves beside a pair")
+        << QStringLiteral("^.{3}$") << int(plain)
+        << QString(loneLow) + QString::fromUtf8("\U0001F600") + loneHigh << 0 << 0 << 4;
+    QTest::newRow("half of a pair is not found")
+        << QStringLiteral("[\\xdc80\\xd83d]") << int(plain)
+        << QString::fromUtf8("\U0001F600") + loneLow << 0 << 2 << 1;
     // Both alternatives run over the same stretch, the first of them in vain.
     QTest::newRow("what one scan has noted is not said of another")
         << QStringLiteral("a[^;]*=|b[^=]*;") << int(plain)
@@ -306,14 +341,67 @@ void TestTextPattern::hugeEffortIsGivenUp()
     QVERIFY(expression.isValid());
     QCOMPARE(expression.search(QString(60, u'a')), -1);
 
-    // Several calls share an allowance, and when it is used up nothing is found.
-    qint64 work = 1000;
+    // Several calls share a budget, and when it is used up nothing is found.
+    PatternBudget budget(1000);
     const TextPattern pair(QStringLiteral("(a)\\1"));
-    QCOMPARE(pair.search(u"xaa", 0, nullptr, &work), 1);
+    QCOMPARE(pair.search(u"xaa", 0, nullptr, &budget), 1);
     const QString text(5000, u'b');
-    QCOMPARE(pair.search(text, 0, nullptr, &work), -1);
-    QVERIFY(work <= 0);
-    QCOMPARE(pair.search(u"xaa", 0, nullptr, &work), -1);
+    QCOMPARE(pair.search(text, 0, nullptr, &budget), -1);
+    QVERIFY(budget.isSpent());
+    QCOMPARE(pair.search(u"xaa", 0, nullptr, &budget), -1);
+}
+
+/// Expressions whose cost grows with a power of the length: with a filter the first ends by
+/// itself, and all others are asked often enough whether to go on.
+void TestTextPattern::stops_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isStopped");
+    const QString letters(64000, u'a');
+    const QString words = QStringLiteral("some words and zebras ").repeated(3000);
+    QTest::newRow("doubled word") << QStringLiteral("(\\w+)\\s+\\1") << letters << false;
+    QTest::newRow("far apart") << QStringLiteral("[^x]*x.{40}y|a.{50}Z") << words << false;
+    QTest::newRow("doubled word, spaced")
+        << QStringLiteral("(\\w+)\\s+\\1") << letters + QStringLiteral(" b") << true;
+    QTest::newRow("repeated to the end") << QStringLiteral("(.+)\\1+$") << letters + u'!' << true;
+    QTest::newRow("all ways at once")
+        << QStringLiteral("(a|b)*b(a|b){12}c") << letters + QStringLiteral("bac") << true;
+    QTest::newRow("a large table")
+        << QStringLiteral("[^x]*x.{40}y|a.{50}z") << words + QStringLiteral("xylophone z") << true;
+}
+
+void TestTextPattern::stops()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, text);
+    QFETCH(bool, isStopped);
+    int looks = 0;
+    PatternBudget budget(PatternBudget::unlimited, [&looks] { return ++looks < 20; });
+    QCOMPARE(TextPattern(pattern).search(text, 0, nullptr, &budget), -1);
+    QCOMPARE(budget.wasStopped(), isStopped);
+}
+
+void TestTextPattern::literals()
+{
+    QRandomGenerator random(815);
+    // The Kelvin sign and the long s are letters too, once their case is ignored.
+    const QString letters = QString::fromUtf8("kKsSaA\u212a\u017f.é");
+    for (int round = 0; round < 20000; ++round) {
+        QString text;
+        for (int i = random.bounded(60); i > 0; --i)
+            text += letters.at(random.bounded(letters.size()));
+        QString needle = text.mid(random.bounded(60), random.bounded(1, 4));
+        for (QChar &c : needle)
+            c = random.bounded(4) == 0 ? c.toUpper() : c;
+        for (const auto cs : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
+            const int from = random.bounded(8);
+            const qsizetype expected =
+                needle.isEmpty() || from > text.size() ? -1 : text.indexOf(needle, from, cs);
+            const qsizetype found = LiteralSearch(needle, cs).indexIn(text, from);
+            QVERIFY2(found == expected, qPrintable(text + u'|' + needle));
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(TestTextPattern)

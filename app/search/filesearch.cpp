@@ -40,7 +40,7 @@ FileSearch::FileSearch(const SearchQuery &wanted, GoOn callback)
     const Qt::CaseSensitivity sensitivity =
         query.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
     if (query.regExp) {
-        pattern = SearchPattern(query.text, sensitivity);
+        pattern = SearchPattern(query.text, sensitivity, goOn);
         utf8Needle = pattern.requiredText().toLatin1();
         asciiNeedle = true;
         return;

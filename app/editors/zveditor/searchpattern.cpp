@@ -1,30 +1,35 @@
 #include "app/editors/zveditor/searchpattern.h"
 
-#include "zvwidgets/zveditor/pattern/patternautomaton.h"
-#include "zvwidgets/zveditor/pattern/textpattern.h"
+#include "zvwidgets/zveditor/pattern/patternsearch.h"
 
 namespace vesk {
 
-using zvwidgets::PatternAutomaton;
+using zvwidgets::PatternBudget;
+using zvwidgets::PatternSearch;
 using zvwidgets::TextPattern;
 
 struct SearchPattern::Private
 {
-    TextPattern pattern;
-    QStringView text;
-    zvwidgets::PatternMemo memo; ///< of text
+    Private(const TextPattern &expression, GoOn goOn)
+        : pattern(expression)
+        , budget(PatternBudget::unlimited, std::move(goOn))
+        , search(pattern, &budget)
+    {}
+
+    const TextPattern pattern;
+    PatternBudget budget;
+    PatternSearch search;
 };
 
-SearchPattern::SearchPattern() : d(std::make_unique<Private>())
+SearchPattern::SearchPattern() : d(std::make_unique<Private>(TextPattern(), GoOn()))
 {}
 
-SearchPattern::SearchPattern(const QString &pattern, Qt::CaseSensitivity sensitivity)
-    : d(std::make_unique<Private>())
-{
-    d->pattern =
-        TextPattern(pattern, sensitivity == Qt::CaseSensitive ? TextPattern::NoOption
-                                                              : TextPattern::CaseInsensitive);
-}
+SearchPattern::SearchPattern(const QString &pattern, Qt::CaseSensitivity sensitivity, GoOn goOn)
+    : d(std::make_unique<Private>(TextPattern(pattern, sensitivity == Qt::CaseSensitive
+                                                           ? TextPattern::NoOption
+                                                           : TextPattern::CaseInsensitive),
+                                  std::move(goOn)))
+{}
 
 SearchPattern::~SearchPattern() = default;
 SearchPattern::SearchPattern(SearchPattern &&other) noexcept = default;
@@ -32,23 +37,20 @@ SearchPattern &SearchPattern::operator=(SearchPattern &&other) noexcept = defaul
 
 void SearchPattern::setText(QStringView text)
 {
-    d->text = text;
-    d->memo.clear();
+    d->search.setText(text);
 }
 
 qsizetype SearchPattern::search(qsizetype from, qsizetype limit, qsizetype *length)
 {
     int found = -1;
-    const PatternAutomaton *const automaton = d->pattern.automaton();
-    if (!automaton) {
-        const int at = d->pattern.search(d->text, int(from), &found);
-        *length = found;
-        return at;
-    }
-    const PatternAutomaton::Subject subject{d->text.utf16(), 0, int(d->text.size())};
-    const int at = automaton->searchBefore(subject, int(from), int(limit), &found, &d->memo);
-    *length = found - at;
+    const int at = d->search.find(int(from), &found, int(limit));
+    *length = found;
     return at;
+}
+
+bool SearchPattern::wasStopped() const
+{
+    return d->budget.wasStopped();
 }
 
 QString SearchPattern::requiredText() const

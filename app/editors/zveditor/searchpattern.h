@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <functional>
 #include <memory>
 
 namespace vesk {
@@ -12,8 +13,12 @@ namespace vesk {
 class SearchPattern
 {
 public:
+    /// Asked several times in 50 ms while an expression keeps the matcher busy; after a
+    /// false nothing is found any more, in any text.
+    using GoOn = std::function<bool()>;
+
     SearchPattern();
-    SearchPattern(const QString &pattern, Qt::CaseSensitivity sensitivity);
+    SearchPattern(const QString &pattern, Qt::CaseSensitivity sensitivity, GoOn goOn = {});
     ~SearchPattern();
     SearchPattern(SearchPattern &&other) noexcept;
     SearchPattern &operator=(SearchPattern &&other) noexcept;
@@ -24,6 +29,9 @@ public:
     /// \a limit, -1 if there is none; \a length receives its length. "^" is the
     /// start of the text whatever \a from is. Some expressions pass over \a limit.
     [[nodiscard]] qsizetype search(qsizetype from, qsizetype limit, qsizetype *length);
+
+    /// True once GoOn was false.
+    bool wasStopped() const;
 
     /// A text in ASCII that every match holds; empty if none is known. If case does
     /// not count it is in lower case, and holds for ASCII texts only.

@@ -109,7 +109,8 @@ std::optional<Document> readDocument(const QByteArray &data)
 QString anchored(const QString &pattern)
 {
     // A group must not make an expression of one whose own brackets don't match.
-    if (!pattern.contains(QLatin1Char('|')) || !parsePattern(pattern, false))
+    if (!pattern.contains(QLatin1Char('|')) ||
+        !parsePattern(pattern, false, TextPattern::Reading::Units))
         return QLatin1Char('^') + pattern;
     return QLatin1String("^(?:") + pattern + QLatin1Char(')');
 }
@@ -169,7 +170,8 @@ std::unique_ptr<HighlightItem> RuleReader::readRule(const QXmlStreamAttributes &
     } else {
         item = std::make_unique<HighlightItem>(attribute, next, empty);
     }
-    TextPattern::Options options;
+    // A line keeps an attribute for each unit.
+    TextPattern::Options options = TextPattern::CodeUnits;
     options.setFlag(TextPattern::CaseInsensitive, mode.contains(QLatin1String("noCaseSensitive")));
     options.setFlag(TextPattern::Minimal, mode.contains(QLatin1String("minimal")));
     const QString pattern = value(rule, "regexp");

@@ -1,5 +1,7 @@
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
 
+#include "zvwidgets/zveditor/pattern/patternbudget.h"
+#include "zvwidgets/zveditor/pattern/patternmachine.h"
 #include "zvwidgets/zveditor/pattern/unitscan.h"
 
 #include <algorithm>
@@ -12,12 +14,16 @@ namespace zvwidgets {
 
 namespace {
 
-/// What rules that are not linear by themselves may spend on a line, in characters:
-/// enough for any line written by hand, little enough not to be noticed.
-constexpr qint64 baseWork = 16 * 1024 * 1024;
-constexpr qint64 workPerUnit = 16;
+/// What rules that are not linear by themselves may spend on a line, in steps of a
+/// PatternBudget: enough for any line written by hand, and a few milliseconds.
+constexpr qint64 baseWork = 256 * 1024;
+constexpr qint64 workPerUnit = 4;
+/// Steps that trying such a rule costs at least.
+constexpr qint64 tryCost = 8;
+/// Characters that are passed in the time of a step where tables do the matching.
+constexpr int passedInStep = 8;
 constexpr int nowhere = std::numeric_limits<int>::max();
-constexpr int asciiCount = CharSet::asciiCount;
+constexpr int asciiCount = UnitSet::asciiCount;
 /// Stands for all units from 128 on where rules are chosen by the next character.
 constexpr int wideUnit = asciiCount;
 constexpr int trackedRules = 32;
@@ -48,11 +54,12 @@ struct HighlightScanner::Pattern
     TextPattern regexp;
     const PatternAutomaton *automaton = nullptr; ///< null: matched by regexp
     const PatternAutomaton *filter = nullptr;    ///< as TextPattern::filter()
-    const CharSet *run = nullptr;
+    const UnitSet *run = nullptr;
     std::array<bool, asciiCount> inRun{};
     bool hasStops = false; ///< the run ends at one of a few units alone
     WantedUnits stops{};
-    bool anchored = false; ///< matches at the present position or not at all
+    bool anchored = false;   ///< matches at the present position or not at all
+    bool wasDropped = false; ///< used up the work of some line
 
     quint64 lineStamp = 0;
     int runBegin = 0; ///< the last run found
@@ -552,7 +559,7 @@ bool HighlightScanner::shrink(const Context &context, int at)
     --end;
     if (context.shrinkCosts) {
         ++textStamp;
-        work -= end - at;
+        work -= 1 + (end - at) / passedInStep;
     }
     return true;
 }
@@ -565,6 +572,25 @@ void HighlightScanner::refresh(Pattern &pattern) const
     pattern.textStamp = textStamp;
     pattern.searchFrom = nowhere;
     pattern.memo.clear();
+}
+
+/// What \a attempt finds for an expression that a table cannot match, -1 for nothing. When
+/// the line's work is used up such expressions find nothing more in it.
+template <typename Attempt>
+int HighlightScanner::tryCostly(Pattern &pattern, const Attempt &attempt)
+{
+    PatternMachine *const machine = pattern.regexp.machine(TextPattern::Reading::Units);
+    if (work <= 0 || !machine->isValid())
+        return -1;
+    PatternBudget spending(work - tryCost);
+    PatternMachine::Effort effort{spending, PatternBudget::unlimited};
+    const int found = attempt(machine, &effort);
+    work = spending.remaining();
+    if (work <= 0 && !pattern.wasDropped) {
+        pattern.wasDropped = true;
+        droppedRules.append(pattern.regexp.pattern());
+    }
+    return work <= 0 ? -1 : found;
 }
 
 int HighlightScanner::matchLength(Pattern &pattern, int at)
@@ -580,7 +606,9 @@ int HighlightScanner::matchLength(Pattern &pattern, int at)
         if (pattern.automaton || foundEnd <= at)
             return foundEnd - at;
         farthest = nowhere;
-        return pattern.regexp.match(QStringView(units + at, end - at), 0, &work);
+        return tryCostly(pattern, [&](PatternMachine *machine, PatternMachine::Effort *effort) {
+            return machine->match(QStringView(units + at, end - at), 0, effort);
+        });
     }
     const int found = search(pattern, at, &foundEnd);
     return found < 0 ? -1 : foundEnd - found;
@@ -598,7 +626,10 @@ int HighlightScanner::search(Pattern &pattern, int at, int *foundEnd)
     }
     farthest = nowhere;
     int length = 0;
-    const int found = pattern.regexp.search(QStringView(units + at, end - at), 0, &length, &work);
+    const auto find = [&](PatternMachine *machine, PatternMachine::Effort *effort) {
+        return machine->search(QStringView(units + at, end - at), 0, &length, effort);
+    };
+    const int found = tryCostly(pattern, find);
     *foundEnd = at + found + length;
     return found < 0 ? -1 : at + found;
 }

@@ -5,10 +5,12 @@
 #include "zvwidgets/zveditor/lines/scanmarks.h"
 #include "zvwidgets/zveditor/pattern/patternautomaton.h"
 
+#include <QStringList>
 #include <QStringView>
 
 #include <array>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace zvwidgets {
@@ -36,6 +38,11 @@ public:
     /// wrote for each character that hasn't changed since, and anything for others.
     void colour(int ctx, QStringView text, qint8 *attributes, ScanMarks *marks = nullptr);
 
+    /// Expressions that cost so much on some line that they were given up there, each
+    /// the first time it happened.
+    bool hasDroppedRules() const { return !droppedRules.isEmpty(); }
+    QStringList takeDroppedRules() { return std::exchange(droppedRules, {}); }
+
 private:
     struct Pattern;
     struct Rule;
@@ -61,6 +68,8 @@ private:
     int take(const Context &context, int *index, int at);
     int takeUntil(const Context &context, const Rule &rule, int at);
     int takeKeyword(const Context &context, int *index, int at);
+    template <typename Attempt>
+    int tryCostly(Pattern &pattern, const Attempt &attempt);
     int matchLength(Pattern &pattern, int at);
     int runLength(Pattern &pattern, int at);
     int search(Pattern &pattern, int at, int *foundEnd);
@@ -76,9 +85,10 @@ private:
     int end = 0;                     ///< of the text the rules see
     quint64 lineStamp = 0;           ///< tells notes on this line from older ones
     quint64 textStamp = 0;           ///< as lineStamp, but for a text cut shorter too
-    qint64 work = 0;                 ///< what costly rules may still spend on this line
+    qint64 work = 0;                 ///< steps that costly rules may still spend on this line
     qint64 budget = 0;               ///< what they may spend on it in all
     int farthest = 0;                ///< as a reach: what is noted nowhere else
+    QStringList droppedRules;
 
     const quint64 id;   ///< tells the marks of this scanner from those of others
     int shortReach = 0; ///< the largest of all patterns

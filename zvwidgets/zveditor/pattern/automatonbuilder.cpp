@@ -75,7 +75,7 @@ private:
     };
 
     int addStep(Step step);
-    int addSet(const CharSet &set);
+    int addSet(const UnitSet &set);
     int compile(const PatternNode &node, int next);
     int compileRepeat(const PatternNode &node, int next);
     bool lookTargets(const PatternNode &node, std::vector<const PatternNode *> *targets) const;
@@ -101,7 +101,7 @@ private:
 
     std::unique_ptr<PatternAutomaton> result{new PatternAutomaton};
     std::vector<Step> steps;
-    std::vector<CharSet> sets;
+    std::vector<UnitSet> sets;
     bool supported = true;
     const Precision precision;
     int wordSet = -1;
@@ -120,7 +120,7 @@ int AutomatonBuilder::addStep(Step step)
     return int(steps.size()) - 1;
 }
 
-int AutomatonBuilder::addSet(const CharSet &set)
+int AutomatonBuilder::addSet(const UnitSet &set)
 {
     const auto found = std::find(sets.begin(), sets.end(), set);
     if (found != sets.end())
@@ -164,14 +164,14 @@ int AutomatonBuilder::compile(const PatternNode &node, int next)
     case Type::WordBound:
     case Type::NotWordBound:
         result->usesWord = result->usesNext = true;
-        wordSet = addSet(CharSet::ofKind(WordUnit, false));
+        wordSet = addSet(UnitSet::ofKind(WordUnit, false));
         return addStep({node.type == Type::WordBound ? Kind::WordBound : Kind::NotWordBound, next});
     case Type::LookAhead:
         return compileLook(node, next);
     case Type::BackReference:
         break;
     }
-    supported = supported && precision == Precision::Upper;
+    supported = supported && precision != Precision::Exact;
     return supported ? compileAnything(next) : next;
 }
 
@@ -180,7 +180,7 @@ int AutomatonBuilder::compileAnything(int next)
     const int entry = addStep({Kind::Split, -1, next});
     if (!supported)
         return next;
-    const int body = addStep({Kind::Take, entry, -1, addSet(CharSet::any())});
+    const int body = addStep({Kind::Take, entry, -1, addSet(UnitSet::any())});
     steps[entry].next = body;
     return entry;
 }
@@ -189,16 +189,19 @@ int AutomatonBuilder::compileRepeat(const PatternNode &node, int next)
 {
     const PatternNode &part = *node.parts.front();
     int entry = next;
-    if (node.max == PatternNode::unlimited) {
+    const bool isRough = precision == Precision::Rough && std::max(node.min, node.max) > 1;
+    const int min = isRough ? std::min(node.min, 1) : node.min;
+    const int max = isRough ? PatternNode::unlimited : node.max;
+    if (max == PatternNode::unlimited) {
         entry = addStep({Kind::Split, -1, next});
         if (!supported)
             return next;
         const int body = compile(part, entry);
         steps[entry].next = body;
     }
-    for (int i = node.min; i < node.max && supported; ++i)
+    for (int i = min; i < max && supported; ++i)
         entry = addStep({Kind::Split, compile(part, entry), next});
-    for (int i = 0; i < node.min && supported; ++i)
+    for (int i = 0; i < min && supported; ++i)
         entry = compile(part, entry);
     return entry;
 }
@@ -247,7 +250,7 @@ int AutomatonBuilder::compileLongLook(const PatternNode &node, int next)
         result->looks.push_back(std::move(look));
         return addStep({Kind::LongLook, next, -1, int(result->looks.size()) - 1, node.negated});
     }
-    supported = supported && precision == Precision::Upper;
+    supported = supported && precision != Precision::Exact;
     return next;
 }
 
@@ -256,7 +259,7 @@ quint64 AutomatonBuilder::signature(char16_t unit, quint8 kinds) const
     quint64 bits = 0;
     for (size_t i = 0; i < sets.size(); ++i) {
         const bool isIn =
-            unit < CharSet::asciiCount ? sets[i].contains(unit) : sets[i].containsWide(unit, kinds);
+            unit < UnitSet::asciiCount ? sets[i].contains(unit) : sets[i].containsWide(unit, kinds);
         bits |= quint64(isIn) << i;
     }
     return bits;
@@ -277,11 +280,11 @@ quint8 AutomatonBuilder::classFor(quint64 signature)
 /// Units that no set tells apart share a class.
 bool AutomatonBuilder::makeClasses()
 {
-    for (int unit = 0; unit < CharSet::asciiCount && supported; ++unit)
+    for (int unit = 0; unit < UnitSet::asciiCount && supported; ++unit)
         result->asciiClass[unit] = classFor(signature(char16_t(unit), 0));
     auto &bounds = result->bounds;
-    bounds.push_back(CharSet::asciiCount);
-    for (const CharSet &set : sets)
+    bounds.push_back(UnitSet::asciiCount);
+    for (const UnitSet &set : sets)
         set.appendBounds(&bounds);
     std::sort(bounds.begin(), bounds.end());
     bounds.erase(std::unique(bounds.begin(), bounds.end()), bounds.end());
@@ -537,7 +540,7 @@ void AutomatonBuilder::noteStarts(const PatternNode &root)
     if (!result->needsAscii())
         return;
     int count = 0;
-    for (int unit = 0; unit < CharSet::asciiCount; ++unit) {
+    for (int unit = 0; unit < UnitSet::asciiCount; ++unit) {
         if (result->canOccur(char16_t(unit))) {
             result->onlyUnit = unit;
             ++count;

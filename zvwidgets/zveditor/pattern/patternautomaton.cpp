@@ -1,5 +1,7 @@
 #include "zvwidgets/zveditor/pattern/patternautomaton.h"
 
+#include "zvwidgets/zveditor/pattern/patternbudget.h"
+
 #include <QStringView>
 
 #include <algorithm>
@@ -55,8 +57,11 @@ quint32 PatternAutomaton::lookedRow(const Subject &subject, quint32 row, int at,
                                     PatternMemo *memo) const
 {
     const Branch &branch = branches[(row - firstBranch) / width];
-    if (memo && memo->looks.empty())
+    if (memo && memo->looks.empty()) {
         memo->looks.resize(looks.size());
+        for (PatternMemo &lookMemo : memo->looks)
+            lookMemo.budget = memo->budget;
+    }
     quint32 seen = 0;
     for (size_t i = 0; i < branch.looks.size(); ++i) {
         const size_t look = size_t(branch.looks[i]);
@@ -112,6 +117,8 @@ int PatternAutomaton::longScan(const Subject &subject, int at, quint32 row, int 
             row = lookedRow(subject, row, i, memo);
         }
         if (i % checkpointDistance == 0) {
+            if (memo->budget && !memo->budget->spend(checkpointDistance))
+                return -1;
             const quint64 key = quint64(row) << 32 | quint32(i / checkpointDistance);
             const auto known = memo->ends.constFind(key);
             if (known != memo->ends.constEnd()) {

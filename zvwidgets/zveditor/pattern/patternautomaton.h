@@ -10,6 +10,8 @@
 
 namespace zvwidgets {
 
+class PatternBudget;
+
 /// What long scans of one text have found, so that no stretch is scanned twice
 /// from the same state. Belongs to one automaton, one text and one end of it.
 struct PatternMemo
@@ -19,6 +21,8 @@ struct PatternMemo
     QHash<quint64, int> ends;       ///< row and checkpoint to end of match, -1 for none
     int reach = 0;                  ///< no text from here on was looked at
     std::vector<PatternMemo> looks; ///< of what is looked ahead for
+    /// Spent by long scans, if there is one; a scan that spends the last of it fails.
+    PatternBudget *budget = nullptr;
 };
 
 /// An expression as a deterministic table: one look-up per character, the end of
@@ -32,7 +36,9 @@ public:
         Exact,
         /// Matches wherever the expression does, and possibly elsewhere: what the
         /// table cannot express is taken to hold.
-        Upper
+        Upper,
+        /// As Upper, and counted repetitions are taken to have no bound.
+        Rough
     };
 
     /// Null if the expression has, with Precision::Exact, back-references, or if its
@@ -77,7 +83,7 @@ public:
     /// A match cannot be empty and cannot begin with a unit from 128 on.
     bool needsAscii() const;
     /// The set S if the expression is S+, also behind "^"; null otherwise.
-    const CharSet *run() const { return isRun ? &runSet : nullptr; }
+    const UnitSet *run() const { return isRun ? &runSet : nullptr; }
     /// The length of every match, -1 if it varies.
     int fixedLength() const { return fixed; }
     /// Units from its start on that matchEnd() may look at without a note of it in
@@ -102,7 +108,7 @@ private:
 
     quint8 classOf(char16_t unit) const
     {
-        return unit < CharSet::asciiCount ? asciiClass[unit] : wideClass(unit);
+        return unit < UnitSet::asciiCount ? asciiClass[unit] : wideClass(unit);
     }
     quint8 wideClass(char16_t unit) const;
     quint32 startRow(const Subject &subject, int at) const;
@@ -110,7 +116,7 @@ private:
     int longScan(const Subject &subject, int at, quint32 row, int last, PatternMemo *memo) const;
     int nextCandidate(const Subject &subject, int from, int limit) const;
 
-    std::array<quint8, CharSet::asciiCount> asciiClass{};
+    std::array<quint8, UnitSet::asciiCount> asciiClass{};
     std::vector<char16_t> bounds;    ///< sorted; where classes of units from 128 on change
     std::vector<quint8> wideClasses; ///< by interval of bounds, then kinds
     int endClass = 0;                ///< stands for the end of the text; classes are below
@@ -127,7 +133,7 @@ private:
     quint32 afterWordRow = 0;
     std::vector<quint8> occurs; ///< by class, as a bool
     int onlyUnit = -1;          ///< the one unit a match can begin with, or -1
-    CharSet runSet;
+    UnitSet runSet;
     bool shortest = false;
     bool usesBegin = false;
     bool usesWord = false;

@@ -12,6 +12,7 @@ namespace {
 
 using Type = PatternNode::Type;
 using NodePtr = std::unique_ptr<PatternNode>;
+using Reading = TextPattern::Reading;
 
 constexpr int maximumDepth = 200;
 constexpr int maximumRepeat = 1024;
@@ -47,10 +48,106 @@ NodePtr makeNode(Type type)
     return std::make_unique<PatternNode>(type);
 }
 
+/// Characters beyond the units, both ends of each range inclusive.
+using PairRanges = std::vector<std::pair<char32_t, char32_t>>;
+
+constexpr char16_t firstHigh = 0xd800;
+constexpr char16_t firstLow = 0xdc00;
+constexpr char16_t lastHigh = firstLow - 1;
+constexpr char16_t lastLow = 0xdfff;
+constexpr char32_t firstBeyondUnits = 0x10000;
+
+NodePtr makeSet(UnitSet set)
+{
+    NodePtr node = makeNode(Type::Set);
+    node->set = std::move(set);
+    return node;
+}
+
+NodePtr makeRange(char16_t first, char16_t last)
+{
+    UnitSet set;
+    set.addRange(first, last);
+    return makeSet(std::move(set));
+}
+
+template <typename... Nodes>
+NodePtr makeOf(Type type, Nodes... nodes)
+{
+    NodePtr made = makeNode(type);
+    (made->parts.push_back(std::move(nodes)), ...);
+    return made;
+}
+
+NodePtr makeLook(NodePtr part, bool negated)
+{
+    NodePtr look = makeOf(Type::LookAhead, std::move(part));
+    look->negated = negated;
+    return look;
+}
+
+NodePtr makePair(char16_t high, char16_t firstOfLows, char16_t lastOfLows)
+{
+    return makeOf(Type::Sequence, makeRange(high, high), makeRange(firstOfLows, lastOfLows));
+}
+
+/// Appends to \a choice the surrogate pairs of the characters from \a first to \a last.
+void addPairs(PatternNode *choice, char32_t first, char32_t last)
+{
+    const char16_t high = QChar::highSurrogate(first);
+    const char16_t low = QChar::lowSurrogate(first);
+    const char16_t endHigh = QChar::highSurrogate(last);
+    const char16_t endLow = QChar::lowSurrogate(last);
+    if (high == endHigh) {
+        choice->parts.push_back(makePair(high, low, endLow));
+        return;
+    }
+    choice->parts.push_back(makePair(high, low, lastLow));
+    if (high + 1 < endHigh)
+        choice->parts.push_back(makeOf(Type::Sequence,
+                                       makeRange(char16_t(high + 1), char16_t(endHigh - 1)),
+                                       makeRange(firstLow, lastLow)));
+    choice->parts.push_back(makePair(endHigh, firstLow, endLow));
+}
+
+/// One character that is in \a set, or as a pair in \a pairs; \a others tells that the
+/// set, which is negated already, and the pairs are those that it must not be.
+NodePtr makeCharacter(const UnitSet &set, const PairRanges &pairs, bool others)
+{
+    const bool takesAnyPair = set.contains(firstHigh) && set.contains(lastLow);
+    const bool takesSurrogates = takesAnyPair || set.reachesSurrogates();
+    if (!takesSurrogates && pairs.empty())
+        return makeSet(set);
+    NodePtr choice = makeNode(Type::Choice);
+    choice->parts.push_back(
+        makeOf(Type::Sequence, makeLook(makeRange(firstHigh, lastLow), true), makeSet(set)));
+    NodePtr listed = makeNode(Type::Choice);
+    for (const auto &[first, last] : pairs)
+        addPairs(others ? listed.get() : choice.get(), first, last);
+    if (takesAnyPair) {
+        NodePtr pair =
+            makeOf(Type::Sequence, makeRange(firstHigh, lastHigh), makeRange(firstLow, lastLow));
+        if (!listed->parts.empty())
+            pair->parts.insert(pair->parts.begin(), makeLook(std::move(listed), true));
+        choice->parts.push_back(std::move(pair));
+    }
+    if (takesSurrogates) {
+        choice->parts.push_back(makeOf(Type::Sequence,
+                                       makeLook(makeRange(firstHigh, lastHigh), false),
+                                       makeSet(set), makeLook(makeRange(firstLow, lastLow), true)));
+        // A low half that is met here has no high one: that would have taken it.
+        choice->parts.push_back(
+            makeOf(Type::Sequence, makeLook(makeRange(firstLow, lastLow), false), makeSet(set)));
+    }
+    return makeOf(Type::Group, std::move(choice));
+}
+
 class Parser
 {
 public:
-    Parser(QStringView text, bool caseInsensitive) : pattern(text), fold(caseInsensitive) {}
+    Parser(QStringView text, bool caseInsensitive, Reading wanted)
+        : pattern(text), fold(caseInsensitive), reading(wanted)
+    {}
 
     NodePtr parse()
     {
@@ -77,7 +174,9 @@ private:
     NodePtr group(int depth);
     NodePtr escapeAtom();
     NodePtr setAtom();
-    NodePtr finishSet(CharSet set, bool others) const;
+    NodePtr finishSet(UnitSet set, bool others, const PairRanges &pairs = {}) const;
+    NodePtr pairOr(char16_t unit);
+    bool takeLow(char16_t high, char32_t *character);
     std::optional<Escape> escape();
     std::optional<char16_t> number(int base, int digits, char16_t highest);
     bool repeat(int *min, int *max);
@@ -86,6 +185,7 @@ private:
 
     const QStringView pattern;
     const bool fold;
+    const Reading reading;
     qsizetype pos = 0;
     int captures = 0;
     int highestReference = 0;
@@ -159,20 +259,50 @@ NodePtr Parser::atom(int depth)
         return makeNode(Type::End);
     case u'.':
         ++pos;
-        return finishSet(CharSet(), true);
+        return finishSet(UnitSet(), true);
     }
-    return finishSet(CharSet::single(pattern[pos++].unicode()), false);
+    return pairOr(pattern[pos++].unicode());
 }
 
-NodePtr Parser::finishSet(CharSet set, bool others) const
+/// Reads the other half of a pair that begins with \a high, if it comes next.
+bool Parser::takeLow(char16_t high, char32_t *character)
+{
+    if (!QChar::isHighSurrogate(high) || atEnd())
+        return false;
+    const qsizetype before = pos;
+    char16_t low = pattern[pos++].unicode();
+    if (low == u'\\') {
+        const std::optional<Escape> found = escape();
+        low = found && found->kind == Escape::Kind::Unit ? found->unit : 0;
+    }
+    if (!QChar::isLowSurrogate(low)) {
+        pos = before;
+        return false;
+    }
+    *character = QChar::surrogateToUcs4(high, low);
+    return true;
+}
+
+/// The character that \a unit, which has been read, begins.
+NodePtr Parser::pairOr(char16_t unit)
+{
+    char32_t character = 0;
+    if (!takeLow(unit, &character))
+        return finishSet(UnitSet::single(unit), false);
+    NodePtr choice = makeNode(Type::Choice);
+    addPairs(choice.get(), character, character);
+    return makeOf(Type::Group, std::move(choice->parts.front()));
+}
+
+NodePtr Parser::finishSet(UnitSet set, bool others, const PairRanges &pairs) const
 {
     if (fold)
         set.foldCase();
     if (others)
         set.negate();
-    NodePtr node = makeNode(Type::Set);
-    node->set = std::move(set);
-    return node;
+    if (reading == Reading::Characters)
+        return makeCharacter(set, pairs, others);
+    return makeSet(std::move(set));
 }
 
 NodePtr Parser::group(int depth)
@@ -202,9 +332,9 @@ NodePtr Parser::escapeAtom()
         return nullptr;
     switch (found->kind) {
     case Escape::Kind::Unit:
-        return finishSet(CharSet::single(found->unit), false);
+        return pairOr(found->unit);
     case Escape::Kind::Set:
-        return finishSet(CharSet::ofKind(found->unitKind, found->others), false);
+        return finishSet(UnitSet::ofKind(found->unitKind, found->others), false);
     case Escape::Kind::WordBound:
         return makeNode(Type::WordBound);
     case Escape::Kind::NotWordBound:
@@ -291,10 +421,25 @@ std::optional<Escape> Parser::escape()
 NodePtr Parser::setAtom()
 {
     ++pos;
-    CharSet set;
+    UnitSet set;
+    PairRanges pairs;
     const bool others = take(u'^');
-    // A unit is held back until it is known not to begin a range.
-    char16_t held = 0;
+    const auto add = [&set, &pairs](char32_t first, char32_t last) {
+        if (first > last)
+            std::swap(first, last);
+        if (last < firstBeyondUnits) {
+            set.addRange(char16_t(first), char16_t(last));
+            return;
+        }
+        pairs.emplace_back(std::max(first, firstBeyondUnits), last);
+        // Halves of pairs are no characters of such a range.
+        if (first < firstHigh)
+            set.addRange(char16_t(first), firstHigh - 1);
+        if (first < firstBeyondUnits)
+            set.addRange(char16_t(std::max<char32_t>(first, lastLow + 1)), 0xffff);
+    };
+    // A character is held back until it is known not to begin a range.
+    char32_t held = 0;
     enum
     {
         Nothing,
@@ -303,9 +448,9 @@ NodePtr Parser::setAtom()
     } holding = Nothing;
     const auto flush = [&] {
         if (holding == Range)
-            set.addRange(u'-', u'-');
+            add(u'-', u'-');
         if (holding != Nothing)
-            set.addRange(held, held);
+            add(held, held);
         holding = Nothing;
     };
     do {
@@ -331,18 +476,21 @@ NodePtr Parser::setAtom()
             part->unit = u'\b';
         else if (part->kind != Escape::Kind::Unit)
             return nullptr;
+        char32_t character = part->unit;
+        if (reading == Reading::Characters)
+            takeLow(part->unit, &character);
         if (holding == Range) {
-            set.addRange(held, part->unit);
+            add(held, character);
             holding = Nothing;
             continue;
         }
         flush();
-        held = part->unit;
+        held = character;
         holding = Unit;
     } while (peek() != u']' || atEnd());
     flush();
     ++pos;
-    return finishSet(std::move(set), others);
+    return finishSet(std::move(set), others, pairs);
 }
 
 /// Reads a quantifier; false, without moving, if there is none, false behind its
@@ -412,9 +560,9 @@ QString quantifier(const PatternNode &node)
 
 } // namespace
 
-NodePtr parsePattern(QStringView pattern, bool caseInsensitive)
+NodePtr parsePattern(QStringView pattern, bool caseInsensitive, TextPattern::Reading reading)
 {
-    return Parser(pattern, caseInsensitive).parse();
+    return Parser(pattern, caseInsensitive, reading).parse();
 }
 
 QString wildcardPattern(const QString &wildcard)
@@ -463,8 +611,8 @@ QString pcrePattern(const PatternNode &node)
         return parts.join(QLatin1Char('|'));
     case Type::Repeat:
         if (node.parts.front()->type == Type::Set)
-            return parts.front() + quantifier(node);
-        return QStringLiteral("(?:") + parts.front() + QLatin1Char(')') + quantifier(node);
+            return parts.front() + quantifier(node) + QStringLiteral("(?C)");
+        return QStringLiteral("(?:(?C)") + parts.front() + QLatin1Char(')') + quantifier(node);
     case Type::Group:
         return (node.number ? QStringLiteral("(") : QStringLiteral("(?:")) + parts.front() +
                QLatin1Char(')');
@@ -482,7 +630,9 @@ QString pcrePattern(const PatternNode &node)
     case Type::BackReference:
         break;
     }
-    return QStringLiteral("\\g{%1}").arg(node.number);
+    constexpr int highestCallout = 255;
+    const int callout = node.number <= highestCallout ? node.number : 0;
+    return QStringLiteral("(?C%1)\\g{%2}").arg(callout).arg(node.number);
 }
 
 bool orderMatters(const PatternNode &node)
@@ -541,12 +691,12 @@ namespace {
 
 /// The one unit below 128 that \a set holds, as requiredText() gives it; 0 if there
 /// is none or are several.
-char16_t requiredUnit(const CharSet &set, bool caseInsensitive)
+char16_t requiredUnit(const UnitSet &set, bool caseInsensitive)
 {
     if (!caseInsensitive && set.reachesWide())
         return 0;
     char16_t only = 0;
-    for (char16_t unit = 0; unit < CharSet::asciiCount; ++unit) {
+    for (char16_t unit = 0; unit < UnitSet::asciiCount; ++unit) {
         if (!set.contains(unit))
             continue;
         const bool isUpper = unit >= u'A' && unit <= u'Z';

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "zvwidgets/zveditor/pattern/charset.h"
+#include "zvwidgets/zveditor/pattern/textpattern.h"
+#include "zvwidgets/zveditor/pattern/unitset.h"
 
 #include <QString>
 #include <QStringView>
@@ -33,20 +34,25 @@ struct PatternNode
 
     Type type;
     std::vector<std::unique_ptr<PatternNode>> parts;
-    CharSet set;
+    UnitSet set;
     int min = 0;
     int max = 0;          ///< unlimited for no bound
     int number = 0;       ///< of the capture, from 1
     bool negated = false; ///< LookAhead only
 };
 
-/// The tree of the expression \a pattern; null if it has a fault.
-std::unique_ptr<PatternNode> parsePattern(QStringView pattern, bool caseInsensitive);
+/// The tree of the expression \a pattern; null if it has a fault. With
+/// Reading::Characters it takes no half of a surrogate pair in a text where it
+/// begins at no such half.
+std::unique_ptr<PatternNode> parsePattern(QStringView pattern, bool caseInsensitive,
+                                          TextPattern::Reading reading);
 
 /// The expression that stands for the wildcard text \a wildcard.
 QString wildcardPattern(const QString &wildcard);
 
-/// The tree in the syntax of PCRE2; sets are written without folding their case.
+/// The tree in the syntax of PCRE2; sets are written without folding their case. It has
+/// a callout in each repetition, and one with the number of the group, or 0 if that is
+/// too large, at each back-reference.
 QString pcrePattern(const PatternNode &node);
 
 /// True if the first match in order of preference may differ from the longest.

@@ -9,11 +9,17 @@
 namespace zvwidgets {
 
 class PatternAutomaton;
+class PatternBudget;
+class PatternMachine;
 
 /// A regular expression in the dialect of the highlight definitions: no lazy
 /// or possessive quantifiers, no look-behind, no inline options; "." takes any
 /// character, "\\xhhhh" is a UTF-16 unit. Of the matches at a place the longest
 /// counts, whatever the order of alternatives; in minimal mode the shortest.
+///
+/// A surrogate pair is one character, which is no letter, digit or space; half a
+/// pair without the other half is a character too. PatternSearch searches texts
+/// that are searched more than once.
 ///
 /// Cheap to copy. Matching reuses memory of the expression: one thread only.
 class TextPattern
@@ -23,7 +29,8 @@ public:
     {
         NoOption = 0,
         CaseInsensitive = 1,
-        Minimal = 2
+        Minimal = 2,
+        CodeUnits = 4 ///< each half of a surrogate pair is a character
     };
     Q_DECLARE_FLAGS(Options, Option)
     enum class Syntax
@@ -31,6 +38,15 @@ public:
         Expression,
         Wildcard ///< "*", "?" and "[...]" alone are special
     };
+    /// What a text's characters are.
+    enum class Reading
+    {
+        Units,
+        Characters
+    };
+
+    /// Steps of a search that is given no budget: a fraction of a second.
+    static constexpr qint64 defaultSteps = 16 * 1024 * 1024;
 
     /// An expression that is not valid and never matches.
     TextPattern();
@@ -44,23 +60,19 @@ public:
 
     /// Column of the first match that begins at or after \a from, -1 if there is
     /// none; \a length (may be null) receives its length. "^" is column 0 of
-    /// \a text, also with a later \a from. An expression that does not come to
-    /// an end within a fixed limit counts as not found.
-    ///
-    /// \a work (may be null) is what several calls may spend together, in
-    /// characters; it is lowered by what this one could have cost, and with
-    /// nothing left nothing is found. An expression with an automaton() is
-    /// linear by itself and spends nothing.
+    /// \a text, also with a later \a from. A search that spends the last of
+    /// \a budget, or without one more than defaultSteps, finds nothing.
     [[nodiscard]] int search(QStringView text, int from = 0, int *length = nullptr,
-                             qint64 *work = nullptr) const;
+                             PatternBudget *budget = nullptr) const;
     /// Length of the match that begins at \a column, -1 if none does.
-    [[nodiscard]] int match(QStringView text, int column = 0, qint64 *work = nullptr) const;
+    [[nodiscard]] int match(QStringView text, int column = 0,
+                            PatternBudget *budget = nullptr) const;
 
-    /// The table the expression was compiled to; null if it is not valid or
-    /// needs what a finite automaton cannot do.
+    /// What does the matching in texts of that \a reading. Without surrogates in the
+    /// text both give the same, and Units is faster. Never null; the expression owns it.
+    PatternMachine *machine(Reading reading) const;
+    /// Those of the machine for Reading::Units.
     const PatternAutomaton *automaton() const;
-    /// automaton(), or where there is none a table that matches wherever the
-    /// expression does and possibly elsewhere; null if there is none either.
     const PatternAutomaton *filter() const;
     /// requiredText() of the expression; empty if it is not valid.
     QString requiredText() const;

@@ -39,4 +39,25 @@ inline int findAnyUnit(const char16_t *units, int from, int end, const WantedUni
     return from;
 }
 
+/// True if a unit from \a from on, before \a end, is half of a surrogate pair, or would be
+/// if it had its other half.
+inline bool holdsSurrogate(const char16_t *units, int from, int end)
+{
+    constexpr char16_t mask = 0xf800;
+    constexpr char16_t surrogate = 0xd800;
+#ifdef __SSE2__
+    constexpr int lanes = 8;
+    const __m128i masks = _mm_set1_epi16(short(mask));
+    const __m128i wanted = _mm_set1_epi16(short(surrogate));
+    for (; end - from >= lanes; from += lanes) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(units + from));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(block, masks), wanted)))
+            return true;
+    }
+#endif
+    while (from < end && (units[from] & mask) != surrogate)
+        ++from;
+    return from < end;
+}
+
 } // namespace zvwidgets

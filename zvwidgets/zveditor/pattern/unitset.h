@@ -22,15 +22,15 @@ quint8 unitKinds(char16_t unit);
 /// A set of UTF-16 units: single ones, ranges and kinds, possibly all but these.
 /// Units below 128 are looked up in a bitmap, all others through their ranges and
 /// kinds, so that a set of "\\w" does not list the letters of the world.
-class CharSet
+class UnitSet
 {
 public:
     static constexpr int asciiCount = 128;
 
-    static CharSet any();
-    static CharSet single(char16_t unit);
+    static UnitSet any();
+    static UnitSet single(char16_t unit);
     /// The units of a kind, or all others.
-    static CharSet ofKind(UnitKind kind, bool others);
+    static UnitSet ofKind(UnitKind kind, bool others);
 
     /// Both ends inclusive, in either order.
     void addRange(char16_t first, char16_t last);
@@ -52,13 +52,15 @@ public:
     bool reachesWide() const { return negated || wideKinds || !ranges.empty(); }
     /// True if it holds every unit from 128 on; false in doubt.
     bool holdsAllWide() const { return negated && !wideKinds && ranges.empty(); }
+    /// True if it can hold halves of surrogate pairs; true in doubt.
+    bool reachesSurrogates() const;
     /// Appends where membership may change among the units from 128 on: the first
     /// unit of each range and the one after its end.
     void appendBounds(std::vector<char16_t> *bounds) const;
     /// The set in the syntax of PCRE2.
     QString expression() const;
 
-    bool operator==(const CharSet &other) const;
+    bool operator==(const UnitSet &other) const;
 
 private:
     void addUnit(char16_t unit);

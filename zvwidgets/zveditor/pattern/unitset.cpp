@@ -1,4 +1,4 @@
-#include "zvwidgets/zveditor/pattern/charset.h"
+#include "zvwidgets/zveditor/pattern/unitset.h"
 
 #include <QChar>
 
@@ -41,28 +41,28 @@ quint8 unitKinds(char16_t unit)
     return table[unit];
 }
 
-CharSet CharSet::any()
+UnitSet UnitSet::any()
 {
-    CharSet set;
+    UnitSet set;
     set.negate();
     return set;
 }
 
-CharSet CharSet::single(char16_t unit)
+UnitSet UnitSet::single(char16_t unit)
 {
-    CharSet set;
+    UnitSet set;
     set.addRange(unit, unit);
     return set;
 }
 
-CharSet CharSet::ofKind(UnitKind kind, bool others)
+UnitSet UnitSet::ofKind(UnitKind kind, bool others)
 {
-    CharSet set;
+    UnitSet set;
     set.addKind(kind, others);
     return set;
 }
 
-void CharSet::addUnit(char16_t unit)
+void UnitSet::addUnit(char16_t unit)
 {
     if (unit < asciiCount)
         ascii[unit >> 6] |= quint64(1) << (unit & 63);
@@ -70,7 +70,7 @@ void CharSet::addUnit(char16_t unit)
         ranges.emplace_back(unit, unit);
 }
 
-void CharSet::addRange(char16_t first, char16_t last)
+void UnitSet::addRange(char16_t first, char16_t last)
 {
     if (first > last)
         std::swap(first, last);
@@ -83,7 +83,7 @@ void CharSet::addRange(char16_t first, char16_t last)
         items += QLatin1Char('-') + escaped(last);
 }
 
-void CharSet::addKind(UnitKind kind, bool others)
+void UnitSet::addKind(UnitKind kind, bool others)
 {
     for (int unit = 0; unit < asciiCount; ++unit) {
         if (bool(computeKinds(char16_t(unit)) & kind) != others)
@@ -98,7 +98,7 @@ void CharSet::addKind(UnitKind kind, bool others)
     items += QLatin1Char(others ? char(letter - 'a' + 'A') : letter);
 }
 
-void CharSet::foldCase()
+void UnitSet::foldCase()
 {
     const auto fold = [this](char16_t unit) {
         const char16_t lower = QChar::toLower(char32_t(unit));
@@ -119,14 +119,14 @@ void CharSet::foldCase()
     }
 }
 
-void CharSet::negate()
+void UnitSet::negate()
 {
     ascii[0] = ~ascii[0];
     ascii[1] = ~ascii[1];
     negated = true;
 }
 
-bool CharSet::containsWide(char16_t unit, quint8 kinds) const
+bool UnitSet::containsWide(char16_t unit, quint8 kinds) const
 {
     const bool listed = (wideKinds >> kinds & 1) ||
                         std::any_of(ranges.begin(), ranges.end(), [unit](const auto &range) {
@@ -135,7 +135,17 @@ bool CharSet::containsWide(char16_t unit, quint8 kinds) const
     return listed != negated;
 }
 
-void CharSet::appendBounds(std::vector<char16_t> *bounds) const
+bool UnitSet::reachesSurrogates() const
+{
+    // They are of no kind.
+    if (negated || (wideKinds & 1))
+        return true;
+    return std::any_of(ranges.begin(), ranges.end(), [](const auto &range) {
+        return range.first <= 0xdfff && 0xd800 <= range.second;
+    });
+}
+
+void UnitSet::appendBounds(std::vector<char16_t> *bounds) const
 {
     for (const auto &[first, last] : ranges) {
         bounds->push_back(first);
@@ -144,7 +154,7 @@ void CharSet::appendBounds(std::vector<char16_t> *bounds) const
     }
 }
 
-QString CharSet::expression() const
+QString UnitSet::expression() const
 {
     if (items.isEmpty())
         return QStringLiteral("[\\s\\S]");
@@ -152,7 +162,7 @@ QString CharSet::expression() const
            QLatin1Char(']');
 }
 
-bool CharSet::operator==(const CharSet &other) const
+bool UnitSet::operator==(const UnitSet &other) const
 {
     return ascii[0] == other.ascii[0] && ascii[1] == other.ascii[1] && ranges == other.ranges &&
            wideKinds == other.wideKinds && negated == other.negated;
