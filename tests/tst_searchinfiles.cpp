@@ -106,6 +106,7 @@ private slots:
     void memoryDoesNotGrowWithTheFile();
     void stopsInsideOfAFile_data();
     void stopsInsideOfAFile();
+    void stopsInsideOfAnExpression();
     void whatIsNoFileHasNoHits();
     void walkReportsFilesThenFolders();
     void walkEndsInACycleOfLinks();
@@ -325,6 +326,15 @@ void TestSearchInFiles::stopsInsideOfAFile()
         QVERIFY(!stopped.search(path, nothing));
         QCOMPARE(asked, last);
     }
+}
+
+void TestSearchInFiles::stopsInsideOfAnExpression()
+{
+    const QString path = write(u"letters"_s, QByteArray(64000, 'a') + '!');
+    int asked = 0;
+    FileSearch stopped({u"(.+)\\1+$"_s, true, true, false}, [&asked] { return ++asked < 10; });
+    QVERIFY(!stopped.search(path, [](const FileSearch::Hit &) {}));
+    QCOMPARE(asked, 10);
 }
 
 void TestSearchInFiles::whatIsNoFileHasNoHits()

@@ -437,6 +437,8 @@ bool FileSearch::searchLine(QStringView line, const Window &window, qsizetype *n
         const qsizetype found = query.regExp
                                     ? pattern.search(column, limit, &length)
                                     : matcher.indexIn(line.left(limit + length - 1), column);
+        if (pattern.wasStopped())
+            return false;
         if (found < 0 || found >= window.limit) {
             column = limit;
             if (column < window.limit && !goOn())
