@@ -184,6 +184,11 @@ void TestTextDocEdit::edit_data()
     row("block", "abc|d|efg", with(inBlocks, insert("1|2|3", 0, 2)), "ab1c|d 2|ef3g");
     row("block makes lines below the last", "x|abc", with(inBlocks, insert("a|b", 1, 3)),
         "x|abca|   b");
+    row("overwriting half a pair", "😀z", with(overwriting, insert("x", 0, 0)), "xz");
+    row("overwriting from within a pair", "a😀z", with(overwriting, insert("xyz", 0, 2)), "axyz");
+    row("a pair is not parted by text", "a😀", insert("x|y", 0, 2), "ax|y😀");
+    row("a pair is not parted by a block", "ab|😀", with(inBlocks, insert("1|2", 0, 1)), "a1b|2😀");
+    row("a pair is not parted by enter", "a😀", enter(0, 2), "a|😀");
     row(
         "append", "a|b", [](Fixture &f) { f.doc().append(lines("c|d")); }, "a|bc|d");
 
@@ -204,6 +209,7 @@ void TestTextDocEdit::removal_data()
     const Rows<QString, Step, QString> row("before", "step", "after");
 
     row("delete a pair", "a😀z", del(0, 1), "az");
+    row("delete within a pair", "a😀z", del(0, 2), "az");
     row("delete joins", "ab|  c", del(0, 2), "abc");
     row("join drops blanks at both ends", "foo|   bar  |x", del(0, 3), "foobar|x");
     row("join to an empty line keeps all", "|   bar  |x", del(0, 0), "   bar  |x");
@@ -221,6 +227,8 @@ void TestTextDocEdit::removal_data()
     row("backspace at the very start", "ab", backspace(0, 0), "ab");
 
     row("remove within a line", "abcd", remove(0, 3, 0, 1), "ad");
+    row("remove from one pair into the next", "a😀😀z", remove(0, 2, 0, 4), "az");
+    row("remove lines from pair to pair", "a😀|b|😀z", remove(0, 2, 2, 1), "az");
     row("remove lines", "ab|c|d|ef", remove(0, 1, 3, 1), "af");
     row("remove lines, ends swapped", "ab|c|d|ef", remove(3, 1, 0, 1), "af");
     row("remove to a line's start", "ab|c|d", remove(0, 2, 2, 0), "abd");
@@ -317,6 +325,10 @@ void TestTextDocEdit::selection_data()
     row("stream past the document", "abc|def", {1, 0}, {0, 5}, false, "bc|def|", "a");
     row("stream below the document", "abc|def", {1, 7}, {1, 9}, false, "", "abc|def");
     row("join takes blanks", "ab  x|y  z ", {2, 0}, {1, 1}, false, "  x|y", "abz");
+    row("half a pair takes all of it", "x😀😀", {2, 0}, {4, 0}, false, "😀😀", "x");
+    row("stream from half a pair to half a pair", "a😀|b|😀c", {2, 0}, {1, 2}, false, "😀|b|😀", "ac");
+    row("a box takes whole characters of each line", "a😀b|abcd|😀😀", {2, 0}, {3, 2}, true, "😀|c|😀",
+        "ab|abd|😀");
     row("block", "abcd|e|fghi", {1, 0}, {3, 2}, true, "bc|gh", "ad|e|fi");
     row("block, other corners", "abcd|efgh", {3, 1}, {1, 0}, true, "bc|fg", "ad|eh");
     row("block past the document", "abcd|efgh", {1, 0}, {3, 9}, true, "bc|fg", "ad|eh");

@@ -35,6 +35,7 @@ private slots:
     void wheelScrolls();
     void leftLineLosesTrailingBlanks();
     void selectionOrdersItsEnds();
+    void selectionTakesWholeCharacters();
     void insideOfSelection_data();
     void insideOfSelection();
     void longWrappedLine();
@@ -281,6 +282,24 @@ void TestTextView::selectionOrdersItsEnds()
     QCOMPARE(view->selection(), QRect(QPoint(5, 2), QPoint(3, 4)));
     view->setCursorPosition(4, 3, true);
     QVERIFY(!view->hasSelection());
+}
+
+void TestTextView::selectionTakesWholeCharacters()
+{
+    setText(u"a😀😀b\nabcdef"_s);
+    view->setSelection(QPoint(4, 0), QPoint(2, 0));
+    QCOMPARE(view->selection(), QRect(QPoint(1, 0), QPoint(5, 0)));
+    view->setSelection(QPoint(1, 1), QPoint(4, 0));
+    QCOMPARE(view->selection(), QRect(QPoint(3, 0), QPoint(1, 1)));
+    // A box keeps its columns for the other lines.
+    manager->fVerticalSelection = true;
+    view->setSelection(QPoint(2, 0), QPoint(4, 1));
+    QCOMPARE(view->selection(), QRect(QPoint(2, 0), QPoint(4, 1)));
+    QString inside;
+    for (int column = 0; column <= 5; ++column)
+        inside += view->inSelected(0, column) ? u'x' : u'.';
+    QCOMPARE(inside, u".xxxx."_s);
+    QVERIFY(!view->inSelected(1, 1) && view->inSelected(1, 2) && !view->inSelected(1, 4));
 }
 
 void TestTextView::insideOfSelection_data()

@@ -1,6 +1,7 @@
 #include "zvwidgets/zveditor/textdoc.h"
 
 #include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
@@ -458,16 +459,20 @@ void TextDocument::macroExecuted()
 
 void TextDocument::cmdInsert(int line, int column, const QString &text)
 {
-    d->undoStack->push(new CmdInsert(this, line, column, text));
+    d->undoStack->push(new CmdInsert(this, line, d->wholeColumn(line, column), text));
 }
 
 void TextDocument::cmdRemove(int line, int column, int length)
 {
-    d->undoStack->push(new CmdRemove(this, line, column, length));
+    ColumnRange columns{column, column + std::max(0, length)};
+    if (length > 0)
+        columns = wholeCharacters(*lineOf(line), columns);
+    d->undoStack->push(new CmdRemove(this, line, columns.from, columns.length()));
 }
 
 void TextDocument::cmdReplace(int line, int column, int length, const QString &text)
 {
+    column = d->wholeColumn(line, column);
     macroBegin(QLatin1String("replace text with ") + text);
     if (length > 0)
         cmdRemove(line, column, length);
@@ -478,6 +483,7 @@ void TextDocument::cmdReplace(int line, int column, int length, const QString &t
 
 void TextDocument::cmdInsertLineBreak(int line, int column)
 {
+    column = d->wholeColumn(line, column);
     macroBegin(QStringLiteral("insert line break"));
     makeLine(line + 1);
     if (column < textLength(line)) {

@@ -65,6 +65,7 @@ struct TextDocument::Private
     void updateGeometry();
 
     void preferCursor(int *line, int *column) const;
+    int wholeColumn(int line, int column) const;
     int backspaceLength(int line, int column) const;
     QString expandedTabs(QStringView part, int line, int column) const;
     QString blockSelection(int actions, const QRect &rect);

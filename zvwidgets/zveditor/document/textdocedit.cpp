@@ -1,3 +1,4 @@
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
@@ -14,6 +15,8 @@ namespace zvwidgets {
 
 namespace {
 
+/// More than the description of a step shows.
+constexpr int maxShown = 64;
 constexpr QChar blank = u' ';
 constexpr QChar lineBreak = u'\n';
 constexpr QChar tab = u'\t';
@@ -53,21 +56,19 @@ QString withoutTabs(QStringView part, int x, int spacesInTab)
     return expanded;
 }
 
-// True if the character at \a column is both halves of a pair, that one removal
-// must not part.
-bool isPair(const TextLine &line, int column)
-{
-    return line.charAt(column).isHighSurrogate() && line.charAt(column + 1).isLowSurrogate();
-}
-
 /// A selection made ready for walking from its upper to its lower end.
 struct Selection
 {
-    explicit Selection(const QRect &selected)
+    Selection(const TextDocument &doc, const QRect &selected)
         : normal(ordered(selected))
         , start(runsDiagonally(selected) ? normal.left() : normal.right())
         , end(runsDiagonally(selected) ? normal.right() : normal.left())
-    {}
+    {
+        if (normal.top() >= 0 && normal.top() <= doc.lastLine())
+            start = wholeCharacters(*doc.lineOf(normal.top()), {start, start}).from;
+        if (normal.bottom() <= doc.lastLine())
+            end = wholeCharacters(*doc.lineOf(normal.bottom()), {0, end}).to;
+    }
 
     QRect normal;
     /// Column of the upper end.
@@ -85,15 +86,15 @@ struct LineSpan
 
 // The lines that indenting moves: all selected ones, but not a last one that is
 // selected only up to its start, or the cursor's.
-LineSpan linesToIndent(const QRect &selected, int cursorLine, int lastLine)
+LineSpan linesToIndent(const TextDocument &doc, const QRect &selected, int cursorLine)
 {
     if (isEmptySelection(selected))
         return {cursorLine, cursorLine + 1};
-    const Selection selection(selected);
+    const Selection selection(doc, selected);
     const bool leavesLast = selection.end == 0 && selection.normal.height() > 1;
     const int behind = selection.normal.bottom() + (leavesLast ? 0 : 1);
     // Another view may have removed lines that are selected in this one.
-    return {selection.normal.top(), std::min(behind, lastLine + 1)};
+    return {selection.normal.top(), std::min(behind, doc.lastLine() + 1)};
 }
 
 } // namespace
@@ -103,7 +104,8 @@ void TextDocument::insert(const QString &s, int line, int column)
     if (isReadOnly())
         return;
     d->preferCursor(&line, &column);
-    macroBegin(QLatin1String("insert ") + s, line, column);
+    column = d->wholeColumn(line, column);
+    macroBegin(QLatin1String("insert ") + s.left(maxShown), line, column);
     const TextEditorManager &m = *d->m;
     const QList<QStringView> parts = QStringView(s).split(lineBreak);
     const bool flows = !m.fVerticalSelection && !m.fOvr;
@@ -114,19 +116,20 @@ void TextDocument::insert(const QString &s, int line, int column)
         const bool isWholeLine = flows && i > 0 && !isLast;
         if (isWholeLine)
             makeLine(line);
-        const QString ins = d->expandedTabs(parts.at(i), line, column);
+        const int at = d->wholeColumn(line, column);
+        const QString ins = d->expandedTabs(parts.at(i), line, at);
         const int length = int(ins.length());
         if (m.fOvr)
-            cmdReplace(line, column, length, ins);
+            cmdReplace(line, at, length, ins);
         else if (length > 0)
-            cmdInsert(line, column, ins);
+            cmdInsert(line, at, ins);
         if (isLast) {
-            column += length;
+            column = at + length;
             break;
         }
         if (!m.fVerticalSelection) {
             if (!isWholeLine)
-                cmdInsertLineBreak(line, column + length);
+                cmdInsertLineBreak(line, at + length);
             column = 0;
         }
         ++line;
@@ -149,6 +152,7 @@ void TextDocument::insertLineBreak(int line, int column)
     if (isReadOnly())
         return;
     d->preferCursor(&line, &column);
+    column = d->wholeColumn(line, column);
     macroBegin(QStringLiteral("break line"), line, column);
     const TextLine *broken = lineOf(line);
     // A colon at the end opens a block.
@@ -183,7 +187,7 @@ void TextDocument::del(int line, int column)
         return;
     d->preferCursor(&line, &column);
     if (column < textLength(line)) {
-        cmdRemove(line, column, isPair(*lineOf(line), column) ? 2 : 1);
+        cmdRemove(line, column, 1);
     } else if (line < lastLine()) {
         macroBegin(QStringLiteral("delete line break"), line, column);
         cmdRemoveLineBreak(line);
@@ -212,7 +216,7 @@ int TextDocument::Private::backspaceLength(int line, int column) const
     const int pos = textLine.firstChar();
     const bool isInIndent = pos == -1 || pos >= column;
     if (!m->fBackspaceIndent || !isInIndent)
-        return isPair(textLine, column - 2) ? 2 : 1;
+        return 1;
     int indent = 0;
     for (int above = line - 1; above >= 0; --above) {
         const int first = contents[above]->firstChar();
@@ -231,6 +235,9 @@ void TextDocument::removeText(int fromLine, int fromColumn, int toLine, int toCo
         std::swap(fromLine, toLine);
         std::swap(fromColumn, toColumn);
     }
+    const bool isEmpty = fromLine == toLine && fromColumn == toColumn;
+    if (!isEmpty)
+        fromColumn = d->wholeColumn(fromLine, fromColumn);
     if (fromLine == toLine) {
         cmdRemove(fromLine, fromColumn, toColumn - fromColumn);
     } else {
@@ -255,7 +262,7 @@ void TextDocument::indent()
         return;
     const EditorCursor *cursor = d->view->cursor();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
+    const LineSpan lines = linesToIndent(*this, selected, cursor->line());
     const QString ins = d->m->fSaveTab ? QString(tab) : blanks(spacesInTab());
     macroBegin(QStringLiteral("indent"), cursor->line(), cursor->column());
     for (int line = lines.first; line < lines.last; ++line)
@@ -270,7 +277,7 @@ void TextDocument::unindent()
         return;
     const EditorCursor *cursor = d->view->cursor();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(selected, cursor->line(), lastLine());
+    const LineSpan lines = linesToIndent(*this, selected, cursor->line());
     macroBegin(QStringLiteral("unindent"), cursor->line(), cursor->column());
     for (int line = lines.first; line < lines.last; ++line) {
         const TextLine *textLine = lineOf(line);
@@ -344,21 +351,23 @@ QString TextDocument::Private::blockSelection(int actions, const QRect &rect)
     const bool wantsText = actions & (SelectionCopy | SelectionText);
     const bool removes = actions & SelectionRemove;
     const QRect normal = ordered(rect);
-    const int column = normal.x();
-    const int length = normal.width() - 1;
+    const ColumnRange box{normal.left(), normal.right()};
+    const int first = std::max(0, normal.top());
     const int last = std::min(normal.bottom(), q->lastLine());
+    const int cursorColumn = wholeCharacters(*contents[first], box).from;
     QString text;
     if (removes)
         q->macroBegin(QStringLiteral("remove selection"), normal.bottom(), normal.right());
-    for (int line = std::max(0, normal.top()); line <= last; ++line) {
+    for (int line = first; line <= last; ++line) {
         const TextLine *textLine = contents[line];
-        if (wantsText && column < textLine->textLength())
-            text += QStringView(*textLine).mid(column, length) % lineBreak;
+        const ColumnRange columns = wholeCharacters(*textLine, box);
+        if (wantsText && columns.from < textLine->textLength())
+            text += QStringView(*textLine).mid(columns.from, columns.length()) % lineBreak;
         if (removes)
-            q->cmdRemove(line, column, length);
+            q->cmdRemove(line, columns.from, columns.length());
     }
     if (removes)
-        q->macroEnd(normal.y(), normal.x());
+        q->macroEnd(normal.y(), cursorColumn);
     text.chop(1);
     return text;
 }
@@ -367,7 +376,7 @@ QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
 {
     const bool wantsText = actions & (SelectionCopy | SelectionText);
     const bool removes = actions & SelectionRemove;
-    const Selection selection(rect);
+    const Selection selection(*q, rect);
     const QRect &normal = selection.normal;
     const int line = std::max(0, normal.top());
     if (removes)
@@ -399,6 +408,15 @@ QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
     if (removes)
         q->macroEnd(normal.y(), selection.start);
     return text;
+}
+
+// A column inside a surrogate pair becomes that of its start. A place past the
+// text stays as it is.
+int TextDocument::Private::wholeColumn(int line, int column) const
+{
+    if (line < 0 || line >= contents.size())
+        return column;
+    return splitsPair(*contents[line], column) ? column - 1 : column;
 }
 
 // The cursor of the active view goes before the arguments of an operation.

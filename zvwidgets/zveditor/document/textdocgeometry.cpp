@@ -1,3 +1,4 @@
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
@@ -369,7 +370,7 @@ int TextDocument::nextWrapPos(int line, int width, int from)
         end = lastSpace;
     else if (walk.x > width && end > 1)
         --end;
-    if (textLine->charAt(end).isLowSurrogate() && textLine->charAt(end - 1).isHighSurrogate())
+    if (splitsPair(*textLine, end))
         end = end - 1 > from ? end - 1 : end + 1;
     // A character wider than the row has to stay in it, or there were no end to
     // the rows.

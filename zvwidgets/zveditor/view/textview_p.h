@@ -163,8 +163,9 @@ struct TextView::Private
 
     // Selection and mouse
 
-    void markSelection();
+    void widen(QPoint *first, QPoint *second) const;
     bool splitsCharacter(const QPoint &position) const;
+    void markSelection();
     void publishSelection() const;
     QPoint positionAt(const QPoint &local) const;
     void keepPosition(const QMouseEvent *event, const QPoint &position);

@@ -1,3 +1,4 @@
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/fontglyphs.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editorcursor.h"
@@ -318,9 +319,14 @@ void TextView::Private::paintSelection(const RowPaint &row) const
     // At the start of a row the fill takes the free edge too.
     const int edge = x0 == 0 ? leftEdge : 0;
     if (manager->fVerticalSelection || a.y() == b.y()) {
-        const QRect box(QPoint(x0 - edge, 0), QSize(w + edge, fontHeight));
         // A box may be drawn from right to left.
-        row.painter.fillRect(w < 0 ? QRect(x0 + w, 0, -w, fontHeight) : box, color);
+        const ColumnRange columns =
+            wholeCharacters(row.text, {std::min(a.x(), b.x()), std::max(a.x(), b.x())});
+        const int left =
+            doc->textWidth(row.line, columns.from) - doc->textWidth(row.line, row.from);
+        const int right = doc->textWidth(row.line, columns.to) - doc->textWidth(row.line, row.from);
+        const int start = a.x() <= b.x() && left == 0 ? -leftEdge : left;
+        row.painter.fillRect(start, 0, right - start, fontHeight, color);
     }
     if (a.y() < row.line && b.y() == row.line && w + x0 > 0)
         row.painter.fillRect(-leftEdge, 0, w + x0 + leftEdge, fontHeight, color);

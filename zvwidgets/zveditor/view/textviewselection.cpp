@@ -35,6 +35,18 @@ bool inRect(const QRect &rect, int line, int column, bool vertical)
 
 } // namespace
 
+/// The ends of a selection widened to whole characters, which are what an edit
+/// takes. A box keeps its columns: each of its lines is widened by itself.
+void TextView::Private::widen(QPoint *first, QPoint *second) const
+{
+    const bool isBox = manager->fVerticalSelection && first->y() != second->y();
+    if (isBox || *first == *second || first->y() < 0 || second->y() > doc->lastLine())
+        return;
+    const int start = first->x();
+    first->setX(wholeCharacters(*doc->lineOf(first->y()), {start, start}).from);
+    second->setX(wholeCharacters(*doc->lineOf(second->y()), {-1, second->x()}).to);
+}
+
 /// Has the selected lines repainted.
 void TextView::Private::markSelection()
 {
@@ -62,11 +74,7 @@ void TextView::setSelection(const QPoint &from, const QPoint &to)
     QPoint second = to;
     if (second.y() < first.y() || (second.y() == first.y() && second.x() < first.x()))
         std::swap(first, second);
-    // A character is selected whole or not at all.
-    if (first != second && d->splitsCharacter(second))
-        ++second.rx();
-    if (d->splitsCharacter(first))
-        --first.rx();
+    d->widen(&first, &second);
     if (first == selected.topLeft() && second == selected.bottomRight())
         return;
     if (hasSelection())
@@ -88,7 +96,13 @@ void TextView::clearSelection()
 
 bool TextView::inSelected(int line, int column) const
 {
-    return inRect(selected, line, column, d->manager->fVerticalSelection);
+    const bool isVertical = d->manager->fVerticalSelection;
+    if (line < 0 || line > d->doc->lastLine())
+        return inRect(selected, line, column, isVertical);
+    // Both halves of one character are selected together.
+    const ColumnRange whole = wholeCharacters(*d->doc->lineOf(line), {column, column + 1});
+    return inRect(selected, line, whole.from, isVertical) ||
+           inRect(selected, line, whole.to - 1, isVertical);
 }
 
 void TextView::lockSelection()
