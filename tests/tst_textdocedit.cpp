@@ -8,7 +8,9 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
 
@@ -160,6 +162,8 @@ private slots:
     void editAtCursor();
     void selection_data();
     void selection();
+    void lineEnds_data();
+    void lineEnds();
     void readOnly_data();
     void readOnly();
     void copyFillsClipboard();
@@ -362,6 +366,49 @@ void TestTextDocEdit::selection()
     QCOMPARE(doc.text(), before);
     doc.undoStack()->redo();
     QCOMPARE(doc.text(), after);
+}
+
+// "l", "c" and "r" stand for LF, CRLF and CR.
+void TestTextDocEdit::lineEnds_data()
+{
+    const Rows<QString, Step, QString> row("before", "step", "after");
+    const auto removeLine = [](Fixture &f) { f.doc().removeLine(1); };
+    row("remove a line", "AlBcClD", removeLine, "AlClD");
+    row("enter within a line", "AlBBcC", enter(1, 1), "AlBcBcC");
+    row("enter at a line's start", "AlBBcC", enter(1, 0), "AlcBBcC");
+    row("enter in the last line", "ArBrClDD", enter(3, 1), "ArBrClDrD");
+    row("paste lines", "AlBBcClD", insert("1|2|3", 1, 1), "AlB1c2c3BcClD");
+    row("join two lines", "AlBcCrDlE", del(1, 1), "AlBCrDlE");
+    row("join to the last line", "AlBlCcD", del(2, 1), "AlBlCD");
+    row("remove lines", "AlBcCrDcElF", remove(0, 1, 3, 0), "ADcElF");
+    row("remove the first line", "AcBlClD", remove(0, 0, 1, 0), "BlClD");
+}
+
+void TestTextDocEdit::lineEnds()
+{
+    QFETCH(Step, step);
+    Fixture fixture(false);
+    TextDocument &doc = fixture.doc();
+    const auto bytes = [](const char *column) {
+        const QByteArray ends =
+            static_cast<QString *>(QTest::qData(column, QMetaType::QString))->toUtf8();
+        return QByteArray(ends).replace('c', "\r\n").replace('l', '\n').replace('r', '\r');
+    };
+    const QTemporaryDir dir;
+    const auto saved = [&] {
+        const QString path = dir.filePath(u"text"_s);
+        return doc.saveFile(path) ? readFile(path) : QByteArray("not saved");
+    };
+    QByteArray before = bytes("before");
+    QBuffer buffer(&before);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    QVERIFY(doc.load(buffer));
+    step(fixture);
+    QCOMPARE(saved(), bytes("after"));
+    doc.undoStack()->undo();
+    QCOMPARE(saved(), before);
+    doc.undoStack()->redo();
+    QCOMPARE(saved(), bytes("after"));
 }
 
 void TestTextDocEdit::readOnly_data()

@@ -98,8 +98,13 @@ public:
     /// The steps undone, the next one to redo first; a macro is one row.
     QStringList redoList() const;
     bool isClean() const;
-    /// True while undo() or redo() runs commands; commandExecuted() follows.
-    bool isReplaying() const { return m_replaying; }
+    bool hasOpenMacro() const { return m_macro_nest > 0; }
+    /// True while a macro is open or while undo() or redo() runs commands: more
+    /// is to come before commandExecuted() tells of it.
+    bool isExecuting() const { return hasOpenMacro() || m_replaying; }
+    /// The command that the next undo takes back, in an open macro its last one;
+    /// null if there is none. Owned by the stack.
+    QtCommand *current() const { return commandAt(m_current_iter); }
 
     QAction *createUndoAction(QWidget *parent);
     QAction *createRedoAction(QWidget *parent);
@@ -125,7 +130,6 @@ private:
     using Commands = std::vector<std::unique_ptr<QtCommand>>;
 
     QtCommand *commandAt(int index) const;
-    QtCommand *current() const { return commandAt(m_current_iter); }
     int lastIndex() const { return int(m_commands.size()) - 1; }
     void moveToLast() { m_current_iter = lastIndex(); }
     void dropRedoTail();

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/textline.h"
+
+#include <vector>
 
 namespace zvwidgets {
 
@@ -61,7 +64,7 @@ private:
     QString oldText;
 };
 
-/// Inserts an empty line.
+/// Inserts an empty line. Its line end is that of the line above.
 class CmdMakeLine : public QtCommand
 {
     Q_OBJECT
@@ -77,8 +80,8 @@ private:
     const int line;
 };
 
-/// Removes a whole line. Undo brings back its text, not its marks, margins,
-/// pixmap, colour or the fold that began on it.
+/// Removes a whole line. Undo brings back its text and its line end, not its
+/// marks, margins, pixmap, colour or the fold that began on it.
 class CmdRemoveLine : public QtCommand
 {
     Q_OBJECT
@@ -93,6 +96,58 @@ private:
     TextDocument *const doc;
     const int line;
     QString oldText;
+    LineEnd oldEnd = LineEnd::Document;
+};
+
+/// What one of the commands above does, or a new line end, as one of many in a
+/// batch.
+struct TextEdit
+{
+    enum class Kind : quint8
+    {
+        Insert,
+        Remove,
+        MakeLine,
+        RemoveLine,
+        SetLineEnd
+    };
+
+    Kind kind;
+    /// Of a removed line; for SetLineEnd the one that isn't in force.
+    LineEnd end = LineEnd::Document;
+    int line = 0;
+    int column = 0;
+    /// Of the text inserted or removed. A removal takes at most what there is.
+    int length = 0;
+};
+
+static_assert(sizeof(TextEdit) <= 16, "millions of these are held");
+
+/// The edits between two markers of a macro, in order. A macro may edit each of
+/// millions of lines, and a command of its own for each would need many times
+/// the memory of the text.
+class CmdBatch : public QtCommand
+{
+    Q_OBJECT
+public:
+    explicit CmdBatch(TextDocument *doc);
+
+    /// Does \a edit and appends it; \a text is what an Insert puts in. Only while
+    /// this is the last command of an open macro.
+    void run(TextEdit edit, const QString &text);
+    /// Gives back memory that was kept for more edits.
+    void squeeze();
+
+    void redo() override;
+    void undo() override;
+
+private:
+    void undo(TextEdit *edit, QStringView text);
+
+    TextDocument *const doc;
+    std::vector<TextEdit> edits;
+    /// What they put in or took away, joined.
+    QString texts;
 };
 
 } // namespace zvwidgets

@@ -4,6 +4,7 @@
 #include "zvwidgets/zveditor/textfolding.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zvwidgets {
 
@@ -17,6 +18,82 @@ void lineChanged(TextDocument *doc, int line, int column)
 {
     doc->updateLine(line, column);
     doc->folding()->ensureLineVisible(line);
+}
+
+void insertText(TextDocument *doc, int line, int column, const QString &text)
+{
+    if (!text.isEmpty()) {
+        doc->lineOf(line)->insertText(column, text);
+        lineChanged(doc, line, column);
+    }
+    doc->setMacroCursorPosition(line, column + int(text.length()));
+}
+
+void takeInsertedText(TextDocument *doc, int line, int column, int length)
+{
+    if (length > 0) {
+        doc->lineOf(line)->removeText(column, length);
+        lineChanged(doc, line, column);
+    }
+    doc->setMacroCursorPosition(line, column);
+}
+
+/// How much of \a length there is from \a column on.
+int lengthToRemove(const TextLine &line, int column, int length)
+{
+    return std::max(0, std::min(length, line.textLength() - column));
+}
+
+void removeText(TextDocument *doc, int line, int column, int length)
+{
+    doc->lineOf(line)->removeText(column, length);
+    doc->setMacroCursorPosition(line, column);
+    lineChanged(doc, line, column);
+}
+
+void bringBackText(TextDocument *doc, int line, int column, const QString &text)
+{
+    doc->lineOf(line)->insertText(column, text);
+    doc->setMacroCursorPosition(line, column + int(text.length()));
+    lineChanged(doc, line, column);
+}
+
+void makeLine(TextDocument *doc, int line)
+{
+    doc->m_insertLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+void takeLine(TextDocument *doc, int line)
+{
+    doc->m_removeLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+/// \a text shares nothing.
+void bringBackLine(TextDocument *doc, int line, const QString &text, LineEnd end)
+{
+    doc->m_insertLine(line);
+    doc->lineOf(line)->set(text);
+    doc->lineOf(line)->setLineEnd(end);
+    // Inserting only counted on an empty line.
+    doc->updateLine(line);
+    doc->setMacroCursorPosition(line, 0);
+}
+
+/// Gives the line the end that \a edit names, and notes there the one it had.
+void swapEnds(TextDocument *doc, TextEdit *edit)
+{
+    TextLine *const line = doc->lineOf(edit->line);
+    const LineEnd old = line->lineEnd();
+    line->setLineEnd(edit->end);
+    edit->end = old;
+}
+
+/// Refers to the characters of \a text, which must outlive it.
+QString shared(QStringView text)
+{
+    return QString::fromRawData(text.data(), text.size());
 }
 
 /// A copy that shares nothing with the line, whose text may be part of a block
@@ -43,20 +120,12 @@ CmdInsert::CmdInsert(TextDocument *document, int atLine, int atColumn, const QSt
 
 void CmdInsert::redo()
 {
-    if (!text.isEmpty()) {
-        doc->lineOf(line)->insertText(column, text);
-        lineChanged(doc, line, column);
-    }
-    doc->setMacroCursorPosition(line, column + int(text.length()));
+    insertText(doc, line, column, text);
 }
 
 void CmdInsert::undo()
 {
-    if (!text.isEmpty()) {
-        doc->lineOf(line)->removeText(column, int(text.length()));
-        lineChanged(doc, line, column);
-    }
-    doc->setMacroCursorPosition(line, column);
+    takeInsertedText(doc, line, column, int(text.length()));
 }
 
 bool CmdInsert::mergeMeWith(QtCommand *)
@@ -80,21 +149,17 @@ CmdRemove::CmdRemove(TextDocument *document, int atLine, int atColumn, int remov
 
 void CmdRemove::redo()
 {
-    TextLine *const target = doc->lineOf(line);
-    length = std::max(0, std::min(length, target->textLength() - column));
+    const TextLine *const target = doc->lineOf(line);
+    length = lengthToRemove(*target, column, length);
     oldText = length > 0 ? copyOf(target, column, length) : QString();
-    target->removeText(column, length);
-    doc->setMacroCursorPosition(line, column);
-    lineChanged(doc, line, column);
+    removeText(doc, line, column, length);
     hasRun = true;
     resetDescription();
 }
 
 void CmdRemove::undo()
 {
-    doc->lineOf(line)->insertText(column, oldText);
-    doc->setMacroCursorPosition(line, column + int(oldText.length()));
-    lineChanged(doc, line, column);
+    bringBackText(doc, line, column, oldText);
 }
 
 bool CmdRemove::mergeMeWith(QtCommand *)
@@ -113,14 +178,12 @@ CmdMakeLine::CmdMakeLine(TextDocument *document, int atLine)
 
 void CmdMakeLine::redo()
 {
-    doc->m_insertLine(line);
-    doc->setMacroCursorPosition(line, 0);
+    makeLine(doc, line);
 }
 
 void CmdMakeLine::undo()
 {
-    doc->m_removeLine(line);
-    doc->setMacroCursorPosition(line, 0);
+    takeLine(doc, line);
 }
 
 bool CmdMakeLine::mergeMeWith(QtCommand *)
@@ -136,22 +199,106 @@ void CmdRemoveLine::redo()
 {
     const TextLine *const target = doc->lineOf(line);
     oldText = copyOf(target, 0, target->textLength());
-    doc->m_removeLine(line);
-    doc->setMacroCursorPosition(line, 0);
+    oldEnd = target->lineEnd();
+    takeLine(doc, line);
 }
 
 void CmdRemoveLine::undo()
 {
-    doc->m_insertLine(line);
-    doc->lineOf(line)->set(oldText);
-    // Inserting only counted on an empty line.
-    doc->updateLine(line);
-    doc->setMacroCursorPosition(line, 0);
+    bringBackLine(doc, line, oldText, oldEnd);
 }
 
 bool CmdRemoveLine::mergeMeWith(QtCommand *)
 {
     return false;
+}
+
+CmdBatch::CmdBatch(TextDocument *document) : QtCommand(QString(), false), doc(document)
+{}
+
+void CmdBatch::run(TextEdit edit, const QString &text)
+{
+    switch (edit.kind) {
+    case TextEdit::Kind::Insert:
+        edit.length = int(text.length());
+        texts += text;
+        insertText(doc, edit.line, edit.column, text);
+        break;
+    case TextEdit::Kind::Remove: {
+        const TextLine &target = *doc->lineOf(edit.line);
+        edit.length = lengthToRemove(target, edit.column, edit.length);
+        texts += QStringView(target).mid(edit.column, edit.length);
+        removeText(doc, edit.line, edit.column, edit.length);
+        break;
+    }
+    case TextEdit::Kind::MakeLine:
+        makeLine(doc, edit.line);
+        break;
+    case TextEdit::Kind::RemoveLine: {
+        const TextLine &target = *doc->lineOf(edit.line);
+        edit.length = target.textLength();
+        edit.end = target.lineEnd();
+        texts += QStringView(target);
+        takeLine(doc, edit.line);
+        break;
+    }
+    case TextEdit::Kind::SetLineEnd:
+        swapEnds(doc, &edit);
+        break;
+    }
+    edits.push_back(edit);
+}
+
+void CmdBatch::squeeze()
+{
+    edits.shrink_to_fit();
+    texts.squeeze();
+}
+
+// What a removal takes is only known once it runs, so everything is noted anew.
+void CmdBatch::redo()
+{
+    const std::vector<TextEdit> todo = std::exchange(edits, {});
+    const QString before = std::exchange(texts, {});
+    edits.reserve(todo.size());
+    texts.reserve(before.size());
+    qsizetype at = 0;
+    for (const TextEdit &edit : todo) {
+        const bool inserts = edit.kind == TextEdit::Kind::Insert;
+        run(edit, inserts ? shared(QStringView(before).mid(at, edit.length)) : QString());
+        at += edit.length;
+    }
+}
+
+void CmdBatch::undo()
+{
+    QStringView rest(texts);
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        const QStringView text = rest.last(edit->length);
+        rest.chop(edit->length);
+        undo(&*edit, text);
+    }
+}
+
+void CmdBatch::undo(TextEdit *edit, QStringView text)
+{
+    switch (edit->kind) {
+    case TextEdit::Kind::Insert:
+        takeInsertedText(doc, edit->line, edit->column, edit->length);
+        break;
+    case TextEdit::Kind::Remove:
+        bringBackText(doc, edit->line, edit->column, shared(text));
+        break;
+    case TextEdit::Kind::MakeLine:
+        takeLine(doc, edit->line);
+        break;
+    case TextEdit::Kind::RemoveLine:
+        bringBackLine(doc, edit->line, text.toString(), edit->end);
+        break;
+    case TextEdit::Kind::SetLineEnd:
+        swapEnds(doc, edit);
+        break;
+    }
 }
 
 } // namespace zvwidgets

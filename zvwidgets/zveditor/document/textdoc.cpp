@@ -29,7 +29,6 @@ void TextDocument::Private::freeLines()
 void TextDocument::Private::reset()
 {
     q->tagAll();
-    openMacros = 0;
     undoStack->clear();
     freeLines();
     format = TextFormat();
@@ -42,7 +41,48 @@ void TextDocument::Private::reset()
 
 bool TextDocument::Private::isExecuting() const
 {
-    return openMacros > 0 || undoStack->isReplaying();
+    return undoStack->isExecuting();
+}
+
+void TextDocument::Private::run(const TextEdit &edit, const QString &text)
+{
+    if (!undoStack->hasOpenMacro()) {
+        undoStack->push(command(edit, text));
+        return;
+    }
+    CmdBatch *batch = openBatch();
+    if (!batch) {
+        batch = new CmdBatch(q);
+        undoStack->push(batch);
+    }
+    batch->run(edit, text);
+}
+
+// The command that does \a edit by itself.
+QtCommand *TextDocument::Private::command(const TextEdit &edit, const QString &text) const
+{
+    switch (edit.kind) {
+    case TextEdit::Kind::Insert:
+        return new CmdInsert(q, edit.line, edit.column, text);
+    case TextEdit::Kind::Remove:
+        return new CmdRemove(q, edit.line, edit.column, edit.length);
+    case TextEdit::Kind::MakeLine:
+        return new CmdMakeLine(q, edit.line);
+    case TextEdit::Kind::RemoveLine:
+        return new CmdRemoveLine(q, edit.line);
+    case TextEdit::Kind::SetLineEnd:
+        break;
+    }
+    return nullptr;
+}
+
+// The batch that the open macro ends with; null if it ends with something else,
+// or if the clean state would grow with the batch.
+CmdBatch *TextDocument::Private::openBatch() const
+{
+    QtCommand *const last = undoStack->current();
+    const bool isBatch = last && last->metaObject() == &CmdBatch::staticMetaObject;
+    return isBatch && !undoStack->isClean() ? static_cast<CmdBatch *>(last) : nullptr;
 }
 
 void TextDocument::Private::rescan(int start, int end)
@@ -415,7 +455,6 @@ void TextDocument::documentChanged(bool isModified)
 
 void TextDocument::macroBegin(const QString &description)
 {
-    ++d->openMacros;
     d->undoStack->push(
         new QtCommand(QtCommand::MacroBegin, stepDescription(QLatin1String(), description), true));
 }
@@ -428,7 +467,10 @@ void TextDocument::macroBegin(const QString &description, int line, int column)
 
 void TextDocument::macroEnd()
 {
-    d->openMacros = std::max(0, d->openMacros - 1);
+    if (d->undoStack->hasOpenMacro()) {
+        if (CmdBatch *const batch = d->openBatch())
+            batch->squeeze();
+    }
     d->undoStack->push(new QtCommand(QtCommand::MacroEnd, QString(), false));
 }
 
@@ -459,7 +501,7 @@ void TextDocument::macroExecuted()
 
 void TextDocument::cmdInsert(int line, int column, const QString &text)
 {
-    d->undoStack->push(new CmdInsert(this, line, d->wholeColumn(line, column), text));
+    d->run({TextEdit::Kind::Insert, LineEnd::Document, line, d->wholeColumn(line, column)}, text);
 }
 
 void TextDocument::cmdRemove(int line, int column, int length)
@@ -467,7 +509,7 @@ void TextDocument::cmdRemove(int line, int column, int length)
     ColumnRange columns{column, column + std::max(0, length)};
     if (length > 0)
         columns = wholeCharacters(*lineOf(line), columns);
-    d->undoStack->push(new CmdRemove(this, line, columns.from, columns.length()));
+    d->run({TextEdit::Kind::Remove, LineEnd::Document, line, columns.from, columns.length()});
 }
 
 void TextDocument::cmdReplace(int line, int column, int length, const QString &text)
@@ -499,6 +541,7 @@ void TextDocument::cmdRemoveLineBreak(int line)
     macroBegin(QStringLiteral("remove line break"));
     const int column = textLength(line);
     const TextLine *next = lineOf(line + 1);
+    const LineEnd lowerEnd = next->lineEnd();
     const bool isBlank = lineOf(line)->firstChar() == -1;
     if (isBlank) {
         cmdInsert(line, column, QStringView(*next).toString());
@@ -511,17 +554,20 @@ void TextDocument::cmdRemoveLineBreak(int line)
         cmdInsert(line, column, stripped);
     }
     removeLine(line + 1);
+    // It is the upper line's break that went.
+    if (lineOf(line)->lineEnd() != lowerEnd)
+        d->run({TextEdit::Kind::SetLineEnd, lowerEnd, line});
     macroEnd(line, column);
 }
 
 void TextDocument::makeLine(int line)
 {
-    d->undoStack->push(new CmdMakeLine(this, line));
+    d->run({TextEdit::Kind::MakeLine, LineEnd::Document, line});
 }
 
 void TextDocument::removeLine(int line)
 {
-    d->undoStack->push(new CmdRemoveLine(this, line));
+    d->run({TextEdit::Kind::RemoveLine, LineEnd::Document, line});
 }
 
 void TextDocument::m_insertLine(int line)
@@ -535,6 +581,9 @@ void TextDocument::m_insertLine(int line)
         made->setContext(above->context());
         made->resetHighlight(above->context());
     }
+    // The new line break is one like that of the line it parts.
+    if (!d->contents.isEmpty())
+        made->setLineEnd(lineOf(std::max(0, line - 1))->lineEnd());
     d->contents.insert(line, made.release());
     d->linesInserted(line);
     d->newDocGeometry = true;

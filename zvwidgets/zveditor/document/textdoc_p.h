@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zvwidgets/zveditor/textcommands.h"
 #include "zvwidgets/zveditor/textdoc.h"
 
 #include <QHash>
@@ -54,6 +55,11 @@ struct TextDocument::Private
 
     /// Commands run whose end macroExecuted() will announce.
     bool isExecuting() const;
+    /// Does \a edit as a command of its own or, in a macro, as one of a batch;
+    /// \a text is what an Insert puts in.
+    void run(const TextEdit &edit, const QString &text = QString());
+    QtCommand *command(const TextEdit &edit, const QString &text) const;
+    CmdBatch *openBatch() const;
     void rescan(int start, int end);
     void markForScan(int line);
     void linesInserted(int line);
@@ -97,7 +103,6 @@ struct TextDocument::Private
     int macroCursorColumn = -1;
     LineRegion updateRegion;
     unsigned revision = 0;
-    int openMacros = 0;
     /// Holds every line that needs a scan, and others.
     LineRegion pendingScan;
     TextFormat format;
