@@ -111,9 +111,14 @@ void TestTextEditor::opensAndSaves()
     QCOMPARE(editor->filePath(), copy);
     QCOMPARE(readFile(copy), readFile(path));
 
+    editor->setText(u"p\nq"_s);
+    QVERIFY(editor->save());
+    QVERIFY2(readFile(copy).startsWith("p\r\nq"), "another text of the same file");
+
     editor->fileNew();
     QCOMPARE(editor->filePath(), QString());
     QCOMPARE(editor->text(), QString());
+    QCOMPARE(editor->document()->fileFormat().lineEnd, LineEnd::Lf);
     QTest::keyClick(view, Qt::Key_X);
     QVERIFY(!editor->save());
 }

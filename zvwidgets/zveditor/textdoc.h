@@ -113,7 +113,10 @@ public:
     /// document is read-only, answers false with \a error, and both the file
     /// and the modified flag stay as they were.
     [[nodiscard]] bool saveFile(const QString &path, QString *error = nullptr);
-    /// How the file was written, and will be.
+    /// The first character that the encoding of fileFormat() lacks, for which
+    /// saveFile() would fail; null if there is none.
+    QString unencodable() const;
+    /// How the file was written, and will be. It outlives the text: clear() keeps it.
     TextFormat fileFormat() const;
     void setFileFormat(const TextFormat &format);
 

@@ -31,7 +31,6 @@ void TextDocument::Private::reset()
     q->tagAll();
     undoStack->clear();
     freeLines();
-    format = TextFormat();
     q->m_insertLine(0);
     longestLine = nullptr;
     q->updateLine(0);

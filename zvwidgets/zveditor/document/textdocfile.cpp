@@ -127,10 +127,15 @@ bool TextDocument::saveFile(const QString &path, QString *error)
             *error = tr("The document is read-only");
         return false;
     }
-    if (!TextFile::save(path, d->contents, &d->format, error))
+    if (!TextFile::save(path, d->contents, d->format, error))
         return false;
     documentChanged(false);
     return true;
+}
+
+QString TextDocument::unencodable() const
+{
+    return TextFile::unencodable(d->contents, d->format);
 }
 
 TextFormat TextDocument::fileFormat() const

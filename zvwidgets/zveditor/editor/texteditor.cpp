@@ -137,6 +137,7 @@ QString TextEditor::errorString() const
 void TextEditor::fileNew()
 {
     d->doc->clear();
+    d->doc->setFileFormat({d->textCodec});
     setFilePath(QString());
 }
 

@@ -18,6 +18,11 @@ constexpr qsizetype blockCapacity = 32 * 1024;
 // memory back.
 constexpr qsizetype longLine = blockCapacity / 2;
 
+int sum(const std::array<int, 4> &ends)
+{
+    return std::accumulate(ends.begin(), ends.end(), 0);
+}
+
 constexpr WantedUnits endUnits = {u'\n', u'\r', u'\n', u'\r'};
 constexpr WantedUnits endUnitsAndTab = {u'\n', u'\r', u'\t', u'\t'};
 
@@ -150,7 +155,7 @@ LineEnd settleLineEnds(TextLineArray *lines, LineEnd firstEnd, const std::array<
     if (mostCommon == firstEnd)
         return mostCommon;
     // The last line has no end if the text stopped before.
-    const int ended = std::accumulate(ends.begin(), ends.end(), 0);
+    const int ended = sum(ends);
     for (int i = 0; i < ended; ++i) {
         TextLine *line = lines->at(i);
         if (line->lineEnd() == LineEnd::Document)
@@ -159,6 +164,11 @@ LineEnd settleLineEnds(TextLineArray *lines, LineEnd firstEnd, const std::array<
             line->setLineEnd(LineEnd::Document);
     }
     return mostCommon;
+}
+
+bool areAllEnded(const TextLineArray &lines, const std::array<int, 4> &ends)
+{
+    return !lines.isEmpty() && sum(ends) == lines.size();
 }
 
 } // namespace zvwidgets

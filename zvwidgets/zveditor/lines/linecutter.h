@@ -91,4 +91,7 @@ private:
 /// and returns the end most of them have. \a firstEnd and \a ends as in CutLines.
 LineEnd settleLineEnds(TextLineArray *lines, LineEnd firstEnd, const std::array<int, 4> &ends);
 
+/// True if there are lines and the text did not stop before the end of the last one.
+bool areAllEnded(const TextLineArray &lines, const std::array<int, 4> &ends);
+
 } // namespace zvwidgets

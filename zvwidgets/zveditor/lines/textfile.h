@@ -24,6 +24,8 @@ struct TextFormat
     /// The line end of new lines: the one most lines of the file have. Never
     /// LineEnd::Document.
     LineEnd lineEnd = LineEnd::Lf;
+    /// The last line has a line end too. A text without any line has none.
+    bool isLastLineEnded = false;
 };
 
 /// What goes along with the reading of a file.
@@ -48,9 +50,10 @@ struct ReadOptions
 /// edited is written with the bytes it was read from.
 ///
 /// A byte-order mark decides the encoding, else the wish of the caller counts.
-/// Bytes that don't decode make the whole file Latin-1, in which every byte
-/// stands for a character. CRLF, LF and CR end a line, and each line remembers
-/// its own end where the file mixes them.
+/// If bytes don't decode, a file that holds at least one valid sequence of several
+/// bytes is UTF-8, and each bad byte is kept as a code unit (see keptbytes.h); any
+/// other file is Latin-1, in which every byte stands for a character. CRLF, LF and CR
+/// end a line, and each line remembers its own end where the file mixes them.
 class TextFile
 {
     Q_DECLARE_TR_FUNCTIONS(zvwidgets::TextFile)
@@ -67,22 +70,26 @@ public:
                      TextFormat *format, QString *error, const ReadOptions &options = {});
 
     /// Reads the text that \a stream, which decodes, holds, as above; of
-    /// \a format only the line end is known.
+    /// \a format only the line ends are known.
     static void read(QTextStream &stream, TextLineArray *lines, TextFormat *format);
 
-    /// Writes \a lines to \a device, which is open; the last line gets no line
-    /// end. Characters that Latin-1 lacks make the encoding in \a format UTF-8;
-    /// half of a surrogate pair alone, which no byte encoding but UTF-16 can
-    /// hold, is written as U+FFFD. False with \a error if not all was written.
-    static bool write(QIODevice &device, const TextLineArray &lines, TextFormat *format,
+    /// The first character of \a lines that the encoding of \a format lacks; null if
+    /// there is none, as in every encoding but Latin-1.
+    static QString unencodable(const TextLineArray &lines, const TextFormat &format);
+
+    /// Writes \a lines to \a device, which is open. Half of a surrogate pair alone,
+    /// which no byte encoding but UTF-16 can hold, is written as U+FFFD unless it
+    /// stands for a byte of UTF-8. A carriage return that would become one line end
+    /// with the line feed of an empty line after it is written as CRLF. False with
+    /// \a error if not all was written, or if a character is unencodable().
+    static bool write(QIODevice &device, const TextLineArray &lines, const TextFormat &format,
                       QString *error);
 
-    /// Writes \a lines to the file at \a path so that at every moment the old or
-    /// the new content is there whole, keeping its rights and owner, and the
-    /// link if it is one. False with \a error, the old file untouched, if that
+    /// Writes \a lines to the file at \a path, or the one it links to, as
+    /// saveContent() does. False with \a error, the old file untouched, if that
     /// cannot be done.
     [[nodiscard]] static bool save(const QString &path, const TextLineArray &lines,
-                                   TextFormat *format, QString *error);
+                                   const TextFormat &format, QString *error);
 };
 
 } // namespace zvwidgets

@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/lines/textfilereader.h"
 
+#include "zvwidgets/zveditor/lines/keptbytes.h"
 #include "zvwidgets/zveditor/lines/linepool.h"
 #include "zvwidgets/zveditor/lines/textlinearray.h"
 
@@ -58,12 +59,26 @@ public:
         return true;
     }
 
-    /// True if the text ended amidst a character.
-    bool isIncomplete() const { return state.remainingChars != 0; }
+    /// False if the text ended amidst a character.
+    bool finish(LineCutter &) const { return state.remainingChars == 0; }
 
 private:
     const bool isUtf32;
     const bool isBigEndian;
+};
+
+/// Understands every byte.
+class TolerantDecoder : public KeepingDecoder
+{
+public:
+    bool accepts(QByteArrayView) const { return true; }
+    bool hasError() const { return false; }
+    bool finish(LineCutter &cutter)
+    {
+        QChar *const start = cutter.room(leastRoom);
+        cutter.advance(KeepingDecoder::finish(start) - start);
+        return true;
+    }
 };
 
 // Reads until \a wanted bytes are there or the device ends: a short read must not cut
@@ -82,7 +97,8 @@ qint64 fill(QIODevice &device, char *bytes, qint64 wanted)
     return filled;
 }
 
-void decodeInto(LineCutter &cutter, StrictDecoder &decoder, QByteArrayView bytes)
+template <typename Decoder>
+void decodeInto(LineCutter &cutter, Decoder &decoder, QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
         // Every encoding makes at most one character of a byte; the margin is
@@ -132,9 +148,10 @@ struct TextFileReader::Helper
     std::jthread thread;
 };
 
-TextFileReader::TextFileReader(QIODevice &source, const TextFormat &wanted, TextLineArray *target,
-                               const ReadOptions &how)
+TextFileReader::TextFileReader(QIODevice &source, const TextFormat &wanted, BadBytes bad,
+                               TextLineArray *target, const ReadOptions &how)
     : format(wanted)
+    , badBytes(bad)
     , options(how)
     , device(source)
     , size(source.size())
@@ -191,8 +208,10 @@ TextFileReader::Outcome TextFileReader::read()
         helper->thread.join();
     for (const auto &helper : helpers)
         LinePool::adopt(&helper->slabs);
-    if (!isStopped())
+    if (!isStopped()) {
         mostCommonEnd = settleLineEnds(lines, firstEnd, ends);
+        lastLineIsEnded = areAllEnded(*lines, ends);
+    }
     return outcome;
 }
 
@@ -208,16 +227,20 @@ void TextFileReader::take(Chunk &chunk, LineCutter &cutter, const ReadOptions::F
                           QByteArray &buffer)
 {
     cutter.setTarget(&chunk.cut);
-    if (decode(chunk, cutter, follow, buffer))
+    const bool isDecoded =
+        badBytes == BadBytes::Keep
+            ? decode(chunk, cutter, follow, buffer, TolerantDecoder())
+            : decode(chunk, cutter, follow, buffer, StrictDecoder(format.encoding));
+    if (isDecoded)
         cutter.finish();
     chunk.followOn(follow);
     handOver(chunk, follow, true);
 }
 
+template <typename Decoder>
 bool TextFileReader::decode(Chunk &chunk, LineCutter &cutter, const ReadOptions::Follow &follow,
-                            QByteArray &buffer)
+                            QByteArray &buffer, Decoder decoder)
 {
-    StrictDecoder decoder(format.encoding);
     while (!isStopped()) {
         const qint64 got = readPart(chunk, buffer);
         if (got < 0) {
@@ -228,7 +251,7 @@ bool TextFileReader::decode(Chunk &chunk, LineCutter &cutter, const ReadOptions:
         const bool isAccepted = decoder.accepts(bytes);
         if (isAccepted)
             decodeInto(cutter, decoder, bytes);
-        if (!isAccepted || decoder.hasError() || (got == 0 && decoder.isIncomplete())) {
+        if (!isAccepted || decoder.hasError() || (got == 0 && !decoder.finish(cutter))) {
             stop(Outcome::Undecodable);
             return false;
         }

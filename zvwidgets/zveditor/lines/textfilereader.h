@@ -16,6 +16,13 @@ namespace zvwidgets {
 
 class TextLineArray;
 
+/// What becomes of bytes that the encoding gives no meaning to.
+enum class BadBytes
+{
+    Refuse,
+    Keep, ///< see keptbytes.h; for UTF-8 only
+};
+
 /// One try to read a device in one encoding.
 ///
 /// A large file is read in chunks that end behind a line feed. Each is decoded, cut
@@ -34,14 +41,16 @@ public:
 
     /// The device, at the place to read from, and \a lines, which is empty, have to
     /// outlive this object. Of \a format the encoding counts.
-    TextFileReader(QIODevice &device, const TextFormat &format, TextLineArray *lines,
-                   const ReadOptions &options);
+    TextFileReader(QIODevice &device, const TextFormat &format, BadBytes badBytes,
+                   TextLineArray *lines, const ReadOptions &options);
     ~TextFileReader();
 
     /// To be called once. With Outcome::Done all lines are there.
     [[nodiscard]] Outcome read();
     /// The line end that most lines have; after read().
     LineEnd lineEnd() const { return mostCommonEnd; }
+    /// Whether the last line has a line end; after read().
+    bool isLastLineEnded() const { return lastLineIsEnded; }
 
 private:
     struct Chunk;
@@ -52,8 +61,9 @@ private:
     void work(LineCutter &cutter, const ReadOptions::Follow &follow);
     void take(Chunk &chunk, LineCutter &cutter, const ReadOptions::Follow &follow,
               QByteArray &buffer);
+    template <typename Decoder>
     bool decode(Chunk &chunk, LineCutter &cutter, const ReadOptions::Follow &follow,
-                QByteArray &buffer);
+                QByteArray &buffer, Decoder decoder);
     void stop(Outcome reason) { outcome.store(reason, std::memory_order_relaxed); }
     bool isStopped() const { return outcome.load(std::memory_order_relaxed) != Outcome::Done; }
 
@@ -66,9 +76,11 @@ private:
     void mend(Chunk &chunk, const ReadOptions::Follow &follow) const;
 
     const TextFormat format;
+    const BadBytes badBytes;
     const ReadOptions options;
     std::atomic<Outcome> outcome = Outcome::Done;
     LineEnd mostCommonEnd = LineEnd::Lf;
+    bool lastLineIsEnded = false;
 
     /// Held by whoever uses the device and what follows here.
     std::mutex deviceMutex;
