@@ -37,6 +37,13 @@ CharKind kindOf(QChar c)
     return word ? CharKind::Word : CharKind::Other;
 }
 
+/// Moves from line to line keep the column that they want to return to.
+bool isVertical(EditorCursor::CursorAction action)
+{
+    return action == EditorCursor::MoveUp || action == EditorCursor::MoveDown ||
+           action == EditorCursor::MovePgUp || action == EditorCursor::MovePgDown;
+}
+
 /// First column from \a column on that is not of \a kind.
 int skipForward(QStringView text, int column, CharKind kind)
 {
@@ -54,6 +61,13 @@ int skipBackward(QStringView text, int column, CharKind kind)
     return column;
 }
 
+/// Where the cursor is, or where a move takes it.
+struct Place
+{
+    int line;
+    int column;
+};
+
 } // namespace
 
 struct EditorCursor::Private
@@ -62,6 +76,7 @@ struct EditorCursor::Private
     TextEditor *editor = nullptr;
     TextDocument *document = nullptr;
     TextEditorManager *manager = nullptr;
+
     int line = 0;
     int column = 0;
     int wantingColumn = 0;
@@ -81,13 +96,14 @@ struct EditorCursor::Private
     void makeViewActive();
     int column2wanted(int n, int col) const;
     int wanted2column(int n, int wanted) const;
-    void moveWordBackward(const EditorCursor *cursor);
-    void moveWordForward(const EditorCursor *cursor);
-    void moveBackward(const EditorCursor *cursor);
-    void moveForward(const EditorCursor *cursor);
-    void moveLineStart();
-    bool apply(const EditorCursor *cursor, CursorAction action);
-    void applyWantedColumn();
+    Place wordBackward(const EditorCursor *cursor, Place from) const;
+    Place wordForward(const EditorCursor *cursor, Place from) const;
+    Place backward(const EditorCursor *cursor, Place from) const;
+    Place forward(const EditorCursor *cursor, Place from) const;
+    Place lineStart(Place from) const;
+    Place endOf(int n) const { return {n, lengthOf(n)}; }
+    Place wantedPlace(int n) const;
+    Place movedBy(const EditorCursor *cursor, CursorAction action, Place from) const;
     void killTimer(EditorCursor *cursor);
     void hide(EditorCursor *cursor);
     bool runNavigationKey(EditorCursor *cursor, const QKeyEvent *event);
@@ -119,78 +135,63 @@ int EditorCursor::Private::wanted2column(int n, int wanted) const
     return low;
 }
 
-void EditorCursor::Private::moveBackward(const EditorCursor *cursor)
+Place EditorCursor::Private::backward(const EditorCursor *cursor, Place from) const
 {
-    if (manager->fCursorWrap && column == 0 && line != 0) {
-        line = cursor->prevVisibleLine(line);
-        column = lengthOf(line);
-    } else if (column > 0) {
-        --column;
-        if (splitsPair(textOf(line), column))
-            --column;
-    }
+    if (manager->fCursorWrap && from.column == 0 && from.line != 0)
+        return endOf(cursor->prevVisibleLine(from.line));
+    return {from.line, wholeColumn(from.line, std::max(from.column - 1, 0))};
 }
 
-void EditorCursor::Private::moveForward(const EditorCursor *cursor)
+Place EditorCursor::Private::forward(const EditorCursor *cursor, Place from) const
 {
-    if (manager->fCursorWrap && column >= lengthOf(line)) {
-        if (line < document->lastLine()) {
-            line = cursor->nextVisibleLine(line);
-            column = 0;
-        }
-        return;
+    if (manager->fCursorWrap && from.column >= lengthOf(from.line)) {
+        if (from.line < document->lastLine())
+            return {cursor->nextVisibleLine(from.line), 0};
+        return from;
     }
-    ++column;
-    if (splitsPair(textOf(line), column))
-        ++column;
+    const int next = from.column + 1;
+    return {from.line, splitsPair(textOf(from.line), next) ? next + 1 : next};
 }
 
 /// To the start of the word before the cursor, passing what is no word
-/// between; from behind the line's end to that end.
-void EditorCursor::Private::moveWordBackward(const EditorCursor *cursor)
+/// between; from after the line's end to that end.
+Place EditorCursor::Private::wordBackward(const EditorCursor *cursor, Place from) const
 {
-    if (column == 0) {
-        if (line != 0) {
-            line = cursor->prevVisibleLine(line);
-            column = lengthOf(line);
-        }
-        return;
-    }
-    const QStringView text = textOf(line);
-    if (column > text.size()) {
-        column = int(text.size());
-        return;
-    }
-    column = skipBackward(text, column, CharKind::Other);
-    column = skipBackward(text, column, CharKind::Word);
+    if (from.column == 0)
+        return from.line != 0 ? endOf(cursor->prevVisibleLine(from.line)) : from;
+    const QStringView text = textOf(from.line);
+    if (from.column > text.size())
+        return endOf(from.line);
+    const int wordEnd = skipBackward(text, from.column, CharKind::Other);
+    return {from.line, skipBackward(text, wordEnd, CharKind::Word)};
 }
 
-void EditorCursor::Private::moveWordForward(const EditorCursor *cursor)
+Place EditorCursor::Private::wordForward(const EditorCursor *cursor, Place from) const
 {
-    const QStringView text = textOf(line);
-    if (column < text.size()) {
-        column = skipForward(text, column, CharKind::Word);
-        column = skipForward(text, column, CharKind::Other);
-    } else if (line != document->lastLine()) {
-        line = cursor->nextVisibleLine(line);
-        column = 0;
+    const QStringView text = textOf(from.line);
+    if (from.column < text.size()) {
+        const int wordEnd = skipForward(text, from.column, CharKind::Word);
+        return {from.line, skipForward(text, wordEnd, CharKind::Other)};
     }
+    if (from.line != document->lastLine())
+        return {cursor->nextVisibleLine(from.line), 0};
+    return from;
 }
 
-void EditorCursor::Private::moveLineStart()
+Place EditorCursor::Private::lineStart(Place from) const
 {
-    const int first = document->lineOf(line)->firstChar();
-    column = first != column && manager->fSmartHome ? std::max(first, 0) : 0;
+    const int first = document->lineOf(from.line)->firstChar();
+    const bool isSmart = first != from.column && manager->fSmartHome;
+    return {from.line, isSmart ? std::max(first, 0) : 0};
 }
 
-/// Vertical moves never leave the cursor behind the end of a line.
-void EditorCursor::Private::applyWantedColumn()
+/// Where a vertical move to line \a n ends; never after the end of the line.
+Place EditorCursor::Private::wantedPlace(int n) const
 {
-    const int length = lengthOf(line);
-    if (wantingColumn < column2wanted(line, length))
-        column = wanted2column(line, wantingColumn);
-    else
-        column = length;
+    const int length = lengthOf(n);
+    if (wantingColumn < column2wanted(n, length))
+        return {n, wanted2column(n, wantingColumn)};
+    return {n, length};
 }
 
 void EditorCursor::Private::killTimer(EditorCursor *cursor)
@@ -357,71 +358,49 @@ void EditorCursor::Private::insertTyped(int atLine, int atColumn, const QString 
     document->cmdReplace(atLine, atColumn, length, text);
 }
 
-/// Moves the place. True for a move up or down, which leaves the column to the
-/// wanted one.
-bool EditorCursor::Private::apply(const EditorCursor *cursor, CursorAction action)
+Place EditorCursor::Private::movedBy(const EditorCursor *cursor, CursorAction action,
+                                     Place from) const
 {
     const int page = view->height() / std::max(view->lineHeight(), 1);
     const int lastLine = document->lastLine();
     switch (action) {
     case MoveBackward:
-        moveBackward(cursor);
-        return false;
+        return backward(cursor, from);
     case MoveForward:
-        moveForward(cursor);
-        return false;
+        return forward(cursor, from);
     case MoveWordBackward:
-        moveWordBackward(cursor);
-        return false;
+        return wordBackward(cursor, from);
     case MoveWordForward:
-        moveWordForward(cursor);
-        return false;
+        return wordForward(cursor, from);
     case MoveUp:
-        line = cursor->prevVisibleLine(line);
-        return true;
+        return wantedPlace(cursor->prevVisibleLine(from.line));
     case MoveDown:
-        line = cursor->nextVisibleLine(line);
-        return true;
+        return wantedPlace(cursor->nextVisibleLine(from.line));
     case MoveLineStart:
-        moveLineStart();
-        return false;
+        return lineStart(from);
     case MoveLineEnd:
-        column = lengthOf(line);
-        return false;
+        return endOf(from.line);
     case MoveHome:
-        line = 0;
-        column = 0;
-        return false;
+        return {0, 0};
     case MoveEnd:
-        line = lastLine;
-        column = lengthOf(lastLine);
-        return false;
+        return endOf(lastLine);
     case MovePgUp:
-        line = std::max(line - page, 0);
-        return true;
+        return wantedPlace(std::max(from.line - page, 0));
     case MovePgDown:
-        line = std::min(line + page, lastLine);
-        return true;
+        return wantedPlace(std::min(from.line + page, lastLine));
     }
-    return false;
+    return from;
 }
 
 void EditorCursor::move(CursorAction action, bool select)
 {
-    d->line = line();
-    const int oldLine = d->line;
-    const int oldColumn = d->column;
-    if (d->apply(this, action))
-        d->applyWantedColumn();
-    else
-        d->wantingColumn = d->column2wanted(d->line, d->column);
-    const int newLine = d->line;
-    const int newColumn = d->wholeColumn(newLine, d->column);
-    // The view takes the cursor's present place as the anchor of a selection.
-    d->line = oldLine;
-    d->column = oldColumn;
-    d->view->setCursorPositionInternal(newLine, newColumn, select);
-    set(newLine, newColumn, true);
+    const Place to = d->movedBy(this, action, {line(), d->column});
+    const int newColumn = d->wholeColumn(to.line, to.column);
+    if (!isVertical(action))
+        d->wantingColumn = d->column2wanted(to.line, newColumn);
+    // Takes the present place as the anchor of a new selection.
+    d->view->setCursorPositionInternal(to.line, newColumn, select);
+    set(to.line, newColumn, true);
 }
 
 void EditorCursor::set(int line, int column, bool update)
