@@ -9,6 +9,7 @@
 #include "qtundo/src/qtundo.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textmanager.h"
@@ -239,6 +240,32 @@ void longLinePage(benchmark::State &state)
     bench::sample(state, window.view(), 20, [&] { bench::press(window.view(), Qt::Key_PageDown); });
 }
 
+/// In a proportional font marks have no width, so that all of them are on screen.
+void marksKey(benchmark::State &state)
+{
+    const QFont font = manager().font();
+    manager().setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
+    {
+        const Window window({});
+        window.editor->setText(u'a' + QString(25000, QChar(0x0301)));
+        window.view()->setCursorPosition(0, 0, false);
+        bench::sample(state, window.view(), 20,
+                      [&] { bench::press(window.view(), Qt::Key_X, QStringLiteral("x")); });
+    }
+    manager().setFont(font);
+}
+
+/// A highlight with a background: blank lines have that of the text above them.
+void blankLinesKey(benchmark::State &state)
+{
+    const Window window({});
+    window.view()->hl->attribute(0)->usebg = true;
+    window.view()->hl->attribute(0)->bgcolor = Qt::yellow;
+    window.editor->setText(QString(2000000, u'\n'));
+    window.view()->setCursorPosition(window.document()->lastLine(), 0, false);
+    bench::sample(state, window.view(), 20, [&] { bench::press(window.view(), Qt::Key_Up); });
+}
+
 /// The files below the folder in VESK_BENCH_TREE, the system's headers if unset.
 const QStringList &treeFiles()
 {
@@ -291,6 +318,8 @@ BENCHMARK(searchExpression)->Unit(benchmark::kMillisecond);
 BENCHMARK(longLineOpen)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(longLineKey)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
 BENCHMARK(longLinePage)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(marksKey)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(blankLinesKey)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
