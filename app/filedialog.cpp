@@ -47,4 +47,13 @@ QString FileDialog::saveFileName(const QString &caption, const QString &dir, con
     return dialog.selectedFiles().value(0);
 }
 
+QString FileDialog::existingDirectory(QWidget *parent, const QString &caption, const QString &dir)
+{
+    QFileDialog dialog(parent, caption, dir);
+    prepare(dialog, QString());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
 } // namespace vesk

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+class QWidget;
+
 namespace vesk {
 
 /// The toolkit's own file dialogs over the main window, with the icons of the
@@ -18,6 +20,9 @@ QStringList openFileNames(const QString &caption, const QString &dir, const QStr
 /// gets the filter in use.
 QString saveFileName(const QString &caption, const QString &dir, const QString &filter,
                      QString *selectedFilter = nullptr);
+
+/// An existing folder; empty if the dialog is rejected. Over \a parent.
+QString existingDirectory(QWidget *parent, const QString &caption, const QString &dir);
 
 } // namespace FileDialog
 

@@ -1,14 +1,17 @@
 #include "app/editors/editors.h"
+#include "app/filetype.h"
 #include "app/search/filesearch.h"
 #include "app/search/searchinfiles.h"
 #include "tests/apptest.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QToolButton>
 #include <QtTest>
 
 #include <sys/resource.h>
@@ -108,9 +111,15 @@ private slots:
     void stopsInsideOfAFile();
     void stopsInsideOfAnExpression();
     void whatIsNoFileHasNoHits();
+    void walkReportsFilesThenFolders_data();
     void walkReportsFilesThenFolders();
+    void rowsComeInTheOrderOfTheFiles();
+    void slotsSearchOnTheirOwn();
     void walkEndsInACycleOfLinks();
     void rowsAreMarkedUp();
+    void longRowsAreCut();
+    void historyIsKept();
+    void folderIsChosen();
     void stopButtonEndsTheSearch();
     void missingFolderIsSaid();
 
@@ -348,22 +357,73 @@ void TestSearchInFiles::whatIsNoFileHasNoHits()
     QVERIFY(search({QString(), false, true, false}, write(u"some"_s, "a")).isEmpty());
 }
 
+void TestSearchInFiles::walkReportsFilesThenFolders_data()
+{
+    const Rows<QString, QStringList> row("masks", "files");
+    row("two masks, case told apart", u"*.txt; *.none"_s,
+        {u"C.txt"_s, u"a.txt"_s, u"b.txt"_s, u"sub/z.txt"_s});
+    row("none", u" "_s,
+        {u"C.txt"_s, u"[abc"_s, u"a.cpp"_s, u"a.txt"_s, u"b.txt"_s, u"Sub.txt/y.TXT"_s,
+         u"sub/z.txt"_s});
+    row("a set", u"[a-c].*"_s, {u"a.cpp"_s, u"a.txt"_s, u"b.txt"_s});
+    row("an open bracket is a character", u"[abc"_s, {u"[abc"_s});
+}
+
 void TestSearchInFiles::walkReportsFilesThenFolders()
 {
-    for (const char *name :
-         {"b.txt", "a.txt", "C.txt", "a.cpp", "sub/z.txt", "Sub.txt/y.TXT", ".hidden/x.txt"})
+    QFETCH(QString, masks);
+    QFETCH(QStringList, files);
+    QTest::failOnWarning(QRegularExpression(u"."_s));
+    for (const char *name : {"b.txt", "a.txt", "C.txt", "a.cpp", "[abc", "sub/z.txt",
+                             "Sub.txt/y.TXT", ".hidden/x.txt"})
         write(QString::fromLatin1(name), "hit\n");
     SearchInFiles dialog;
     QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
-    ask(dialog, u"*.txt; *.none"_s);
+    ask(dialog, masks);
     dialog.buttonSearch->click();
-    QStringList files;
+    QStringList found;
     for (const QList<QVariant> &row : rows) {
         if (row[0].toString().startsWith(u"#bgcolor"_s))
-            files << row[2].toString().mid(path(u"tree"_s).size() + 1);
+            found << row[2].toString().mid(path(u"tree"_s).size() + 1);
     }
-    QCOMPARE(files, QStringList({u"C.txt"_s, u"a.txt"_s, u"b.txt"_s, u"sub/z.txt"_s}));
-    QCOMPARE(rows.size(), 8);
+    QCOMPARE(found, files);
+    QCOMPARE(rows.size(), 2 * files.size());
+}
+
+void TestSearchInFiles::rowsComeInTheOrderOfTheFiles()
+{
+    // The first files take the longest, and hold more than may wait.
+    QStringList expected;
+    for (int i = 0; i < 60; ++i) {
+        const QString file = u"%1"_s.arg(i, 2, 10, QChar(u'0'));
+        const int hits = i < 3 ? 100000 : i % 5;
+        const QString written = write(file, QByteArray("a hit\n").repeated(hits));
+        for (int line = 0; line <= hits && hits > 0; ++line)
+            expected << written + u':' + QString::number(qMax(line, 1));
+    }
+    SearchInFiles dialog;
+    QStringList rows;
+    connect(&dialog, &SearchInFiles::newEntry, this,
+            [&rows](const QString &, int line, const QString &file) {
+                rows << file + u':' + QString::number(line);
+            });
+    ask(dialog, QString());
+    dialog.buttonSearch->click();
+    QVERIFY(rows == expected);
+}
+
+void TestSearchInFiles::slotsSearchOnTheirOwn()
+{
+    const QString one = write(u"one"_s, "hit");
+    write(u"sub/two"_s, "hit\nhit");
+    SearchInFiles dialog;
+    QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
+    ask(dialog, QString());
+    dialog.cancelPressed(); // of nothing
+    dialog.processFile(one);
+    QCOMPARE(rows.size(), 2);
+    dialog.processDirectory(path(u"tree/sub"_s));
+    QCOMPARE(rows.size(), 5);
 }
 
 void TestSearchInFiles::walkEndsInACycleOfLinks()
@@ -394,9 +454,73 @@ void TestSearchInFiles::rowsAreMarkedUp()
         {u"   #color{#909090}2: #color{black}    a hit and #color{blue}hit#color{black}"_s, 2,
          path}};
     QCOMPARE(QList<QList<QVariant>>(rows), expected);
-    QCOMPARE(Settings::readList(u"/SearchInFiles/SearchStrings"_s), QStringList{u"hit"_s});
     dialog.comboSearch->setEditText(QString());
     QVERIFY(!dialog.buttonSearch->isEnabled());
+}
+
+void TestSearchInFiles::longRowsAreCut()
+{
+    const QByteArray half = QByteArray(600 * 1000, 'x');
+    const QByteArray line = QByteArray(100 * 1000, 'x') + "hit\n";
+    write(u"file"_s, half + "\thit" + half + "\n" + line.repeated(100));
+    SearchInFiles dialog;
+    QSignalSpy rows(&dialog, &SearchInFiles::newEntry);
+    ask(dialog, QString());
+    dialog.buttonSearch->click();
+    QCOMPARE(rows.size(), 102);
+    const QString start = u"   #color{#909090}%1: #color{black}"_s;
+    const QString end = u"#color{blue}hit#color{black}"_s;
+    QCOMPARE(rows[1][0].toString(),
+             start.arg(1) + QString(199, u'x') + u"    "_s + end + QString(200, u'x'));
+    QCOMPARE(rows[2][0].toString(), start.arg(2) + QString(100 * 1000, u'x') + end);
+    // Past some megabytes of a file all of its long rows are cut.
+    QCOMPARE(rows[101][0].toString(), start.arg(101) + QString(200, u'x') + end);
+}
+
+void TestSearchInFiles::historyIsKept()
+{
+    {
+        SearchInFiles dialog;
+        ask(dialog, u"*.one"_s);
+        dialog.buttonSearch->click();
+    }
+    {
+        SearchInFiles dialog;
+        QCOMPARE(dialog.comboDirectory->currentText(), path(u"tree"_s));
+        QCOMPARE(dialog.comboPattern->currentText(), u"*.one"_s);
+        ask(dialog, u"*.two"_s);
+        dialog.comboSearch->setEditText(u"other"_s);
+        dialog.buttonSearch->click();
+    }
+    const SearchInFiles dialog;
+    QCOMPARE(dialog.comboPattern->currentText(), u"*.two"_s);
+    QCOMPARE(dialog.comboPattern->itemText(0), u"*.two"_s);
+    QCOMPARE(dialog.comboPattern->itemText(1), u"*.one"_s);
+    QCOMPARE(dialog.comboSearch->itemText(0), u"other"_s);
+    QCOMPARE(dialog.comboSearch->itemText(1), u"hit"_s);
+}
+
+void TestSearchInFiles::folderIsChosen()
+{
+    write(u"sub/file"_s, "hit");
+    SearchInFiles dialog;
+    ask(dialog, QString());
+    dialog.show();
+    bool hasIcons = false;
+    for (const bool accept : {false, true}) {
+        QTimer::singleShot(0, &dialog, [&] {
+            auto *const chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QVERIFY(chooser);
+            QCOMPARE(chooser->directory().path(), path(u"tree"_s));
+            hasIcons = chooser->iconProvider() == FileTypeManager::self()->fileIconProvider();
+            chooser->selectFile(path(u"tree/sub"_s));
+            QDialog *const answered = chooser;
+            answered->done(accept ? QDialog::Accepted : QDialog::Rejected);
+        });
+        dialog.buttonDirectory->click();
+        QVERIFY(hasIcons);
+        QCOMPARE(dialog.comboDirectory->currentText(), path(accept ? u"tree/sub"_s : u"tree"_s));
+    }
 }
 
 void TestSearchInFiles::stopButtonEndsTheSearch()

@@ -14,10 +14,10 @@ constexpr uint rows = 500;
 /// each would take the machine's memory.
 constexpr qint64 text = 64 * 1024 * 1024;
 
-/// A row longer than this shows the whole line only while all such rows of one report
+/// A row longer than this shows the whole line only while all such rows of one file
 /// are within longRows: each hit of a long line makes a copy of the line.
 constexpr qsizetype longRow = 64 * 1024;
-constexpr qint64 longRows = 128 * 1024 * 1024;
+constexpr qint64 longRows = 8 * 1024 * 1024;
 /// A longer row never shows the whole line.
 constexpr qsizetype hugeRow = 1024 * 1024;
 /// What such rows show on either side of the hit.

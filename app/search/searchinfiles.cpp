@@ -1,30 +1,26 @@
 #include "app/search/searchinfiles.h"
 
-#include "app/editors/editors.h"
-#include "app/messages/messagelimits.h"
+#include "app/filedialog.h"
 #include "app/search/dialogparts.h"
-#include "app/search/filesearch.h"
+#include "app/search/treewalk.h"
 #include "app/settings.h"
+#include "app/shell.h"
 #include "app/utils.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
-#include <QFile>
-#include <QFileDialog>
+#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QToolButton>
 
-#include <algorithm>
-#include <dirent.h>
-#include <sys/stat.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -32,90 +28,8 @@ namespace vesk {
 
 namespace {
 
-/// The window gets its turn this often, in ms. Laying out a list that has changed as
-/// a whole takes it 10.
+/// The window gets its turn this often, in ms.
 constexpr int turn = 25;
-
-/// File name masks with "*", "?" and "[...]", separated by ";" if there is one,
-/// else by blanks.
-class NameFilter
-{
-public:
-    explicit NameFilter(const QString &masks)
-    {
-        const QChar separator = masks.contains(u';') ? u';' : u' ';
-        for (const QString &part : masks.split(separator, Qt::SkipEmptyParts)) {
-            const QString mask = part.trimmed();
-            if (mask == u"*")
-                all = true;
-            else if (!mask.isEmpty())
-                expressions << QRegularExpression::fromWildcard(mask, Qt::CaseSensitive);
-        }
-        all = all || expressions.isEmpty();
-    }
-
-    bool matches(const QString &name) const
-    {
-        return all || std::any_of(expressions.begin(), expressions.end(),
-                                  [&](const auto &each) { return each.match(name).hasMatch(); });
-    }
-
-private:
-    bool all = false;
-    QList<QRegularExpression> expressions;
-};
-
-/// The names in a folder, in order, links told by what they lead to.
-struct Listing
-{
-    QStringList files;
-    QStringList folders;
-};
-
-Listing list(const QString &path, const NameFilter &filter)
-{
-    Listing listing;
-    const QByteArray folder = QFile::encodeName(path);
-    DIR *dir = ::opendir(folder.constData());
-    if (!dir)
-        return listing;
-    while (const dirent *entry = ::readdir(dir)) {
-        if (entry->d_name[0] == '.')
-            continue;
-        unsigned char type = entry->d_type;
-        if (type == DT_LNK || type == DT_UNKNOWN) {
-            struct stat info;
-            if (::stat((folder + '/' + entry->d_name).constData(), &info) != 0)
-                continue;
-            type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
-        }
-        const QString name = QFile::decodeName(entry->d_name);
-        if (type == DT_DIR)
-            listing.folders << name;
-        else if (type == DT_REG && filter.matches(name))
-            listing.files << name;
-    }
-    ::closedir(dir);
-    listing.files.sort();
-    listing.folders.sort();
-    return listing;
-}
-
-using FolderId = std::pair<dev_t, ino_t>;
-
-bool folderId(const QString &path, FolderId *id)
-{
-    struct stat info;
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return false;
-    *id = {info.st_dev, info.st_ino};
-    return true;
-}
-
-QString below(const QString &folder, const QString &name)
-{
-    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
-}
 
 QComboBox *editableCombo(QWidget *parent, const QString &name)
 {
@@ -138,42 +52,7 @@ QStringList history(const QString &current, const QComboBox *combo)
 
 } // namespace
 
-struct SearchInFiles::Private
-{
-    std::unique_ptr<FileSearch> search; ///< only during a walk
-    std::unique_ptr<NameFilter> filter;
-    /// The folders on the way down to the one that is walked: entering one of
-    /// them again through a link would never end.
-    QList<FolderId> way;
-    QElapsedTimer sinceTurn;
-    QString current;
-    qint64 longRows = 0;
-
-    QString row(const FileSearch::Hit &hit);
-};
-
-QString SearchInFiles::Private::row(const FileSearch::Hit &hit)
-{
-    const qsizetype size = hit.line.size();
-    longRows += size > MessageLimits::longRow ? size : 0;
-    const bool isWhole = !hit.isPart && size <= MessageLimits::hugeRow &&
-                         (size <= MessageLimits::longRow || longRows <= MessageLimits::longRows);
-    const qsizetype around = isWhole ? size : MessageLimits::excerpt;
-    const qsizetype length = isWhole ? hit.length : qMin(hit.length, MessageLimits::longRow);
-    const qsizetype first = qMax<qsizetype>(0, hit.column - around);
-    QString text = u"   #color{#909090}"_s;
-    text += QString::number(hit.lineNumber);
-    text += u": #color{black}"_s;
-    text += hit.line.mid(first, hit.column - first);
-    text += u"#color{blue}"_s;
-    text += hit.line.mid(hit.column, length);
-    text += u"#color{black}"_s;
-    text += hit.line.mid(hit.column + length, around);
-    return text.replace(u'\t', u"    "_s);
-}
-
-SearchInFiles::SearchInFiles(QWidget *parent, const QString &name)
-    : QDialog(parent), d(std::make_unique<Private>())
+SearchInFiles::SearchInFiles(QWidget *parent, const QString &name) : QDialog(parent)
 {
     setObjectName(name.isEmpty() ? u"SearchInFiles"_s : name);
     setWindowTitle(tr("Search in files..."));
@@ -189,8 +68,6 @@ SearchInFiles::SearchInFiles(QWidget *parent, const QString &name)
     init();
     resize(QSize(406, 316).expandedTo(minimumSizeHint()));
 }
-
-SearchInFiles::~SearchInFiles() = default;
 
 void SearchInFiles::createWidgets()
 {
@@ -293,9 +170,8 @@ void SearchInFiles::searchStringChanged()
 
 void SearchInFiles::selectDirectory()
 {
-    const QString folder = QFileDialog::getExistingDirectory(
-        this, QString(), comboDirectory->currentText(),
-        QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+    const QString folder =
+        FileDialog::existingDirectory(this, QString(), comboDirectory->currentText());
     if (!folder.isEmpty())
         comboDirectory->setEditText(folder);
 }
@@ -314,29 +190,19 @@ void SearchInFiles::saveHistory()
 
 void SearchInFiles::searchPressed()
 {
-    // Also between a stop and the end of the walk, from within which this is called.
-    if (searching || d->search) {
+    // From within the search below.
+    if (searching) {
         canceled = true;
-        searching = false;
         return;
     }
     buttonSearch->setText(tr("Stop"));
     const QString dir = comboDirectory->currentText();
     saveHistory();
     labelProcessing->clear();
-    canceled = false;
     searching = true;
     if (QDir(dir).exists()) {
-        const SearchQuery query{comboSearch->currentText(), checkRegExp->isChecked(),
-                                checkCaseSensetive->isChecked(), checkWholeWord->isChecked()};
-        d->search = std::make_unique<FileSearch>(query, [this] { return goOn(); });
-        d->filter = std::make_unique<NameFilter>(comboPattern->currentText());
-        d->way.clear();
-        d->longRows = 0;
-        d->sinceTurn.start();
         // A folder without a name is the one that the program runs in.
         processDirectory(dir.isEmpty() ? u"."_s : dir);
-        d->search.reset();
     } else {
         QMessageBox box(QMessageBox::Warning, tr("warning"),
                         tr("The directory \n%1\n dosn't exist.").arg(dir), QMessageBox::Ok, this);
@@ -360,54 +226,48 @@ void SearchInFiles::reject()
     QDialog::reject();
 }
 
-bool SearchInFiles::goOn()
-{
-    if (canceled)
-        return false;
-    if (d->sinceTurn.elapsed() < turn)
-        return true;
-    labelProcessing->setText(d->current);
-    QApplication::processEvents();
-    d->sinceTurn.restart();
-    // Nobody reads the rows of a program that is on its way out.
-    if (!Editors::self()->current())
-        canceled = true;
-    return !canceled;
-}
-
 void SearchInFiles::processDirectory(const QString &path)
 {
-    FolderId id;
-    if (!d->filter || !folderId(path, &id) || d->way.contains(id))
-        return;
-    d->way.append(id);
-    const Listing listing = list(path, *d->filter);
-    for (const QString &name : listing.files) {
-        processFile(below(path, name));
-        if (canceled)
-            break;
-    }
-    for (const QString &name : listing.folders) {
-        if (canceled)
-            break;
-        processDirectory(below(path, name));
-    }
-    d->way.removeLast();
+    const auto walk = std::make_shared<TreeWalk>(path, comboPattern->currentText());
+    search([walk](QString *file, const FileSearch::GoOn &goOn) { return walk->next(file, goOn); });
 }
 
 void SearchInFiles::processFile(const QString &fname)
 {
-    d->current = fname;
-    if (!d->search || !goOn())
-        return;
-    bool foundSomething = false;
-    d->search->search(fname, [&](const FileSearch::Hit &hit) {
-        if (!foundSomething) {
-            foundSomething = true;
-            emit newEntry(u"#bgcolor{#d0d0d0} "_s + fname + u' ', 1, fname);
-        }
-        emit newEntry(d->row(hit), hit.lineNumber, fname);
+    search([rest = QStringList{fname}](QString *file, const FileSearch::GoOn &) mutable {
+        if (rest.isEmpty())
+            return false;
+        *file = rest.takeFirst();
+        return true;
     });
+}
+
+void SearchInFiles::search(const TreeSearch::NextFile &files)
+{
+    canceled = false;
+    TreeSearch tree({comboSearch->currentText(), checkRegExp->isChecked(),
+                     checkCaseSensetive->isChecked(), checkWholeWord->isChecked()},
+                    files);
+    QElapsedTimer sinceTurn;
+    sinceTurn.start();
+    const auto goOn = [&] {
+        if (!canceled && sinceTurn.hasExpired(turn)) {
+            labelProcessing->setText(tree.currentFile());
+            QApplication::processEvents();
+            sinceTurn.restart();
+            // Nobody reads the rows of a program that is on its way out.
+            canceled = canceled || Shell::self()->isLeaving();
+        }
+        return !canceled;
+    };
+    QList<TreeSearch::Row> rows;
+    while (goOn() && tree.take(&rows)) {
+        for (const TreeSearch::Row &row : std::exchange(rows, {})) {
+            emit newEntry(row.text, row.line, row.fileName);
+            if (!goOn())
+                return;
+        }
+    }
 }
 
 void SearchInFiles::setProjectFiles(const QString &root, const QStringList &files)

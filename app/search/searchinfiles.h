@@ -1,10 +1,9 @@
 #pragma once
 
-#include <QDialog>
-#include <QElapsedTimer>
-#include <QStringList>
+#include "app/search/treesearch.h"
 
-#include <memory>
+#include <QDialog>
+#include <QStringList>
 
 class QCheckBox;
 class QComboBox;
@@ -14,17 +13,14 @@ class QToolButton;
 
 namespace vesk {
 
-class FileSearch;
-
 /// The dialog that walks a folder tree and reports each hit as a row for the
-/// message list. It searches inside the click of its button and lets the window
-/// go on meanwhile, so that the same button stops it.
+/// message list. It stays inside the click of its button until the search has ended
+/// and lets the window go on meanwhile, so that the same button stops it.
 class SearchInFiles : public QDialog
 {
     Q_OBJECT
 public:
     explicit SearchInFiles(QWidget *parent = nullptr, const QString &name = QString());
-    ~SearchInFiles() override;
 
     QLabel *TextLabel2;
     QComboBox *comboSearch;
@@ -46,6 +42,8 @@ public:
 public slots:
     void init();
     void cancelPressed();
+    /// Reports the hits in a file, or in all below a folder, for what the dialog asks
+    /// for; returns at the end, or once the search was canceled.
     void processFile(const QString &fname);
     void processDirectory(const QString &path);
     /// Starts the search, or stops the one that runs.
@@ -61,19 +59,17 @@ signals:
     void newEntry(const QString &text, int line, const QString &fileName);
 
 private:
-    struct Private;
-
     void createWidgets();
     void layOutWidgets();
     void saveHistory();
-    /// Lets the window live now and then; false once the search was canceled.
-    bool goOn();
+    void search(const TreeSearch::NextFile &files);
 
     QString projectRoot;
     QStringList projectFiles;
+    /// The search under way shall end.
     bool canceled = false;
+    /// From the press of the button to the end of its search, stopped or not.
     bool searching = false;
-    const std::unique_ptr<Private> d;
 };
 
 } // namespace vesk
