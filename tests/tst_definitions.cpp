@@ -395,6 +395,24 @@ void TestDefinitions::words_data()
         "or readonly unset xor yield",
         "phpKeyword");
     row("DTML", "dtml", "<", "dtml-with dtml-var dtml-in", "dtmlTag");
+    row("PG/SQL", "pgsql", "",
+        "if loop while elsif exit raise perform foreach RETURNING OVER PARTITION WINDOW "
+        "concurrently "
+        "current_schema variadic materialized jsonb uuid tablesample",
+        "Keyword");
+    row("SQL", "sql", "",
+        "INDEX REPLACE return returns loop TRUNCATE boolean blob clob savepoint call new old",
+        "Keyword");
+    row("MY/SQL", "mysql", "",
+        "RETURNS temporary engine offset lines sql sqlexception sqlstate reads modifies schemas "
+        "release spatial low_priority distinctrow",
+        "Keyword");
+    row("PL/SQL", "plsql", "", "collect initial offline parallel accsess", "Keyword");
+    row("DB2/SQL", "db2", "", "replace bufferpool stogroup vcat priqty", "Keyword");
+    row("SB/SQL", "sbsql", "", "nullif work bulk errlvl level national output read shared",
+        "Keyword");
+    row("MSS/SQL", "msssql", "", "image try_convert", "Keyword");
+    row("Ch", "ch", "", "fprintf importf remvar showvar", "Keyword");
     row("tags of a library", "jsp", "<", "c:if jsp:useBean /c:if", "jspDirective");
 }
 
