@@ -362,6 +362,33 @@ void TestDefinitions::endOfLine_data()
     row("php: number sign", "php", "<?php\n# it's", "php");
     row("dtml: tag in a script's tag", "dtml", "<script src=\"<dtml-var a>/b.js\"></script>",
         "normal");
+    for (const char *key : {"cpp", "ch"}) {
+        const auto code = [&](const char *claim, const char *text, const char *context) {
+            row(qPrintable(QLatin1String(key) + ": "_L1 + QLatin1String(claim)), key, text,
+                context);
+        };
+        code("raw string", "a = R\"(b \"c/* \\)\" + LR\"()\";", "normal");
+        code("comment in a string", "a = \"/*\" // /*", "normal");
+        code("directive goes on", "#define a \"//\" '\"' \\", "preprocessor");
+        code("directive ends", "#define a '\"' <b>", "normal");
+        code("comment in a directive", "#define a /* b", "multiLineComment");
+        code("separators of digits", "a = 1'000'000; /* ' */ '\"'", "normal");
+    }
+    for (const char *key : {"sql", "db2", "pgsql", "plsql", "sbsql", "msssql"})
+        row(qPrintable(QLatin1String(key) + ": doubled quotes"_L1), key, "a = '' || 'it''''s -- b",
+            "string2");
+    row("mysql: escape", "mysql", "a = 'it\\'s -- b", "string2");
+    row("mysql: comment", "mysql", "a # it's", "normal");
+    row("pgsql: escape string", "pgsql", "a = E'\\'' || '", "string2");
+    row("msssql: brackets", "msssql", "a = [it's]", "normal");
+    row("java: text block", "java", "a = \"\"\"b \"c\" //", "string");
+    row("xml: section", "xml", "<a><![CDATA[ <b> --> \"", "cdata");
+    row("ruby: argument without brackets", "ruby", "a.scan /\"x/", "normal");
+    row("ruby: division", "ruby", "a / b + \"c / d", "multistring2");
+    row("ruby: character", "ruby", "a{?\"}; b", "normal");
+    row("ruby: words in braces", "ruby", "%Q{a #{b} c} + \"", "multistring2");
+    row("perl: variable of a sign", "perl", "$#a; $a =~ /\"/; # \"", "normal");
+    row("python: triple quotes", "python", "a = '''b", "multistring1");
     row("cfm: script", "cfm", "<cfscript>\n// set x</cfscript>", "normal");
 }
 
@@ -413,6 +440,12 @@ void TestDefinitions::words_data()
         "Keyword");
     row("MSS/SQL", "msssql", "", "image try_convert", "Keyword");
     row("Ch", "ch", "", "fprintf importf remvar showvar", "Keyword");
+    row("C++", "cpp", "", "alignof asm consteval constinit register typeid co_await", "Keyword");
+    row("hexadecimal fractions", "cpp", "", "0x1.8p3 0xAp-2f 1.5e3", "Float");
+    row("numbers of PHP", "php", "<?php ", "0b11 0xFF_FF", "phpHex");
+    row("names with signs", "ruby", "def ", "name? name! name= self.name? == <=> []= self.[]",
+        "FunctionDef");
+    row("pairs of quotes", "sql", "'", "''''", "Char");
     row("tags of a library", "jsp", "<", "c:if jsp:useBean /c:if", "jspDirective");
 }
 

@@ -103,6 +103,7 @@ int afterContinuedEmptyLine;
 #else
 #  pragma once
 #endif
+const char *raw = R"(a "b" // c)", *wide = u8R"(\)"; static_assert(alignof(int) == 0x1.8p1);
 
 } // namespace logging
 

@@ -80,6 +80,8 @@ lambda { loop { break } }
 hash = { :a => 1, 'b' => 2, c: /re/, "d" => %r{a"b} }
 File.open("x") { |f| f.gsub(/'/, '"') }
 puts [1, 2].map(&:to_s).join(', ') if true
+def self.valid?(x) = x.scan /"a/
+def ==(other) = [?", ?'}].include?(other) && other =~ %Q{x #{y} "z"} # "
 alias old new
 undef old
 BEGIN_TIME = Time.now
