@@ -177,6 +177,13 @@ void TestTabBar::scrollButtons()
     click(QPoint(2, 15));
     QCOMPARE(bar->currentTab(), 0);
     QVERIFY(!bar->tabRect(0).isNull());
+    // Fast clicks there count one by one.
+    bar->setCurrentTab(11);
+    click(QPoint(2, 15));
+    const int afterOne = bar->currentTab();
+    QTest::mouseDClick(bar, Qt::LeftButton, {}, QPoint(2, 15));
+    QTest::mouseRelease(bar, Qt::LeftButton, {}, QPoint(2, 15));
+    QCOMPARE(bar->currentTab(), afterOne - 1);
 }
 
 void TestTabBar::heldButtonRepeats()

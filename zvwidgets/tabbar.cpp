@@ -314,9 +314,10 @@ void TabBar::mouseReleaseEvent(QMouseEvent *event)
 
 void TabBar::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    const int tab = d->tabByPos(d->toBar(event->position()));
-    // Fast clicks on a button are clicks.
-    if (tab < 0)
+    const QPoint pos = d->toBar(event->position());
+    const int tab = d->tabByPos(pos);
+    // Fast clicks on a button are clicks, and so are those that scroll tab by tab.
+    if (tab < 0 || pos.x() < d->startPos())
         mousePressEvent(event);
     else
         emit tabDoubleClick(tab);
