@@ -3,6 +3,7 @@
 #include "app/editors/editors.h"
 #include "app/editors/editorslist.h"
 #include "app/editors/editorstab.h"
+#include "app/editors/zveditor/zveditor.h"
 #include "app/widgetstack.h"
 #include "tests/apptest.h"
 
@@ -19,6 +20,7 @@
 #include <QStatusBar>
 #include <QTest>
 #include <QToolButton>
+#include <QTranslator>
 
 #include <memory>
 
@@ -48,12 +50,19 @@ private slots:
     void saveAsAddsTheEnding_data();
     void saveAsAddsTheEnding();
     void saveAsDropsTheScheme();
+    void saveAsOntoAnotherTab_data();
+    void saveAsOntoAnotherTab();
+    void changeDuringTheSaveKeepsTheEditor();
     void failedSaveKeepsTheText_data();
     void failedSaveKeepsTheText();
     void saveAllAsksForNames();
+    void saveAllTellsEachFailure();
     void leaving_data();
     void leaving();
     void sessionComesBack();
+    void manyFilesAreOneChange();
+    void factoryInstalledTwice();
+    void namesAreTranslated();
     void neighboursWrapRound();
     void caption_data();
     void caption();
@@ -346,6 +355,58 @@ void TestEditors::saveAsDropsTheScheme()
     QCOMPARE(readFile(path(u"a.txt"_s)), QByteArray("X"));
 }
 
+void TestEditors::saveAsOntoAnotherTab_data()
+{
+    const Rows<bool, QString> row("isModified", "spelling");
+    row("unmodified tab closes", false, "a.txt");
+    row("by a link", false, "link.txt");
+    row("modified tab stops it", true, "a.txt");
+}
+
+void TestEditors::saveAsOntoAnotherTab()
+{
+    QFETCH(bool, isModified);
+    QFETCH(QString, spelling);
+    const QString file = write(u"a.txt"_s);
+    QVERIFY(QFile::link(file, path(u"link.txt"_s)));
+    open({"a.txt", "left", "other.txt"});
+    if (isModified) {
+        editors()->setCurrentEditor(editors()->editors().first());
+        type(u"A"_s);
+        editors()->prevEditor();
+    }
+    type(u"X"_s);
+    expectName(path(spelling));
+    responder->expect(QMessageBox::Yes);
+    editors()->saveAs();
+    QCOMPARE(readFile(file), QByteArray(isModified ? "text" : "Xtext"));
+    QCOMPARE(fileNames().join(u' '),
+             isModified ? u"a.txt left other.txt"_s : u"left "_s + spelling);
+    QCOMPARE(editors()->current(), editors()->editors().last());
+    QCOMPARE(editors()->current()->text(), u"Xtext"_s);
+    QCOMPARE(editors()->current()->isModified(), isModified);
+    QCOMPARE(statusText().contains(u"another tab"_s), isModified);
+    auto *const tab = shell->findChild<EditorsTab *>();
+    QCOMPARE(tab->count(), int(editors()->editors().size()));
+    QCOMPARE(tab->currentTab(), tab->lastTab(false));
+    // From now on this is the editor of that file.
+    editors()->open(file);
+    QCOMPARE(editors()->current()->text(), isModified ? u"Atext"_s : u"Xtext"_s);
+}
+
+void TestEditors::changeDuringTheSaveKeepsTheEditor()
+{
+    open({"a.txt"});
+    type(u"X"_s);
+    const auto change = connect(editors(), &Editors::fileSaved, this, [this] { type(u"Y"_s); });
+    responder->expect(QMessageBox::Yes);
+    QVERIFY(!editors()->close(editors()->current()));
+    disconnect(change);
+    QCOMPARE(readFile(path(u"a.txt"_s)), QByteArray("Xtext"));
+    QCOMPARE(editors()->current()->text(), u"XYtext"_s);
+    QVERIFY2(!statusText().contains(u"Cannot"_s), qPrintable(statusText()));
+}
+
 void TestEditors::failedSaveKeepsTheText_data()
 {
     const Rows<int> row("way");
@@ -408,6 +469,23 @@ void TestEditors::saveAllAsksForNames()
     QCOMPARE(readFile(a), QByteArray("Atext"));
     QCOMPARE(readFile(path(u"n.txt"_s)), QByteArray("N"));
     QCOMPARE(fileNames().join(u','), u"a.txt,,n.txt"_s);
+}
+
+void TestEditors::saveAllTellsEachFailure()
+{
+    QVERIFY(QDir(dir->path()).mkdir(u"folder"_s));
+    for (const char *name : {"folder/a.txt", "folder/b.txt", "c.txt"}) {
+        open({name});
+        type(u"X"_s);
+    }
+    QVERIFY(QDir(path(u"folder"_s)).removeRecursively());
+    editors()->saveAll();
+    QVERIFY2(statusText().contains(u"a.txt"_s) && statusText().contains(u"b.txt"_s),
+             qPrintable(statusText()));
+    QCOMPARE(readFile(path(u"c.txt"_s)), QByteArray("Xtext"));
+    // A save that succeeds is the end of it.
+    editors()->save();
+    QCOMPARE(statusText(), path(u"c.txt"_s));
 }
 
 void TestEditors::leaving_data()
@@ -482,6 +560,49 @@ void TestEditors::sessionComesBack()
     QTRY_COMPARE(QFileInfo(editors()->current()->filename()).fileName(), u"current"_s);
     QCOMPARE(editors()->current()->cursorLine(), 0);
     QVERIFY(shell->workspace()->visibleWidget() == editors()->current());
+}
+
+void TestEditors::manyFilesAreOneChange()
+{
+    QSignalSpy spy(editors(), &Editors::listChanged);
+    editors()->openAll({write(u"a"_s), write(u"b"_s), write(u"c"_s)});
+    QCOMPARE(spy.count(), 1);
+    auto *const tab = shell->findChild<EditorsTab *>();
+    QCOMPARE(tab->count(), 3);
+    QCOMPARE(tab->tabTitle(tab->currentTab()), u"c"_s);
+    QCOMPARE(editors()->current()->windowTitle(), u"c"_s);
+    editors()->open(write(u"d"_s));
+    QCOMPARE(spy.count(), 2);
+}
+
+void TestEditors::factoryInstalledTwice()
+{
+    auto *const factory = new ZVEditorFactory;
+    editors()->installEditorFactory(factory);
+    editors()->installEditorFactory(factory);
+    editors()->newEditor();
+    QCOMPARE(editors()->editors().size(), 2);
+}
+
+void TestEditors::namesAreTranslated()
+{
+    struct Marking : QTranslator
+    {
+        QString translate(const char *, const char *text, const char *, int) const override
+        {
+            return u'<' + QString::fromLatin1(text) + u'>';
+        }
+        bool isEmpty() const override { return false; }
+    } marking;
+    QVERIFY(QCoreApplication::installTranslator(&marking));
+    editors()->newEditor();
+    QTest::keyClick(editors()->current()->focusProxy(), Qt::Key_Insert);
+    QTest::keyClick(editors()->current()->focusProxy(), Qt::Key_Insert);
+    auto *const tab = shell->findChild<EditorsTab *>();
+    QCOMPARE(tab->tabTitle(tab->currentTab()), u"<Untitled>"_s);
+    QCOMPARE(shell->statusBar()->findChildren<QLabel *>().at(1)->text(), u" <INS> "_s);
+    EditorsList list;
+    QCOMPARE(list.listBox()->currentItem()->text(), u"<Untitled>"_s);
 }
 
 void TestEditors::neighboursWrapRound()

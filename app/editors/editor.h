@@ -87,8 +87,12 @@ public:
     /// Offers \a words from a typed prefix of \a minimumMatchedLength on.
     virtual void addCompletionList(const QStringList &words, int minimumMatchedLength) = 0;
 
+    /// True without any text. Much text must not make it slow.
+    virtual bool isEmpty() const = 0;
+
     bool hasFileName() const;
-    /// Why the last open(), save() or saveAs() failed; empty if it succeeded.
+    /// Why the last open(), save() or saveAs() failed; empty if it succeeded, and
+    /// only then.
     QString errorString() const;
 
     /// Sets a breakpoint on the cursor's line, or takes it away.

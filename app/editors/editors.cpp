@@ -1,90 +1,69 @@
 #include "app/editors/editors.h"
 
-#include "app/actions.h"
-#include "app/editors/editor.h"
+#include "app/editors/editors_p.h"
 #include "app/editors/zveditor/zveditor.h"
 #include "app/filedialog.h"
 #include "app/filetype.h"
-#include "app/message.h"
 #include "app/settings.h"
 #include "app/shell.h"
-#include "app/utils.h"
 #include "app/widgetstack.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
-#include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
-#include <QPointer>
 #include <QStyle>
-#include <QToolBar>
 #include <QToolButton>
 
-#include <map>
 #include <utility>
 
 namespace vesk {
 
 namespace {
 
-// The first letter of a filter tells saveAs() the extension to add. The names of
-// the two lists differ to keep those letters distinct.
 constexpr char openFilter[] =
     "Any files (*);;Ch files (*.ch *.chf *.chs *.h *.hpp *.c *.cc *.cpp);;"
     "C/C++ files (*.h *.hpp *.c *.cc *.cpp);;Python files (*.py);;Project files (*.vesk);;"
     "UI files (*.ui);;Text files (*.txt)";
-constexpr char saveFilter[] =
-    "Any files (*);;Ch files (*.ch *.chf *.chs *.h *.hpp *.c *.cc *.cpp);;"
-    "C/C++ files (*.h *.hpp *.c *.cc *.cpp);;Python files (*.py);;Files of project (*.vesk);;"
-    "User-Interface files (*.ui);;Text files (*.txt)";
 
-QString extensionOfFilter(const QString &filter)
+/// The same for all paths that lead to one file, also while it does not exist.
+QString fileKey(const QString &path)
 {
-    static constexpr std::pair<char, const char *> extensions[] = {
-        {'P', ".py"}, {'F', ".vesk"}, {'U', ".ui"}, {'T', ".txt"}};
-    for (const auto &[letter, extension] : extensions) {
-        if (filter.startsWith(QLatin1Char(letter)))
-            return QString::fromLatin1(extension);
-    }
-    return QString();
-}
-
-QString displayName(const Editor *editor)
-{
-    const QString path = editor->filename();
-    return path.isEmpty() ? QStringLiteral("Untitled") : path;
-}
-
-/// Whatever is neither yes nor no counts as a cancel.
-int askToSave(const QString &question)
-{
-    const int answer = Message::warning(Editors::tr("Warning"), question, QMessageBox::Yes,
-                                        QMessageBox::No, QMessageBox::Cancel);
-    const bool isClear = answer == QMessageBox::Yes || answer == QMessageBox::No;
-    return isClear ? answer : int(QMessageBox::Cancel);
+    if (path.isEmpty())
+        return {};
+    const QFileInfo file(path);
+    const QString canonical = file.canonicalFilePath();
+    if (!canonical.isEmpty())
+        return canonical;
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    return (folder.isEmpty() ? file.absolutePath() : folder) + u'/' + file.fileName();
 }
 
 } // namespace
 
-struct Editors::Private
-{
-    static Editors *self;
-
-    std::map<QString, std::unique_ptr<EditorFactory>> factories;
-    EditorFactory *currentFactory = nullptr;
-    QList<Editor *> list;
-    Editor *currentEditor = nullptr;
-    QMenu *editorsPopup = nullptr;
-    QString lastOpenSaveDir;
-    /// What the status line said of the last file that could not be opened or saved.
-    QString failure;
-    QPointer<QFrame> closeButtonFrame;
-};
-
 Editors *Editors::Private::self = nullptr;
+
+void Editors::Private::noteFile(Editor *editor)
+{
+    forgetFile(editor);
+    const QString path = editor->filename();
+    if (path.isEmpty())
+        return;
+    const QStringList names = {path, fileKey(path)};
+    for (const QString &name : names)
+        editorOfName.insert(name, editor);
+    namesOfEditor.insert(editor, names);
+}
+
+void Editors::Private::forgetFile(Editor *editor)
+{
+    const QStringList names = namesOfEditor.take(editor);
+    for (const QString &name : names) {
+        if (editorOfName.value(name) == editor)
+            editorOfName.remove(name);
+    }
+}
 
 Editors::Editors() : d(std::make_unique<Private>())
 {
@@ -128,7 +107,9 @@ void Editors::destroy()
 void Editors::installEditorFactory(EditorFactory *factory)
 {
     d->currentFactory = factory;
-    d->factories[factory->name()].reset(factory);
+    std::unique_ptr<EditorFactory> &installed = d->factories[factory->name()];
+    if (installed.get() != factory)
+        installed.reset(factory);
 }
 
 Editor *Editors::current() const
@@ -150,6 +131,16 @@ QString Editors::subName(const QString &path, int level)
             return path;
     }
     return path.mid(separator + 1);
+}
+
+QString Editors::displayName(const Editor *editor)
+{
+    return subName(displayPath(editor), 1);
+}
+
+QString Editors::displayPath(const Editor *editor)
+{
+    return editor->hasFileName() ? editor->filename() : tr("Untitled");
 }
 
 void Editors::setCurrentEditor(Editor *editor)
@@ -205,30 +196,34 @@ void Editors::newEditor()
 
 void Editors::connectEditor(Editor *editor)
 {
-    connect(editor, &Editor::filenameChanged, this, &Editors::updateTabNames);
+    connect(editor, &Editor::filenameChanged, this, [this, editor] {
+        d->noteFile(editor);
+        updateTabNames();
+    });
     connect(editor, &Editor::focusChanged, this, &Editors::editorFocusChanged);
-    connect(editor, &Editor::closing, this, &Editors::closeEditor);
+    // The editor is in its close event still.
+    connect(editor, &Editor::closing, this, [this, editor] { remove(editor, DeleteWhen::Later); });
     connect(editor, &Editor::fileLoaded, this, &Editors::fileLoaded);
-    connect(editor, &Editor::modificationStatusChanged, this, &Editors::modifiedEditor);
+    connect(editor, &Editor::modificationStatusChanged, this,
+            [this, editor](bool modified) { emit editorModified(editor, modified); });
     connect(editor, &Editor::lineColChanged, this, &Editors::editorLineColChanged);
     connect(editor, &Editor::overwriteModeChanged, this, &Editors::editorOverwriteModeChanged);
 }
 
-void Editors::modifiedEditor(bool modified)
-{
-    if (auto *const editor = qobject_cast<Editor *>(sender()))
-        emit editorModified(editor, modified);
-}
-
 /// A file reached through a link is the same file: two editors on it would write
 /// over each other's text.
-Editor *Editors::editorOfFile(const QString &path) const
+Editor *Editors::editorOfFile(const QString &path)
 {
-    const QFileInfo wanted(path);
-    for (Editor *const editor : std::as_const(d->list)) {
+    const QString key = fileKey(path);
+    for (const QString &name : {path, key}) {
+        Editor *const editor = d->editorOfName.value(name);
+        if (!editor)
+            continue;
         const QString shown = editor->filename();
-        if (shown == path || (!shown.isEmpty() && wanted.exists() && QFileInfo(shown) == wanted))
+        if (shown == path || fileKey(shown) == key)
             return editor;
+        // It shows a link that leads elsewhere since it was noted.
+        d->noteFile(editor);
     }
     return nullptr;
 }
@@ -239,221 +234,60 @@ void Editors::open()
         d->lastOpenSaveDir = QStringLiteral(".");
     const QStringList names = FileDialog::openFileNames(tr("Choose files"), d->lastOpenSaveDir,
                                                         QString::fromLatin1(openFilter));
-    d->failure.clear();
-    for (const QString &name : names) {
-        FileTypeManager::self()->openFile(name);
-        d->lastOpenSaveDir = QFileInfo(name).absolutePath();
+    openAll(names);
+    if (!names.isEmpty())
+        d->lastOpenSaveDir = QFileInfo(names.last()).absolutePath();
+}
+
+void Editors::openAll(const QStringList &paths)
+{
+    d->failures.clear();
+    {
+        const Gathering gathering(this);
+        for (const QString &path : paths)
+            FileTypeManager::self()->openFile(path);
     }
-    repeatFailure();
+    repeatFailures();
 }
 
 void Editors::open(const QString &path)
 {
     const QString file = path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
-    if (Editor *const shown = file.isEmpty() ? nullptr : editorOfFile(file)) {
+    if (Editor *const shown = editorOfFile(file)) {
         setCurrentEditor(shown);
         return;
     }
-    if (d->currentEditor->hasFileName() || !d->currentEditor->text().isEmpty())
-        newEditor();
-    Editor *const editor = d->currentEditor;
-    if (editor->open(file))
-        return;
-    tellFailure(tr("Cannot open %1: %2").arg(file, editor->errorString()));
+    if (d->gatherings == 0)
+        d->failures.clear();
+    if (const QString error = load(file); !error.isEmpty())
+        tellFailure(tr("Cannot open %1: %2").arg(file, error));
 }
 
-/// To be called behind the last of several files: each that is opened puts its own
-/// name into the status line.
-void Editors::repeatFailure()
+/// Shows the file in the current editor if that is unused, else in a new one. Returns
+/// why it could not.
+QString Editors::load(const QString &file)
 {
-    if (!d->failure.isEmpty())
-        Shell::self()->statusMessage(QStringLiteral("default"), d->failure);
+    const Gathering gathering(this);
+    if (d->currentEditor->hasFileName() || !d->currentEditor->isEmpty())
+        newEditor();
+    Editor *const editor = d->currentEditor;
+    editor->open(file);
+    return editor->errorString();
 }
 
 void Editors::tellFailure(const QString &failure)
 {
-    d->failure = failure;
-    Shell::self()->statusMessage(QStringLiteral("default"), failure);
+    d->failures.append(failure);
+    repeatFailures();
 }
 
-void Editors::save()
+/// To be called after the last of several files: each that is opened puts its own
+/// name into the status line.
+void Editors::repeatFailures()
 {
-    if (d->currentEditor)
-        saveEditor(d->currentEditor);
-}
-
-bool Editors::saveEditor(Editor *editor)
-{
-    if (!editor->hasFileName()) {
-        setCurrentEditor(editor);
-        return saveCurrentAs();
-    }
-    if (!writeEditor(editor))
-        return false;
-    // What failed before, maybe just this, is over.
-    if (!std::exchange(d->failure, QString()).isEmpty())
-        setCaption();
-    emit fileSaved();
-    return true;
-}
-
-bool Editors::writeEditor(Editor *editor)
-{
-    editor->save();
-    if (!editor->isModified())
-        return true;
-    tellFailure(tr("Cannot save %1: %2").arg(editor->filename(), editor->errorString()));
-    return false;
-}
-
-void Editors::saveAs()
-{
-    saveCurrentAs();
-}
-
-bool Editors::saveCurrentAs()
-{
-    const QString fn = askSaveName();
-    if (fn.isEmpty() || !saveCurrentAs(fn))
-        return false;
-    d->lastOpenSaveDir = QFileInfo(fn).absolutePath();
-    return true;
-}
-
-QString Editors::askSaveName()
-{
-    if (d->lastOpenSaveDir.isEmpty())
-        d->lastOpenSaveDir = QStringLiteral(".");
-    const Editor *const editor = d->currentEditor;
-    const QString dir =
-        editor->hasFileName() ? QFileInfo(editor->filename()).absolutePath() : d->lastOpenSaveDir;
-    QString filter;
-    QString fn =
-        FileDialog::saveFileName(tr("Save As"), dir, QString::fromLatin1(saveFilter), &filter);
-    if (fn.isEmpty())
-        return fn;
-    const QString extension = extensionOfFilter(filter);
-    if (!fn.endsWith(extension))
-        fn += extension;
-    if (!QFileInfo::exists(fn))
-        return fn;
-    const int answer = Message::warning(
-        tr("Warning"), tr("The file\n%1\nalready exists! Would you like to replace it?").arg(fn),
-        QMessageBox::Yes, QMessageBox::No, QMessageBox::NoButton);
-    return answer == QMessageBox::Yes ? fn : QString();
-}
-
-void Editors::saveAs(const QString &url)
-{
-    saveCurrentAs(url);
-}
-
-bool Editors::saveCurrentAs(const QString &url)
-{
-    constexpr QLatin1String scheme("file:");
-    const QString file = url.startsWith(scheme) ? url.mid(scheme.size()) : url;
-    Editor *const editor = d->currentEditor;
-    editor->saveAs(file);
-    if (editor->isModified()) {
-        tellFailure(tr("Cannot save %1: %2").arg(file, editor->errorString()));
-        return false;
-    }
-    emit fileSaved();
-    return true;
-}
-
-void Editors::saveAll()
-{
-    const QList<Editor *> all = d->list;
-    d->failure.clear();
-    for (Editor *const editor : all) {
-        if (!editor->isModified())
-            continue;
-        if (editor->hasFileName()) {
-            writeEditor(editor);
-            continue;
-        }
-        setCurrentEditor(editor);
-        saveCurrentAs();
-    }
-    repeatFailure();
-}
-
-void Editors::close()
-{
-    close(d->currentEditor);
-}
-
-bool Editors::close(Editor *editor)
-{
-    return remove(editor, DeleteWhen::Now);
-}
-
-void Editors::closeEditor()
-{
-    // The sender is in its close event still.
-    remove(qobject_cast<Editor *>(sender()), DeleteWhen::Later);
-}
-
-bool Editors::remove(Editor *editor, DeleteWhen when)
-{
-    if (!editor || !d->list.contains(editor))
-        return false;
-    if (editor->isModified()) {
-        setCurrentEditor(editor);
-        const int answer =
-            askToSave(tr("The current document has been modified.\nWould you like to save it?"));
-        // A text that was to be saved never goes unsaved.
-        if (answer == QMessageBox::Cancel || (answer == QMessageBox::Yes && !saveEditor(editor)))
-            return false;
-    }
-    const qsizetype left = qMax<qsizetype>(d->list.indexOf(d->currentEditor) - 1, 0);
-    d->list.removeOne(editor);
-    if (d->list.isEmpty())
-        newEditor();
-    else
-        emit listChanged();
-    if (d->currentEditor == editor)
-        d->currentEditor = nullptr;
-    discard(editor, when);
-    setCurrentEditor(d->list.at(qMin(left, d->list.size() - 1)));
-    return true;
-}
-
-/// Deletes an editor that has left the list.
-void Editors::discard(Editor *editor, DeleteWhen when)
-{
-    disconnect(editor, nullptr, this, nullptr);
-    if (when == DeleteWhen::Now) {
-        const std::unique_ptr<Editor> dying(editor);
-        return;
-    }
-    Shell::self()->workspace()->removeWidget(editor);
-    editor->deleteLater();
-}
-
-bool Editors::closeAll()
-{
-    const QList<Editor *> all = d->list;
-    for (Editor *const editor : all) {
-        if (!editor->isModified())
-            continue;
-        setCurrentEditor(editor);
-        const int answer =
-            askToSave(tr("The file\n%1\nhas been modified.\nWould you like to save it?")
-                          .arg(displayName(editor)));
-        if (answer == QMessageBox::Cancel)
-            return false;
-        if (answer == QMessageBox::Yes &&
-            !(editor->hasFileName() ? writeEditor(editor) : saveCurrentAs()))
-            return false;
-    }
-    storeSession();
-    // What is left in the list goes with this object, or with the workspace.
-    d->currentEditor = nullptr;
-    for (qsizetype i = 0; i < d->list.size(); ++i)
-        discard(d->list.takeAt(i), DeleteWhen::Now);
-    return true;
+    if (!d->failures.isEmpty())
+        Shell::self()->statusMessage(QStringLiteral("default"),
+                                     d->failures.join(QStringLiteral("; ")));
 }
 
 void Editors::prevEditor()
@@ -485,6 +319,9 @@ void Editors::changeEditorsOrder(Editor *a, Editor *b)
 
 void Editors::updateTabNames()
 {
+    d->isListChangePending = d->gatherings > 0;
+    if (d->isListChangePending)
+        return;
     emit listChanged();
     for (Editor *const editor : std::as_const(d->list)) {
         const QString path = editor->filename();
@@ -493,7 +330,7 @@ void Editors::updateTabNames()
         if (!editor->windowTitle().isEmpty() && editor->windowFilePath() == path)
             continue;
         editor->setWindowFilePath(path);
-        editor->setWindowTitle(subName(displayName(editor), 1));
+        editor->setWindowTitle(displayName(editor));
         editor->setWindowIcon(FileTypeManager::self()->findType(path)->icon());
     }
     setCaption();
@@ -531,46 +368,7 @@ void Editors::editorLineColChanged(int line, int column)
 
 void Editors::editorOverwriteModeChanged(bool overwrite)
 {
-    Shell::self()->statusMessage(QStringLiteral("insowr"),
-                                 overwrite ? QStringLiteral("OWR") : QStringLiteral("INS"));
-}
-
-void Editors::createToEditorAction()
-{
-    Action *const action =
-        Actions::createAction(QStringLiteral("Show Editor"), QStringLiteral("Editors/toEditor"), 0,
-                              this, SLOT(toEditor()));
-    action->setIcon(Utils::iconSet(QStringLiteral("22x22_ToEditor")));
-    action->addTo(Shell::self()->stackButtons());
-    Shell::self()->actionGroup(QStringLiteral("stackButtons"))->add(action);
-
-    QToolButton *const button = action->toolbuttons.first();
-    d->editorsPopup = new QMenu(button);
-    button->setMenu(d->editorsPopup);
-    button->setPopupMode(QToolButton::InstantPopup);
-    button->setMinimumWidth(36);
-    connect(d->editorsPopup, &QMenu::aboutToShow, this, &Editors::updateEditorsPopup);
-    connect(d->editorsPopup, &QMenu::triggered, this,
-            [this](const QAction *chosen) { editorsPopupActivated(chosen->data().toInt()); });
-}
-
-void Editors::updateEditorsPopup()
-{
-    d->editorsPopup->clear();
-    for (int i = 0; i < d->list.size(); ++i) {
-        const QString name = displayName(d->list.at(i)).replace(u'&', QStringLiteral("&&"));
-        d->editorsPopup->addAction(name)->setData(i);
-    }
-}
-
-void Editors::editorsPopupActivated(int index)
-{
-    setCurrentEditor(d->list.value(index));
-}
-
-void Editors::showEditorsPopupMenu()
-{
-    Actions::action(QStringLiteral("Editors/toEditor"))->toolbuttons.first()->showMenu();
+    Shell::self()->statusMessage(QStringLiteral("insowr"), overwrite ? tr("OWR") : tr("INS"));
 }
 
 void Editors::addCloseButton()
@@ -599,107 +397,6 @@ void Editors::addCloseButton()
     frame->setFixedSize(frame->sizeHint());
     menuBar->setCornerWidget(frame);
     frame->show();
-}
-
-bool Editors::find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
-                   bool inSelection)
-{
-    return d->currentEditor->find(text, caseSensitive, wholeWord, fromCursor, inSelection);
-}
-
-bool Editors::findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor)
-{
-    return d->currentEditor->findRegexp(pattern, caseSensitive, wildcard, fromCursor);
-}
-
-void Editors::replaceFound(const QString &text)
-{
-    d->currentEditor->replaceFound(text);
-}
-
-bool Editors::getWrap() const
-{
-    return d->currentEditor->getWrap();
-}
-
-void Editors::setWrap(bool on)
-{
-    d->currentEditor->setWrap(on);
-}
-
-bool Editors::replaceTabs() const
-{
-    return d->currentEditor->replaceTabs();
-}
-
-int Editors::tabWidthInSpaces() const
-{
-    return d->currentEditor->tabWidthInSpaces();
-}
-
-void Editors::undo()
-{
-    d->currentEditor->undo();
-}
-
-void Editors::redo()
-{
-    d->currentEditor->redo();
-}
-
-void Editors::cut()
-{
-    d->currentEditor->cut();
-}
-
-void Editors::copy()
-{
-    d->currentEditor->copy();
-}
-
-void Editors::paste()
-{
-    d->currentEditor->paste();
-}
-
-void Editors::selectAll()
-{
-    d->currentEditor->selectAll();
-}
-
-void Editors::indent()
-{
-    d->currentEditor->indent();
-}
-
-void Editors::unindent()
-{
-    d->currentEditor->unindent();
-}
-
-void Editors::wrap()
-{
-    setWrap(!getWrap());
-}
-
-void Editors::completeWordNext()
-{
-    d->currentEditor->completeWordNext();
-}
-
-void Editors::completeWordPrev()
-{
-    d->currentEditor->completeWordPrev();
-}
-
-void Editors::configure()
-{
-    d->currentEditor->configure();
-}
-
-void Editors::configureHighlighting()
-{
-    d->currentEditor->configureHighlighting();
 }
 
 } // namespace vesk

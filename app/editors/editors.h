@@ -31,13 +31,18 @@ public:
     /// Deletes the object, if there is one, with all editors that are left.
     static void destroy();
 
-    /// New editors come from \a factory from now on. Takes ownership; a factory
-    /// of the same name is replaced and deleted.
+    /// New editors come from \a factory from now on. Takes ownership; another
+    /// factory of the same name is replaced and deleted.
     void installEditorFactory(EditorFactory *factory);
 
     /// What stands in \a path behind the separator that is the \a level-th from
     /// the right; all of \a path if it has fewer.
     static QString subName(const QString &path, int level);
+    /// What tabs and lists call \a editor: its file's name without the folder, or
+    /// "Untitled".
+    static QString displayName(const Editor *editor);
+    /// Its file's whole path, or "Untitled".
+    static QString displayPath(const Editor *editor);
 
     /// Null only after closeAll().
     Editor *current() const;
@@ -62,10 +67,16 @@ public slots:
     /// Raises the editor that shows the file \a path, or loads it. What fails
     /// is said in a box or in the status line.
     void open(const QString &path);
+    /// Opens each of \a paths as its type wants it, and then says what failed.
+    void openAll(const QStringList &paths);
+    /// Says \a failure in the status line, beside what failed before in the same
+    /// operation. It is said again after the session was loaded.
+    void tellFailure(const QString &failure);
     void save();
     /// Asks for a name and saves under it.
     void saveAs();
-    /// \a url is a path, or one behind "file:".
+    /// \a url is a path, or one after "file:". Another editor that shows that file
+    /// is closed, unless it is modified: then nothing is saved.
     void saveAs(const QString &url);
     void saveAll();
     void close();
@@ -115,7 +126,8 @@ signals:
     void listChanged();
     void gotFocus();
     void fileLoaded();
-    /// A file was written.
+    /// A save was carried out; there is nothing to write for an unmodified text.
+    /// Save all tells only of the texts that got a name.
     void fileSaved();
     void editorChanged();
     void editorModified(vesk::Editor *editor, bool modified);
@@ -123,9 +135,7 @@ signals:
 private slots:
     void editorFocusChanged(bool on);
     void focusChanged(QObject *who);
-    void closeEditor();
     void workspaceWidgetRaised(QWidget *page);
-    void modifiedEditor(bool modified);
     void editorLineColChanged(int line, int column);
     void editorOverwriteModeChanged(bool overwrite);
 
@@ -142,19 +152,21 @@ private:
     void createToEditorAction();
     void createActions();
     void connectEditor(Editor *editor);
-    Editor *editorOfFile(const QString &path) const;
+    Editor *editorOfFile(const QString &path);
     bool remove(Editor *editor, DeleteWhen when);
+    QString load(const QString &file);
+    void drop(Editor *editor, DeleteWhen when);
     void discard(Editor *editor, DeleteWhen when);
     bool saveEditor(Editor *editor);
     bool writeEditor(Editor *editor);
     bool saveCurrentAs();
     bool saveCurrentAs(const QString &url);
     QString askSaveName();
-    void repeatFailure();
-    void tellFailure(const QString &failure);
+    void repeatFailures();
     void storeSession() const;
 
     struct Private;
+    class Gathering;
     const std::unique_ptr<Private> d;
 };
 

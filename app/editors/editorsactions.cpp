@@ -1,9 +1,14 @@
-#include "app/actions.h"
 #include "app/editors/editors.h"
+
+#include "app/actions.h"
+#include "app/editors/editors_p.h"
 #include "app/shell.h"
 #include "app/utils.h"
 
 #include <QKeySequence>
+#include <QMenu>
+#include <QToolBar>
+#include <QToolButton>
 
 namespace vesk {
 
@@ -116,10 +121,149 @@ void Editors::focusChanged(QObject *who)
         Actions::action(QString::fromLatin1(name))->setEnabled(on);
 }
 
+void Editors::createToEditorAction()
+{
+    Action *const action =
+        Actions::createAction(QStringLiteral("Show Editor"), QStringLiteral("Editors/toEditor"), 0,
+                              this, SLOT(toEditor()));
+    action->setIcon(Utils::iconSet(QStringLiteral("22x22_ToEditor")));
+    action->addTo(Shell::self()->stackButtons());
+    Shell::self()->actionGroup(QStringLiteral("stackButtons"))->add(action);
+
+    QToolButton *const button = action->toolbuttons.first();
+    d->editorsPopup = new QMenu(button);
+    button->setMenu(d->editorsPopup);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setMinimumWidth(36);
+    connect(d->editorsPopup, &QMenu::aboutToShow, this, &Editors::updateEditorsPopup);
+    connect(d->editorsPopup, &QMenu::triggered, this,
+            [this](const QAction *chosen) { editorsPopupActivated(chosen->data().toInt()); });
+}
+
+void Editors::updateEditorsPopup()
+{
+    d->editorsPopup->clear();
+    for (int i = 0; i < d->list.size(); ++i) {
+        const QString name = displayPath(d->list.at(i)).replace(u'&', QStringLiteral("&&"));
+        d->editorsPopup->addAction(name)->setData(i);
+    }
+}
+
+void Editors::editorsPopupActivated(int index)
+{
+    setCurrentEditor(d->list.value(index));
+}
+
+void Editors::showEditorsPopupMenu()
+{
+    Actions::action(QStringLiteral("Editors/toEditor"))->toolbuttons.first()->showMenu();
+}
+
 void Editors::toEditor()
 {}
 
 void Editors::toEditor(bool)
 {}
+
+bool Editors::find(const QString &text, bool caseSensitive, bool wholeWord, bool fromCursor,
+                   bool inSelection)
+{
+    return d->currentEditor->find(text, caseSensitive, wholeWord, fromCursor, inSelection);
+}
+
+bool Editors::findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor)
+{
+    return d->currentEditor->findRegexp(pattern, caseSensitive, wildcard, fromCursor);
+}
+
+void Editors::replaceFound(const QString &text)
+{
+    d->currentEditor->replaceFound(text);
+}
+
+bool Editors::getWrap() const
+{
+    return d->currentEditor->getWrap();
+}
+
+void Editors::setWrap(bool on)
+{
+    d->currentEditor->setWrap(on);
+}
+
+bool Editors::replaceTabs() const
+{
+    return d->currentEditor->replaceTabs();
+}
+
+int Editors::tabWidthInSpaces() const
+{
+    return d->currentEditor->tabWidthInSpaces();
+}
+
+void Editors::undo()
+{
+    d->currentEditor->undo();
+}
+
+void Editors::redo()
+{
+    d->currentEditor->redo();
+}
+
+void Editors::cut()
+{
+    d->currentEditor->cut();
+}
+
+void Editors::copy()
+{
+    d->currentEditor->copy();
+}
+
+void Editors::paste()
+{
+    d->currentEditor->paste();
+}
+
+void Editors::selectAll()
+{
+    d->currentEditor->selectAll();
+}
+
+void Editors::indent()
+{
+    d->currentEditor->indent();
+}
+
+void Editors::unindent()
+{
+    d->currentEditor->unindent();
+}
+
+void Editors::wrap()
+{
+    setWrap(!getWrap());
+}
+
+void Editors::completeWordNext()
+{
+    d->currentEditor->completeWordNext();
+}
+
+void Editors::completeWordPrev()
+{
+    d->currentEditor->completeWordPrev();
+}
+
+void Editors::configure()
+{
+    d->currentEditor->configure();
+}
+
+void Editors::configureHighlighting()
+{
+    d->currentEditor->configureHighlighting();
+}
 
 } // namespace vesk

@@ -38,11 +38,8 @@ void EditorsList::updateList()
     list->clear();
     const QList<Editor *> editors = Editors::self()->editors();
     for (Editor *const editor : editors) {
-        const QString path = editor->filename();
-        const QString label =
-            path.isEmpty() ? QStringLiteral("Untitled") : Editors::subName(path, 1);
-        list->addItem(
-            new EditorsListItem(FileTypeManager::self()->findType(path)->pixmap(), label, editor));
+        const FileType *const type = FileTypeManager::self()->findType(editor->filename());
+        list->addItem(new EditorsListItem(type->pixmap(), Editors::displayName(editor), editor));
     }
     setCurrentEditor(Editors::self()->current());
     list->setUpdatesEnabled(true);

@@ -1,5 +1,6 @@
-#include "app/editors/editor.h"
 #include "app/editors/editors.h"
+
+#include "app/editors/editors_p.h"
 #include "app/settings.h"
 
 #include <QFileInfo>
@@ -33,6 +34,7 @@ void Editors::storeSession() const
 void Editors::loadSessionFiles()
 {
     const QStringList paths = Settings::readList(openedFilesKey);
+    const Gathering gathering(this);
     for (const QString &path : paths) {
         if (QFileInfo::exists(path))
             open(path);
@@ -53,9 +55,11 @@ void Editors::loadSessionCurrent()
     if (!current())
         return;
     const QString path = Settings::read(openedCurrentKey);
-    if (QFileInfo::exists(path))
+    if (QFileInfo::exists(path)) {
+        const Gathering gathering(this);
         open(path);
-    repeatFailure();
+    }
+    repeatFailures();
 }
 
 } // namespace vesk

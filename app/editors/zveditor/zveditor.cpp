@@ -258,10 +258,15 @@ bool ZVEditor::load(const QString &url)
         setErrorString(tr("Not a regular file"));
         return false;
     }
-    manager()->setGlobalConfig(Settings::self());
-    const bool isLoaded = d->editor->open(url);
-    setErrorString(d->editor->errorString());
-    return isLoaded;
+    return succeeded(d->editor->open(url));
+}
+
+/// Keeps why an operation on a file failed: whoever asked for it goes by that text.
+bool ZVEditor::succeeded(bool result)
+{
+    const QString reason = result ? QString() : d->editor->errorString();
+    setErrorString(result || !reason.isEmpty() ? reason : tr("Unknown error"));
+    return result;
 }
 
 void ZVEditor::restoreFolds()
@@ -280,17 +285,13 @@ void ZVEditor::storeFolds() const
 
 void ZVEditor::save()
 {
-    d->editor->save();
-    setErrorString(d->editor->errorString());
+    succeeded(d->editor->save());
     refreshModificationTime();
 }
 
 void ZVEditor::saveAs(const QString &url)
 {
-    manager()->setGlobalConfig(Settings::self());
-    const bool isSaved = d->editor->saveAs(url);
-    setErrorString(d->editor->errorString());
-    if (isSaved)
+    if (succeeded(d->editor->saveAs(url)))
         setFileName(url);
     refreshModificationTime();
 }
@@ -393,10 +394,8 @@ QString ZVEditor::filename() const
 void ZVEditor::setFileName(const QString &path)
 {
     // Setting the path picks the highlight anew, which costs a pass over the text.
-    if (QFileInfo(path).absoluteFilePath() != filename()) {
-        manager()->setGlobalConfig(Settings::self());
+    if (QFileInfo(path).absoluteFilePath() != filename())
         d->editor->setFilePath(path);
-    }
     emit filenameChanged(filename());
 }
 
@@ -482,6 +481,11 @@ void ZVEditor::completeWordPrev()
 void ZVEditor::addCompletionList(const QStringList &words, int minimumMatchedLength)
 {
     manager()->addCompletionList(words, minimumMatchedLength);
+}
+
+bool ZVEditor::isEmpty() const
+{
+    return d->document->lastLine() <= 0 && d->document->textLength(0) == 0;
 }
 
 void ZVEditor::changedStatus(int change)

@@ -69,6 +69,7 @@ public:
     void completeWordNext() override;
     void completeWordPrev() override;
     void addCompletionList(const QStringList &words, int minimumMatchedLength) override;
+    bool isEmpty() const override;
 
 private slots:
     void changedStatus(int change);
@@ -78,6 +79,7 @@ private slots:
 private:
     void fillContextMenu();
     bool load(const QString &url);
+    bool succeeded(bool result);
     void restoreFolds();
     void storeFolds() const;
     void refreshModificationTime();
