@@ -3,7 +3,6 @@
 #include "app/actions.h"
 #include "app/editors/editors.h"
 #include "app/editors/editorstab.h"
-#include "app/filetype.h"
 #include "app/settings.h"
 #include "app/widgets/splitter.h"
 #include "app/widgetstack.h"
@@ -20,6 +19,8 @@
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
+
+#include <algorithm>
 
 namespace vesk {
 
@@ -194,14 +195,28 @@ Shell::Shell(QWidget *parent, const QString &name)
     connect(timer, &QTimer::timeout, this, &Shell::timeout);
     timer->start(timerPeriod);
 
-    const QStringList arguments = QCoreApplication::arguments();
-    for (const QString &argument : arguments.mid(1)) {
+    openArguments();
+}
+
+/// Opens the files that the command line names. Others are passed over, without a
+/// word unless their very name is the reason.
+void Shell::openArguments()
+{
+    QStringList files;
+    QStringList unreadable;
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    for (const QString &argument : arguments) {
         const QFileInfo file(argument);
         // Absolute, so that the session finds it again from any folder and no
         // second editor opens for the same file.
         if (file.exists())
-            FileTypeManager::self()->openFile(file.absoluteFilePath());
+            files.append(file.absoluteFilePath());
+        else if (argument.contains(QChar::ReplacementCharacter))
+            unreadable.append(argument);
     }
+    Editors::self()->openAll(files);
+    for (const QString &name : std::as_const(unreadable))
+        Editors::self()->tellFailure(tr("Cannot open %1: its name is not UTF-8").arg(name));
 }
 
 Shell::~Shell()
@@ -328,6 +343,9 @@ void Shell::statusMessage(const QString &type, const QString &message)
 {
     if (type == QLatin1String("default")) {
         d->statusMessage->setText(message);
+        // The cell may be too narrow for it.
+        const QString tip = QStringLiteral("<p>%1</p>").arg(message.toHtmlEscaped());
+        d->statusMessage->setToolTip(message.isEmpty() ? QString() : tip);
         return;
     }
     const QHash<QString, QLabel *> cells = {

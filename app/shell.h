@@ -78,6 +78,7 @@ private:
     void initActionGroups();
     void initStatusBar();
     void initWorkspace();
+    void openArguments();
 
     std::unique_ptr<Private> d;
 };

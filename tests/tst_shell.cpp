@@ -144,6 +144,9 @@ void ShellTest::opensTheFilesOfTheCommandLine()
         names.append(editor->filename());
     QCOMPARE(names, (QStringList{commandLineDir->filePath(u"one.cpp"_s),
                                  commandLineDir->filePath(u"a b\nc.vesk"_s)}));
+    // One whose name the toolkit cannot hold is not passed over in silence.
+    const QString status = shell->statusBar()->findChild<QLabel *>()->text();
+    QVERIFY2(status.contains(u".cpp: its name is not UTF-8"_s), qPrintable(status));
 }
 
 void ShellTest::startsWithDefaults()
