@@ -21,6 +21,10 @@ using namespace vesk;
 
 namespace {
 
+// How long a window may take to come up, in ms.
+constexpr int splashPatience = 100;
+constexpr int windowPatience = 1000;
+
 /// The font of the settings, the default one if there is none that can be read.
 QFont applicationFont()
 {
@@ -48,13 +52,14 @@ private:
     })};
 };
 
-/// QSplashScreen waits too, but sleeps between its looks at the window.
-void waitUntilShown(const QWindow *window)
+/// Runs events until \a window is on the screen, which paints it too; at most for
+/// \a patience ms. QSplashScreen waits as well, but sleeps between its looks.
+void waitUntilShown(const QWindow *window, int patience)
 {
-    const QDeadlineTimer limit(1000);
+    const QDeadlineTimer limit(patience);
     // Sees to it that something happens before the limit.
     QTimer wake;
-    wake.start(100);
+    wake.start(patience / 10);
     while (!window->isExposed() && !limit.hasExpired())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents |
                                         QEventLoop::ExcludeUserInputEvents);
@@ -69,6 +74,9 @@ int run()
                                                   Qt::WindowFlags());
     splash->setWindowTitle(QCoreApplication::translate("main", "Loading..."));
     splash->show();
+    // What comes now may take long and runs no events: without a look at the
+    // screen before, the splash would stay an empty frame all the while.
+    waitUntilShown(splash->windowHandle(), splashPatience);
 
     Shell shell(nullptr, QStringLiteral("vesk::Shell"));
     // A file of the command line has named the window already.
@@ -83,7 +91,7 @@ int run()
     SearchManager::self();
     shell.rebuildUI();
     shell.show();
-    waitUntilShown(shell.windowHandle());
+    waitUntilShown(shell.windowHandle(), windowPatience);
     splash->finish(&shell);
     splash.reset();
     // Whoever closed it while it came up closed it before the loop that would end.
