@@ -1,4 +1,5 @@
 #include "app/utils.h"
+#include "app/widgets/colorcombo.h"
 
 #include <QFile>
 #include <QPainter>
@@ -62,6 +63,7 @@ private slots:
     void namesDiffer();
     void missingOneIsReportedOnce();
     void disabledVariantIsGreyAndPale();
+    void swatchesAreSharp();
 };
 
 void TestIcons::everyNameDrawsItsSize_data()
@@ -137,6 +139,18 @@ void TestIcons::disabledVariantIsGreyAndPale()
         }
     }
     QVERIFY(coloured > 100);
+}
+
+void TestIcons::swatchesAreSharp()
+{
+    const vesk::ColorCombo combo;
+    const QPixmap swatch = combo.itemIcon(combo.findText(QStringLiteral("red"))).pixmap(16, 16);
+    const int ratio = qRound(qApp->devicePixelRatio());
+    QCOMPARE(swatch.width(), 16 * ratio);
+    const QImage image = swatch.toImage();
+    // The edge is as thick as one pixel of the layout.
+    QCOMPARE(image.pixelColor(ratio - 1, 8), QColor(Qt::black));
+    QCOMPARE(image.pixelColor(ratio, 8), QColor(Qt::red));
 }
 
 QTEST_MAIN(TestIcons)

@@ -70,6 +70,7 @@ private slots:
     void hiddenPaneKeepsItsSize();
     void collapsedPaneIsZero();
     void dragMovesTheHandleAtTheEnd();
+    void rubberBandGoesThroughTheHook();
     void writesPanes();
     void readsPanes_data();
     void readsPanes();
@@ -127,10 +128,42 @@ void WidgetsTest::dragMovesTheHandleAtTheEnd()
     QVERIFY(panes.show());
     QWidget *const handle = panes.splitter.handle(1);
     QTest::mousePress(handle, Qt::LeftButton, {}, QPoint(1, 50));
-    QTest::mouseMove(handle, QPoint(101, 50));
+    dragTo(handle, QPoint(101, 50));
     QCOMPARE(panes.splitter.sizes(), (QList<int>{150, 450}));
     QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(101, 50));
     QCOMPARE(panes.splitter.sizes(), (QList<int>{250, 350}));
+    panes.splitter.setOpaqueResize(true);
+    QTest::mousePress(handle, Qt::LeftButton, {}, QPoint(1, 50));
+    dragTo(handle, QPoint(31, 50));
+    QCOMPARE(panes.splitter.sizes(), (QList<int>{280, 320}));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(1, 50));
+}
+
+void WidgetsTest::rubberBandGoesThroughTheHook()
+{
+    class Bands : public Splitter
+    {
+    public:
+        QList<int> bands;
+
+    protected:
+        void setRubberband(int pos) override { bands.append(pos); }
+    };
+    Bands splitter;
+    splitter.setHandleWidth(4);
+    for (int i = 0; i < 2; ++i)
+        (new QWidget(&splitter))->setMinimumWidth(100);
+    splitter.resize(604, 100);
+    splitter.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&splitter));
+    QWidget *const handle = splitter.handle(1);
+    const QPoint start(2, 50);
+    QTest::mousePress(handle, Qt::LeftButton, {}, start);
+    dragTo(handle, start + QPoint(50, 0));
+    // As far as the panes allow.
+    dragTo(handle, start + QPoint(230, 0));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, start);
+    QCOMPARE(splitter.bands, (QList<int>{350, 500, -1}));
 }
 
 void WidgetsTest::writesPanes()

@@ -1,5 +1,6 @@
 #include "app/widgets/colorcombo.h"
 
+#include <QApplication>
 #include <QColorDialog>
 #include <QPainter>
 #include <QPixmap>
@@ -28,11 +29,13 @@ QColor colorOf(const QString &name)
 
 QIcon swatch(const QColor &color)
 {
-    QPixmap pixmap(swatchEdge, swatchEdge);
-    pixmap.fill(color);
+    // In the pixels of the finest screen.
+    const qreal ratio = qApp->devicePixelRatio();
+    QPixmap pixmap(QSize(swatchEdge, swatchEdge) * ratio);
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::black);
     QPainter painter(&pixmap);
-    painter.setPen(Qt::black);
-    painter.drawRect(0, 0, swatchEdge - 1, swatchEdge - 1);
+    painter.fillRect(1, 1, swatchEdge - 2, swatchEdge - 2, color);
     return QIcon(pixmap);
 }
 

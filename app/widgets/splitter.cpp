@@ -3,6 +3,7 @@
 #include <QChildEvent>
 #include <QHash>
 #include <QLayoutItem>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QTextStream>
 
@@ -27,6 +28,11 @@ int along(Qt::Orientation orientation, const QSize &size)
     return orientation == Qt::Horizontal ? size.width() : size.height();
 }
 
+int along(Qt::Orientation orientation, const QPoint &point)
+{
+    return orientation == Qt::Horizontal ? point.x() : point.y();
+}
+
 } // namespace
 
 SplitterHandle::SplitterHandle(Qt::Orientation orientation, Splitter *parent)
@@ -39,10 +45,47 @@ void SplitterHandle::paintEvent(QPaintEvent *)
     s->drawSplitter(&painter, 0, 0, width(), height());
 }
 
+int SplitterHandle::id() const
+{
+    return s->indexOf(const_cast<SplitterHandle *>(this));
+}
+
+int SplitterHandle::wantedPos(const QMouseEvent *event) const
+{
+    const QPointF inSplitter = s->mapFromGlobal(event->globalPosition());
+    return along(orientation(), inSplitter.toPoint()) - grip;
+}
+
+void SplitterHandle::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        grip = along(orientation(), event->position().toPoint());
+}
+
+void SplitterHandle::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!(event->buttons() & Qt::LeftButton))
+        return;
+    if (s->opaqueResize())
+        s->moveSplitter(wantedPos(event), id());
+    else
+        s->setRubberband(s->adjustPos(wantedPos(event), id()));
+}
+
+void SplitterHandle::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || s->opaqueResize())
+        return;
+    s->setRubberband(-1);
+    s->moveSplitter(wantedPos(event), id());
+}
+
 struct Splitter::Private
 {
     struct Pane
     {
+        /// The last one that it had while it was visible and not collapsed; 0 if none.
+        int openSize = 0;
         /// What counts while the pane is hidden; -1 if it never had a size.
         int hiddenSize = -1;
         ResizeMode mode = Auto;
@@ -144,6 +187,37 @@ void Splitter::setSizes(const QList<int> &list)
     QSplitter::setSizes(all);
 }
 
+/// Sets the entry \a index of \a list; the largest other visible pane pays for it.
+void Splitter::give(QList<int> *list, int index, int size) const
+{
+    int payer = -1;
+    for (int j = 0; j < count(); ++j) {
+        if (j != index && !widget(j)->isHidden() && (payer < 0 || list->at(j) > list->at(payer)))
+            payer = j;
+    }
+    if (payer < 0)
+        return;
+    (*list)[payer] = qMax(1, list->at(payer) + list->at(index) - size);
+    (*list)[index] = size;
+}
+
+void Splitter::reopen(QWidget *pane, int standard)
+{
+    const int index = indexOf(pane);
+    QList<int> list = sizes();
+    if (index < 0 || list.at(index) > 0)
+        return;
+    Private::Pane &record = d->panes[pane];
+    const int size = record.openSize > 0 ? record.openSize : standard;
+    if (pane->isHidden()) {
+        // It gets it when it is shown.
+        record.hiddenSize = size;
+        return;
+    }
+    give(&list, index, size);
+    setSizes(list);
+}
+
 void Splitter::setHandleWidth(int width)
 {
     QSplitter::setHandleWidth(width > 0 ? width : -1);
@@ -229,6 +303,10 @@ bool Splitter::eventFilter(QObject *object, QEvent *event)
         // Before the splitter is shown the pane has no size of its own yet.
         if (isVisible())
             record.hiddenSize = isCollapsed(pane) ? 0 : along(orientation(), pane->size());
+    } else if (pane && pane == object && event->type() == QEvent::Resize) {
+        const int size = along(orientation(), pane->size());
+        if (pane->isVisible() && size > 0 && !isCollapsed(pane))
+            d->panes[pane].openSize = size;
     } else if (pane && pane == object && event->type() == QEvent::ShowToParent) {
         Private::Pane &record = d->panes[pane];
         if (record.state == Private::Pane::State::Hidden)
@@ -287,16 +365,7 @@ void Splitter::settleSizes()
         const int wanted = takeWantedSize(i);
         if (wanted < 0 || wanted == list.at(i))
             continue;
-        // The largest other pane pays for it.
-        int payer = -1;
-        for (int j = 0; j < count(); ++j) {
-            if (j != i && !widget(j)->isHidden() && (payer < 0 || list.at(j) > list.at(payer)))
-                payer = j;
-        }
-        if (payer < 0)
-            continue;
-        list[payer] = qMax(1, list.at(payer) + list.at(i) - wanted);
-        list[i] = wanted;
+        give(&list, i, wanted);
     }
     if (list != shared)
         setSizes(list);

@@ -12,7 +12,8 @@ namespace vesk {
 
 class Splitter;
 
-/// The handle between two panes: a row of small raised dots.
+/// The handle between two panes: a row of small raised dots. While it is dragged
+/// either the panes move along, or a rubber band does and the panes at the end.
 class SplitterHandle : public QSplitterHandle
 {
     Q_OBJECT
@@ -21,9 +22,17 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    int id() const;
+    int wantedPos(const QMouseEvent *event) const;
+
     Splitter *const s;
+    /// Where in the handle it was taken hold of, in pixels along the splitter.
+    int grip = 0;
 };
 
 /// The toolkit's splitter with handles of its own, moved by a rubber band, and
@@ -64,6 +73,10 @@ public:
     /// Panes beyond the end of \a list keep their size.
     void setSizes(const QList<int> &list);
 
+    /// Gives a collapsed \a pane, visible or hidden, the size that it had before,
+    /// \a standard in pixels if it never had one. Others stay as they are.
+    void reopen(QWidget *pane, int standard);
+
     /// 0 means the width that the style gives.
     void setHandleWidth(int width);
 
@@ -83,6 +96,7 @@ protected:
 
     /// Paints a handle in the given rectangle.
     virtual void drawSplitter(QPainter *painter, int x, int y, int width, int height);
+    /// Shows where a dragged handle would come to stand; -1 ends it.
     virtual void setRubberband(int pos);
 
     QSplitterHandle *createHandle() override;
@@ -97,6 +111,7 @@ private:
     int takeWantedSize(int index);
     void settleCollapsible();
     void settleSizes();
+    void give(QList<int> *list, int index, int size) const;
 
     const std::unique_ptr<Private> d;
 };
