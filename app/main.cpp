@@ -1,6 +1,4 @@
-#include "app/editors/editors.h"
-#include "app/messages/messageoutput.h"
-#include "app/search/searchmanager.h"
+#include "app/components.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/utils.h"
@@ -21,6 +19,7 @@ using namespace vesk;
 
 namespace {
 
+constexpr QLatin1String fontKey("/fonts/Application");
 // How long a window may take to come up, in ms.
 constexpr int splashPatience = 100;
 constexpr int windowPatience = 1000;
@@ -29,15 +28,15 @@ constexpr int windowPatience = 1000;
 QFont applicationFont()
 {
     QFont font;
-    const QString stored = Settings::read(QStringLiteral("/fonts/Application"));
+    const QString stored = Settings::read(fontKey);
     if (!stored.isEmpty() && !font.fromString(stored))
         return QFont();
     return font;
 }
 
 /// Makes the toolkit list the installed fonts and load its image formats while the
-/// splash screen comes up, most of which is waiting. Who needs them before it is
-/// done waits for it or does it himself.
+/// splash screen comes up, most of which is waiting. Code that needs them earlier
+/// waits or loads them itself.
 class ToolkitPreparation
 {
 public:
@@ -74,27 +73,25 @@ int run()
                                                   Qt::WindowFlags());
     splash->setWindowTitle(QCoreApplication::translate("main", "Loading..."));
     splash->show();
-    // What comes now may take long and runs no events: without a look at the
-    // screen before, the splash would stay an empty frame all the while.
-    waitUntilShown(splash->windowHandle(), splashPatience);
 
-    Shell shell(nullptr, QStringLiteral("vesk::Shell"));
+    Components components;
+    Shell &shell = *components.shell();
+    // Files may take long and run no events: without a look at the screen before,
+    // the splash would stay an empty frame all the while. It has come up meanwhile.
+    waitUntilShown(splash->windowHandle(), splashPatience);
+    components.openArguments();
     // A file of the command line has named the window already.
     if (shell.windowTitle().isEmpty())
         shell.setWindowTitle(QStringLiteral("Vesk"));
     shell.setWindowIcon(Utils::icon(QStringLiteral("vesk-128")));
     shell.setFont(font);
-    // Each registers itself with the shell; the order of the groups, not this
-    // one, decides what stands where.
-    Editors::self();
-    MessageOutput::self();
-    SearchManager::self();
+    components.makePanels();
     shell.rebuildUI();
     shell.show();
     waitUntilShown(shell.windowHandle(), windowPatience);
     splash->finish(&shell);
     splash.reset();
-    // Whoever closed it while it came up closed it before the loop that would end.
+    // The window may have been closed before exec(); then there is no loop to quit.
     return shell.isLeaving() ? 0 : QApplication::exec();
 }
 

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "app/components.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "tests/testing.h"
 
+#include <QPointer>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <memory>
 
 /// What the tests of the application start from: settings and files in a folder of
-/// their own, and a shell when it is asked for.
+/// their own, and a window with editors when it is asked for.
 class AppTest : public QObject
 {
 protected:
@@ -32,11 +34,13 @@ protected:
     {
         if (!dir)
             makeProfile();
-        shell = std::make_unique<vesk::Shell>(nullptr, QStringLiteral("vesk::Shell"));
+        components = std::make_unique<vesk::Components>();
+        shell = components->shell();
+        components->openArguments();
     }
     void dropShell()
     {
-        shell.reset();
+        components.reset();
         vesk::Settings::forceWrite();
     }
 
@@ -47,5 +51,6 @@ protected:
     }
 
     std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<vesk::Shell> shell;
+    std::unique_ptr<vesk::Components> components;
+    QPointer<vesk::Shell> shell;
 };

@@ -109,7 +109,6 @@ void TestEditors::cleanup()
 void TestEditors::startShell()
 {
     makeShell();
-    Editors::self();
     shell->rebuildUI();
     QVERIFY(showActive(shell.get()));
     // The session's current file is raised a moment later.

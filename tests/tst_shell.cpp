@@ -1,7 +1,7 @@
 #include "app/actions.h"
+#include "app/actiontable.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
-#include "app/utils.h"
 #include "app/widgets/splitter.h"
 #include "app/widgetstack.h"
 #include "tests/apptest.h"
@@ -26,41 +26,24 @@ namespace {
 
 QTemporaryDir *commandLineDir = nullptr;
 
-/// A page of a dock, which registers as the program's own panels do.
+/// A page of a dock.
 class Panel : public QWidget
 {
     Q_OBJECT
 public:
-    Panel(bool isLeft, const QString &name)
-        : stack(isLeft ? Shell::self()->leftDock() : Shell::self()->bottomDock())
+    Panel(Dock dock, const char *name)
     {
-        Shell *const shell = Shell::self();
-        const QString side = isLeft ? u"left"_s : u"bottom"_s;
-        action =
-            Actions::createAction(name, side + u"Dock/"_s + name, 0, this, SLOT(makeVisible()));
-        shell->actionGroup(u"docks/"_s + side)->add(action);
-        action->setCheckable(true);
-        action->setIcon(Utils::iconSet(u"16x16_Messages"_s));
-        action->addTo(isLeft ? shell->leftDockTab() : shell->bottomDockTab());
-        stack->addWidget(this, -1);
-        connect(this, SIGNAL(raised()), shell,
-                isLeft ? SLOT(raiseLeftDock()) : SLOT(raiseBottomDock()));
-        connect(shell, isLeft ? &Shell::leftDockRaised : &Shell::bottomDockRaised, this,
-                [this](const QObject *panel) { action->setChecked(panel == this); });
+        const PanelInfo info{name, QString::fromLatin1(name), noKey, "16x16_Messages",
+                             SLOT(makeVisible())};
+        action = Shell::self()->addPanel(dock, this, info);
+        // As wide and high as a panel is at least.
+        setMinimumSize(70, 70);
     }
 
     Action *action = nullptr;
-    WidgetStack *const stack;
 
 public slots:
-    void makeVisible()
-    {
-        stack->raiseWidget(this);
-        emit raised();
-    }
-
-signals:
-    void raised();
+    void makeVisible() { Shell::self()->raisePanel(this); }
 };
 
 QStringList menuTitles(const Shell &shell)
@@ -101,6 +84,9 @@ private slots:
     void storedGeometryThatCannotBe_data();
     void storedGeometryThatCannotBe();
     void hiddenDockComesBackWithItsSize();
+    void shutDockStaysShutAndComesBack_data();
+    void shutDockStaysShutAndComesBack();
+    void handlesShowTheirDots();
     void groupsSpringIntoBeing();
     void menusStandInDeclaredOrder();
     void rebuildingReplacesMenusAndBars();
@@ -117,7 +103,6 @@ private:
     void start(const Prepare &prepare)
     {
         makeShell();
-        Editors::self();
         prepare();
         shell->rebuildUI();
         shell->show();
@@ -165,9 +150,9 @@ void ShellTest::startsWithDefaults()
 void ShellTest::geometrySurvivesARestart()
 {
     const auto panels = [] {
-        new Panel(true, u"a"_s);
-        new Panel(true, u"b"_s);
-        new Panel(false, u"c"_s);
+        new Panel(Dock::Left, "a");
+        new Panel(Dock::Left, "b");
+        new Panel(Dock::Bottom, "c");
     };
     start(panels);
     shell->move(120, 90);
@@ -200,6 +185,7 @@ void ShellTest::storedGeometryThatCannotBe_data()
     row("absurd size", "h", "2000000000");
     row("splitter of words", "vSplitter", "a,b,c");
     row("negative pane", "hSplitter", "-7,400");
+    row("absurd pane", "vSplitter", "9999999,1280");
     row("stale panel", "leftDockPanelID", "77");
 }
 
@@ -214,11 +200,12 @@ void ShellTest::storedGeometryThatCannotBe()
     const QSize screen = QGuiApplication::primaryScreen()->virtualSize();
     QVERIFY(shell->width() <= screen.width() && shell->height() <= screen.height());
     QVERIFY(sizesOf(*shell, "hSplitter").first() > 0);
+    QVERIFY(sizesOf(*shell, "vSplitter").first() <= screen.width());
 }
 
 void ShellTest::hiddenDockComesBackWithItsSize()
 {
-    const auto panel = [] { new Panel(true, u"a"_s); };
+    const auto panel = [] { new Panel(Dock::Left, "a"); };
     start(panel);
     shell->findChild<Splitter *>(u"vSplitter"_s)->moveSplitter(260, 1);
     QVERIFY(QTest::qWaitForWindowActive(shell.get()));
@@ -229,6 +216,88 @@ void ShellTest::hiddenDockComesBackWithItsSize()
     QVERIFY(shell->leftDockWidget()->isHidden());
     shell->leftDockShowHide();
     QTRY_COMPARE(shell->leftDockWidget()->width(), 260);
+}
+
+void ShellTest::shutDockStaysShutAndComesBack_data()
+{
+    const Rows<Dock, QString, bool> row("dock", "way", "isDragged");
+    row("left, dragged, command", Dock::Left, "command", true);
+    row("left, dragged, panel", Dock::Left, "panel", true);
+    row("left, stored, command", Dock::Left, "command", false);
+    row("bottom, dragged, command", Dock::Bottom, "command", true);
+    row("bottom, dragged, hidden, panel", Dock::Bottom, "hidden panel", true);
+    row("bottom, stored, panel", Dock::Bottom, "panel", false);
+}
+
+void ShellTest::shutDockStaysShutAndComesBack()
+{
+    QFETCH(Dock, dock);
+    QFETCH(QString, way);
+    QFETCH(bool, isDragged);
+    const bool isLeft = dock == Dock::Left;
+    const char *const splitterName = isLeft ? "vSplitter" : "hSplitter";
+    const QString key = u"/geometry/"_s + QLatin1String(splitterName);
+    Panel *panel = nullptr;
+    const auto makePanel = [&] { panel = new Panel(dock, "a"); };
+    const auto size = [&] {
+        QWidget *const whole = isLeft ? shell->leftDockWidget() : shell->bottomDockWidget();
+        return sizesOf(*shell, splitterName).at(isLeft ? 0 : 1) == 0 ? 0
+               : isLeft                                              ? whole->width()
+                                                                     : whole->height();
+    };
+    if (!isDragged)
+        Settings::write(key,
+                        isLeft ? QStringList{u"0"_s, u"900"_s} : QStringList{u"618"_s, u"0"_s});
+    start(makePanel);
+    auto *const splitter = shell->findChild<Splitter *>(QLatin1String(splitterName));
+    const int whole = isLeft ? splitter->width() : splitter->height();
+    if (isDragged) {
+        splitter->moveSplitter(isLeft ? 150 : whole - 150, 1);
+        splitter->moveSplitter(isLeft ? 0 : whole, 1);
+    }
+    QTRY_COMPARE(size(), 0);
+    const int wanted = !isDragged ? (isLeft ? 200 : 100)
+                       : isLeft   ? 150
+                                  : 150 - splitter->handleWidth();
+    if (!isDragged) {
+        // Another restart, and it is shut still.
+        dropShell();
+        QCOMPARE(Settings::readList(key).at(isLeft ? 0 : 1), u"0"_s);
+        start(makePanel);
+        QCOMPARE(size(), 0);
+    }
+    const QString command = isLeft ? u"Shell/showHideLeftPanel"_s : u"Shell/showHideBottomPanel"_s;
+    if (way == u"hidden panel"_s) {
+        panel->parentWidget()->parentWidget()->hide();
+        QCoreApplication::sendPostedEvents();
+    }
+    if (way == u"command"_s)
+        Actions::action(command)->trigger();
+    else
+        panel->action->trigger();
+    QTRY_COMPARE(size(), wanted);
+    QVERIFY(panel->isVisible());
+    // Open as it is now, the command hides it.
+    Actions::action(command)->trigger();
+    QVERIFY(!panel->isVisible());
+}
+
+void ShellTest::handlesShowTheirDots()
+{
+    start([] {
+        new Panel(Dock::Left, "a");
+        new Panel(Dock::Bottom, "b");
+    });
+    for (const char *name : {"vSplitter", "hSplitter"}) {
+        const QImage handle =
+            shell->findChild<Splitter *>(QLatin1String(name))->handle(1)->grab().toImage();
+        QSet<QRgb> colours;
+        for (int y = 0; y < handle.height(); ++y) {
+            for (int x = 0; x < handle.width(); ++x)
+                colours.insert(handle.pixel(x, y));
+        }
+        QCOMPARE(colours.size(), 3);
+    }
 }
 
 void ShellTest::groupsSpringIntoBeing()
@@ -305,7 +374,7 @@ void ShellTest::emptyDockHides()
     // Nobody hid them: the first panel brings them back.
     dropShell();
     start();
-    new Panel(false, u"late"_s);
+    new Panel(Dock::Bottom, "late");
     shell->rebuildUI();
     QVERIFY(shell->bottomDockWidget()->isVisible());
     QVERIFY(Actions::action(u"Shell/showHideBottomPanel"_s)->isVisible());
@@ -314,9 +383,9 @@ void ShellTest::emptyDockHides()
 void ShellTest::tabStripFromTwoPanelsOn()
 {
     start([] {
-        new Panel(true, u"a"_s);
-        new Panel(true, u"b"_s);
-        new Panel(false, u"c"_s);
+        new Panel(Dock::Left, "a");
+        new Panel(Dock::Left, "b");
+        new Panel(Dock::Bottom, "c");
     });
     QVERIFY(shell->leftDockTab()->isVisible());
     QVERIFY(!shell->bottomDockTab()->isVisible());
@@ -332,8 +401,8 @@ void ShellTest::raisedPanelShowsItsDock()
     Panel *a = nullptr;
     Panel *b = nullptr;
     start([&] {
-        a = new Panel(true, u"a"_s);
-        b = new Panel(true, u"b"_s);
+        a = new Panel(Dock::Left, "a");
+        b = new Panel(Dock::Left, "b");
     });
     a->action->trigger();
     QVERIFY(a->isVisible() && a->action->isChecked());
@@ -355,9 +424,9 @@ void ShellTest::firstStartShowsThePanelsAndKeepsTheFocus()
     Panel *left = nullptr;
     Panel *bottom = nullptr;
     start([&] {
-        left = new Panel(true, u"a"_s);
-        new Panel(true, u"b"_s);
-        bottom = new Panel(false, u"c"_s);
+        left = new Panel(Dock::Left, "a");
+        new Panel(Dock::Left, "b");
+        bottom = new Panel(Dock::Bottom, "c");
         connect(shell.get(), &Shell::leftDockRaised, left, [left] { left->setFocus(); });
     });
     QVERIFY(left->isVisible() && left->action->isChecked());

@@ -65,19 +65,19 @@ void Editors::Private::forgetFile(Editor *editor)
     }
 }
 
-Editors::Editors() : d(std::make_unique<Private>())
+Editors::Editors(Shell &shell) : d(std::make_unique<Private>(shell))
 {
     setObjectName(QStringLiteral("vesk::Editors"));
     Private::self = this;
     installEditorFactory(new ZVEditorFactory);
-    Shell *const shell = Shell::self();
-    connect(this, &Editors::gotFocus, shell, &Shell::focusIn);
-    connect(shell, &Shell::focusChanged, this, &Editors::focusChanged);
-    connect(shell, &Shell::uiRebuilded, this, &Editors::addCloseButton);
-    connect(shell, &Shell::uiRebuilded, this, &Editors::loadSessionFiles);
-    connect(shell, &Shell::uiRebuilded, this, &Editors::loadSession);
+    shell.setLeaveQuestion([this] { return closeAll(); });
+    connect(this, &Editors::gotFocus, &shell, [this, &shell] { shell.focusIn(this); });
+    connect(&shell, &Shell::focusChanged, this, &Editors::focusChanged);
+    connect(&shell, &Shell::uiRebuilded, this, &Editors::addCloseButton);
+    connect(&shell, &Shell::uiRebuilded, this, &Editors::loadSessionFiles);
+    connect(&shell, &Shell::uiRebuilded, this, &Editors::loadSession);
     createToEditorAction();
-    connect(shell->workspace(), qOverload<QWidget *>(&WidgetStack::aboutToShow), this,
+    connect(shell.workspace(), qOverload<QWidget *>(&WidgetStack::aboutToShow), this,
             &Editors::workspaceWidgetRaised);
     createActions();
     newEditor();
@@ -85,7 +85,8 @@ Editors::Editors() : d(std::make_unique<Private>())
 
 Editors::~Editors()
 {
-    disconnect(Shell::self()->workspace(), nullptr, this, nullptr);
+    d->shell.setLeaveQuestion({});
+    disconnect(d->shell.workspace(), nullptr, this, nullptr);
     while (!d->list.isEmpty())
         discard(d->list.takeLast(), DeleteWhen::Now);
     Private::self = nullptr;
@@ -93,15 +94,8 @@ Editors::~Editors()
 
 Editors *Editors::self()
 {
-    // The constructor stores the pointer: what it calls reaches for it already.
-    if (!Private::self)
-        new Editors;
+    Q_ASSERT(Private::self);
     return Private::self;
-}
-
-void Editors::destroy()
-{
-    const std::unique_ptr<Editors> dying(Private::self);
 }
 
 void Editors::installEditorFactory(EditorFactory *factory)
@@ -151,7 +145,7 @@ void Editors::setCurrentEditor(Editor *editor)
     emit currentChanged(editor);
     emit editorChanged();
     setCaption();
-    WidgetStack *const workspace = Shell::self()->workspace();
+    WidgetStack *const workspace = d->shell.workspace();
     if (workspace->visibleWidget() != editor) {
         workspace->raiseWidget(editor);
         editor->setFocus();
@@ -160,7 +154,7 @@ void Editors::setCurrentEditor(Editor *editor)
 
 void Editors::workspaceWidgetRaised(QWidget *page)
 {
-    QWidget *const raised = page ? page : Shell::self()->workspace()->visibleWidget();
+    QWidget *const raised = page ? page : d->shell.workspace()->visibleWidget();
     setCurrentEditor(qobject_cast<Editor *>(raised));
 }
 
@@ -182,7 +176,7 @@ void Editors::newEditor()
         qDebug("no editors selected");
         return;
     }
-    WidgetStack *const workspace = Shell::self()->workspace();
+    WidgetStack *const workspace = d->shell.workspace();
     Editor *const editor = d->currentFactory->createEditor(workspace);
     workspace->addWidget(editor, -1);
     d->list.append(editor);
@@ -286,8 +280,7 @@ void Editors::tellFailure(const QString &failure)
 void Editors::repeatFailures()
 {
     if (!d->failures.isEmpty())
-        Shell::self()->statusMessage(QStringLiteral("default"),
-                                     d->failures.join(QStringLiteral("; ")));
+        d->shell.statusMessage(QStringLiteral("default"), d->failures.join(QStringLiteral("; ")));
 }
 
 void Editors::prevEditor()
@@ -355,31 +348,31 @@ void Editors::setCaption()
     }
     // Twice the placeholder stands for its own text.
     caption.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
-    Shell::self()->setWindowTitle(caption);
-    Shell::self()->statusMessage(QStringLiteral("default"), path);
+    d->shell.setWindowTitle(caption);
+    d->shell.statusMessage(QStringLiteral("default"), path);
     editorLineColChanged(editor->cursorLine(), editor->cursorColumn());
 }
 
 void Editors::editorLineColChanged(int line, int column)
 {
-    Shell::self()->statusMessage(QStringLiteral("line"), QString::number(line));
-    Shell::self()->statusMessage(QStringLiteral("col"), QString::number(column));
+    d->shell.statusMessage(QStringLiteral("line"), QString::number(line));
+    d->shell.statusMessage(QStringLiteral("col"), QString::number(column));
 }
 
 void Editors::editorOverwriteModeChanged(bool overwrite)
 {
-    Shell::self()->statusMessage(QStringLiteral("insowr"), overwrite ? tr("OWR") : tr("INS"));
+    d->shell.statusMessage(QStringLiteral("insowr"), overwrite ? tr("OWR") : tr("INS"));
 }
 
 void Editors::addCloseButton()
 {
-    QMenuBar *const menuBar = Shell::self()->menuBar();
+    QMenuBar *const menuBar = d->shell.menuBar();
     // A rebuilt menu bar keeps its corner.
     if (d->closeButtonFrame) {
         d->closeButtonFrame->show();
         return;
     }
-    auto *const frame = new QFrame(Shell::self());
+    auto *const frame = new QFrame(&d->shell);
     d->closeButtonFrame = frame;
     auto *const layout = new QHBoxLayout(frame);
     const int margin = frame->frameWidth();

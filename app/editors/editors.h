@@ -12,24 +12,27 @@ namespace vesk {
 
 class Editor;
 class EditorFactory;
+class Shell;
 
 /// Owns the open editors and knows which one is current: creates, saves and
 /// closes them, remembers the session, and holds the actions that act on text.
 /// The editors are pages of the main window's workspace; tabs and lists only
 /// mirror this object. There is always at least one editor, until closeAll().
 ///
-/// The first self() makes the object; it needs the main window's workspace and
-/// action groups. The main window deletes it with destroy() before its own
-/// widgets go.
+/// `Components` makes the one object after the main window and deletes it before
+/// that.
 class Editors : public QObject
 {
     Q_OBJECT
 public:
+    /// Puts the actions into the groups of \a shell, and the editors, of which the
+    /// first is made here, into its workspace.
+    explicit Editors(Shell &shell);
+    /// Deletes the editors that are left.
     ~Editors() override;
 
+    /// There must be an object; the pointer is good from its constructor on.
     static Editors *self();
-    /// Deletes the object, if there is one, with all editors that are left.
-    static void destroy();
 
     /// New editors come from \a factory from now on. Takes ownership; another
     /// factory of the same name is replaced and deleted.
@@ -146,8 +149,6 @@ private:
         /// When the event that the editor is in has come to its end.
         Later
     };
-
-    Editors();
 
     void createToEditorAction();
     void createActions();

@@ -14,14 +14,19 @@ class QMenu;
 
 namespace vesk {
 
+class Shell;
+
 struct Editors::Private
 {
     static Editors *self;
+
+    explicit Private(Shell &window) : shell(window) {}
 
     /// Notes under which names the file of \a editor can be asked for.
     void noteFile(Editor *editor);
     void forgetFile(Editor *editor);
 
+    Shell &shell;
     std::map<QString, std::unique_ptr<EditorFactory>> factories;
     EditorFactory *currentFactory = nullptr;
     QList<Editor *> list;

@@ -1,11 +1,11 @@
 #include "app/editors/editors.h"
 
 #include "app/actions.h"
+#include "app/actiontable.h"
 #include "app/editors/editors_p.h"
 #include "app/shell.h"
 #include "app/utils.h"
 
-#include <QKeySequence>
 #include <QMenu>
 #include <QToolBar>
 #include <QToolButton>
@@ -14,20 +14,7 @@ namespace vesk {
 
 namespace {
 
-struct ActionRow
-{
-    const char *name;
-    const char *label;
-    QKeyCombination accelerator;
-    const char *slot;
-    /// Null for none.
-    const char *icon;
-    const char *group;
-    /// A separator stands in front of it in its group.
-    bool isSeparated = false;
-};
-
-constexpr QKeyCombination noKey = QKeyCombination::fromCombined(0);
+using Separator = ActionRow::Separator;
 
 // The groups "std" are written so on purpose: they are sub-groups of their own
 // behind the declared "Std" and "Misc".
@@ -37,9 +24,9 @@ const ActionRow actionRows[] = {
     {"Editors/open", "&Open", Qt::CTRL | Qt::Key_O, SLOT(open()), "16x16_Open", "menu/File/Open"},
     {"Editors/toolbar/open", "Open", noKey, SLOT(open()), "22x22_Open", "toolbar/File/Open"},
     {"Editors/close", "&Close", Qt::CTRL | Qt::Key_W, SLOT(close()), nullptr, "menu/File/Close",
-     true},
+     Separator::Before},
     {"Editors/save", "&Save", Qt::CTRL | Qt::Key_S, SLOT(save()), "16x16_Save", "menu/File/Save",
-     true},
+     Separator::Before},
     {"Editors/toolbar/save", "Save", noKey, SLOT(save()), "22x22_Save", "toolbar/File/Save"},
     {"Editors/saveAs", "Save &as...", noKey, SLOT(saveAs()), nullptr, "menu/File/Save"},
     {"Editors/saveAll", "Save a&ll", noKey, SLOT(saveAll()), nullptr, "menu/File/Save"},
@@ -48,22 +35,24 @@ const ActionRow actionRows[] = {
      "menu/Edit/std"},
     {"Editors/toolbar/undo", "Undo", noKey, SLOT(undo()), "22x22_Undo", "toolbar/Edit"},
     {"Editors/toolbar/redo", "Redo", noKey, SLOT(redo()), "22x22_Redo", "toolbar/Edit"},
-    {"Editors/cut", "Cu&t", Qt::CTRL | Qt::Key_X, SLOT(cut()), "16x16_Cut", "menu/Edit/std", true},
+    {"Editors/cut", "Cu&t", Qt::CTRL | Qt::Key_X, SLOT(cut()), "16x16_Cut", "menu/Edit/std",
+     Separator::Before},
     {"Editors/copy", "&Copy", Qt::CTRL | Qt::Key_C, SLOT(copy()), "16x16_Copy", "menu/Edit/std"},
     {"Editors/paste", "&Paste", Qt::CTRL | Qt::Key_V, SLOT(paste()), "16x16_Paste",
      "menu/Edit/std"},
-    {"Editors/toolbar/cut", "Cut", noKey, SLOT(cut()), "22x22_Cut", "toolbar/Edit", true},
+    {"Editors/toolbar/cut", "Cut", noKey, SLOT(cut()), "22x22_Cut", "toolbar/Edit",
+     Separator::Before},
     {"Editors/toolbar/copy", "Copy", noKey, SLOT(copy()), "22x22_Copy", "toolbar/Edit"},
     {"Editors/toolbar/paste", "Paste", noKey, SLOT(paste()), "22x22_Paste", "toolbar/Edit"},
     {"Editors/selectAll", "&Select All", Qt::CTRL | Qt::Key_A, SLOT(selectAll()), nullptr,
-     "menu/Edit/std", true},
+     "menu/Edit/std", Separator::Before},
     {"Editors/indent", "&Indent", Qt::CTRL | Qt::Key_I, SLOT(indent()), "16x16_Indent",
-     "menu/Edit/std", true},
+     "menu/Edit/std", Separator::Before},
     {"Editors/unindent", "U&nindent", Qt::CTRL | Qt::Key_U, SLOT(unindent()), "16x16_Unindent",
      "menu/Edit/std"},
     {"Editors/wrap", "&Word wrap", Qt::Key_F2, SLOT(wrap()), nullptr, "menu/Edit/std"},
     {"Editors/complete_next", "Next completion", Qt::CTRL | Qt::Key_N, SLOT(completeWordNext()),
-     nullptr, "menu/Edit/std", true},
+     nullptr, "menu/Edit/std", Separator::Before},
     {"Editors/complete_prev", "Prev completion", Qt::CTRL | Qt::Key_P, SLOT(completeWordPrev()),
      nullptr, "menu/Edit/std"},
     {"Editors/prev", "P&rev Editor", Qt::ALT | Qt::Key_Left, SLOT(prevEditor()), nullptr,
@@ -74,6 +63,8 @@ const ActionRow actionRows[] = {
      "menu/Options/std"},
     {"Editors/configure_hl", "Configure &highlighting", noKey, SLOT(configureHighlighting()),
      nullptr, "menu/Options/std"},
+    {"Editors/focus", QT_TRANSLATE_NOOP("vesk::Editors", "&Editor window"), Qt::CTRL | Qt::Key_E,
+     SLOT(setFocus()), nullptr, "menu/Window/Docks", Separator::None, ActionRow::Label::Translated},
 };
 
 /// Work only while the editors have the focus of the window's components.
@@ -89,25 +80,10 @@ constexpr const char *focusActions[] = {
 
 void Editors::createActions()
 {
-    for (const ActionRow &row : actionRows) {
-        Action *const action =
-            Actions::createAction(QString::fromLatin1(row.label), QString::fromLatin1(row.name),
-                                  row.accelerator.toCombined(), this, row.slot);
-        if (row.icon)
-            action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));
-        ActionGroup *const group = Shell::self()->actionGroup(QString::fromLatin1(row.group));
-        if (row.isSeparated)
-            group->addSeparator();
-        group->add(action);
-    }
+    addActions(this, actionRows);
     Action *const open = Actions::action(QStringLiteral("Editors/toolbar/open"));
     open->setUsesTextLabel(true);
     open->setTextPosition(Qt::ToolButtonTextBesideIcon);
-
-    Action *const focus = Actions::createAction(
-        tr("&Editor window"), QStringLiteral("Editors/focus"),
-        QKeyCombination(Qt::CTRL | Qt::Key_E).toCombined(), this, SLOT(setFocus()));
-    Shell::self()->actionGroup(QStringLiteral("menu/Window/Docks"))->add(focus);
 
     // Nothing can be configured yet.
     for (const char *name : {"Editors/configure", "Editors/configure_hl"})
@@ -127,8 +103,8 @@ void Editors::createToEditorAction()
         Actions::createAction(QStringLiteral("Show Editor"), QStringLiteral("Editors/toEditor"), 0,
                               this, SLOT(toEditor()));
     action->setIcon(Utils::iconSet(QStringLiteral("22x22_ToEditor")));
-    action->addTo(Shell::self()->stackButtons());
-    Shell::self()->actionGroup(QStringLiteral("stackButtons"))->add(action);
+    action->addTo(d->shell.stackButtons());
+    d->shell.actionGroup(QStringLiteral("stackButtons"))->add(action);
 
     QToolButton *const button = action->toolbuttons.first();
     d->editorsPopup = new QMenu(button);

@@ -216,7 +216,7 @@ void Editors::discard(Editor *editor, DeleteWhen when)
         const std::unique_ptr<Editor> dying(editor);
         return;
     }
-    Shell::self()->workspace()->removeWidget(editor);
+    d->shell.workspace()->removeWidget(editor);
     editor->deleteLater();
 }
 

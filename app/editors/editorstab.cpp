@@ -12,6 +12,9 @@ namespace vesk {
 
 struct EditorsTab::Private
 {
+    explicit Private(Editors &mirrored) : editors(mirrored) {}
+
+    Editors &editors;
     QMap<int, Editor *> tab2editor;
     QMap<Editor *, int> editor2tab;
     QSet<int> modifiedTabs;
@@ -19,20 +22,19 @@ struct EditorsTab::Private
     bool lockUpdateList = false;
 };
 
-EditorsTab::EditorsTab(QWidget *parent, const QString &name)
-    : TabBar(parent, name), d(std::make_unique<Private>())
+EditorsTab::EditorsTab(Editors &editors, QWidget *parent, const QString &name)
+    : TabBar(parent, name), d(std::make_unique<Private>(editors))
 {
     setViewStyle(BoldCurrent | NarrowOthers);
     setAllowDragging(false);
-    Editors *const editors = Editors::self();
     updateList();
     connect(this, &TabBar::currentChanged, this, &EditorsTab::itemSelected);
-    connect(editors, &Editors::listChanged, this, &EditorsTab::updateList);
-    connect(editors, &Editors::currentChanged, this, &EditorsTab::setCurrentEditor);
-    connect(this, &EditorsTab::showEditor, editors, &Editors::setCurrentEditor);
-    connect(this, &TabBar::closeTab, editors, qOverload<>(&Editors::close));
+    connect(&editors, &Editors::listChanged, this, &EditorsTab::updateList);
+    connect(&editors, &Editors::currentChanged, this, &EditorsTab::setCurrentEditor);
+    connect(this, &EditorsTab::showEditor, &editors, &Editors::setCurrentEditor);
+    connect(this, &TabBar::closeTab, &editors, qOverload<>(&Editors::close));
     connect(this, &TabBar::changeTabsOrder, this, &EditorsTab::slotTabOrderChanged);
-    connect(editors, &Editors::editorModified, this, &EditorsTab::editorModified);
+    connect(&editors, &Editors::editorModified, this, &EditorsTab::editorModified);
 }
 
 EditorsTab::~EditorsTab() = default;
@@ -46,14 +48,13 @@ void EditorsTab::updateList()
 {
     if (d->lockUpdateList)
         return;
-    const Editors *const editors = Editors::self();
     setUpdatesEnabled(false);
     d->lockUpdate = true;
     d->tab2editor.clear();
     d->editor2tab.clear();
     d->modifiedTabs.clear();
     clear();
-    const QList<Editor *> list = editors->editors();
+    const QList<Editor *> list = d->editors.editors();
     for (Editor *const editor : list) {
         const QString label = Editors::displayName(editor);
         const int id = addTab(QString(label).replace(u'&', QStringLiteral("&&")), -1);
@@ -63,7 +64,7 @@ void EditorsTab::updateList()
     }
     setCurrentTab(firstTab(false));
     d->lockUpdate = false;
-    setCurrentEditor(editors->current());
+    setCurrentEditor(d->editors.current());
     setUpdatesEnabled(true);
     update();
 }
@@ -93,7 +94,7 @@ void EditorsTab::slotTabOrderChanged(int a, int b)
     d->editor2tab.insert(second, a);
     // The answer must not build the bar anew: the mouse still holds a tab of it.
     const QScopedValueRollback lock(d->lockUpdateList, true);
-    Editors::self()->changeEditorsOrder(first, second);
+    d->editors.changeEditorsOrder(first, second);
 }
 
 void EditorsTab::editorModified(Editor *editor, bool modified)

@@ -7,17 +7,20 @@
 namespace vesk {
 
 class Editor;
+class Editors;
 
 /// The strip of tabs below the editors. It mirrors `Editors` and is built anew
 /// whenever the list there changes, so that ids live no longer than that. The
 /// labels of unsaved texts are blue.
 ///
-/// Making one makes `Editors`.
+/// It follows the current editor and lets the user choose another one.
 class EditorsTab : public zvwidgets::TabBar
 {
     Q_OBJECT
 public:
-    explicit EditorsTab(QWidget *parent = nullptr, const QString &name = QString());
+    /// \a editors must outlive it.
+    explicit EditorsTab(Editors &editors, QWidget *parent = nullptr,
+                        const QString &name = QString());
     ~EditorsTab() override;
 
     /// As Editors::subName().

@@ -131,14 +131,9 @@ MessageOutput::MessageOutput(QWidget *parent) : QListWidget(parent), d(std::make
 
     createClearButton();
 
-    Action *show =
-        Actions::createAction(tr("Messages"), QStringLiteral("bottomDock/messages"),
-                              (Qt::CTRL | Qt::Key_M).toCombined(), this, SLOT(makeVisible()));
-    Shell::self()->actionGroup(QStringLiteral("docks/bottom"))->add(show);
-    show->setCheckable(true);
-    show->setIcon(Utils::iconSet(QStringLiteral("16x16_Messages")));
-    show->addTo(Shell::self()->bottomDockTab());
-    Shell::self()->bottomDock()->addWidget(this, -1);
+    Shell::self()->addPanel(
+        Dock::Bottom, this,
+        {"messages", tr("Messages"), Qt::CTRL | Qt::Key_M, "16x16_Messages", SLOT(makeVisible())});
 }
 
 /// The button stands over the rows, clear of the scroll bar.
@@ -328,7 +323,7 @@ void MessageOutput::openFile(const QString &fileName, int line)
 
 void MessageOutput::makeVisible()
 {
-    Shell::self()->bottomDock()->raiseWidget(this);
+    Shell::self()->raisePanel(this);
 }
 
 void MessageOutput::clickItem(QListWidgetItem *item)

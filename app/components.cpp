@@ -1,0 +1,53 @@
+#include "app/components.h"
+
+#include "app/editors/editors.h"
+#include "app/editors/editorstab.h"
+#include "app/messages/messageoutput.h"
+#include "app/search/searchmanager.h"
+#include "app/shell.h"
+
+#include <QFileInfo>
+
+namespace vesk {
+
+Components::Components()
+    : window(std::make_unique<Shell>(nullptr, QStringLiteral("vesk::Shell")))
+    , editors(std::make_unique<Editors>(*window))
+    , tabs(std::make_unique<EditorsTab>(*editors))
+{
+    tabs->setTabPosition(EditorsTab::Bottom);
+    window->setWorkspaceTabs(tabs.get());
+}
+
+Components::~Components()
+{
+    // Before the panels leave the docks. The members go after this, last one first.
+    window->saveGeometryOnce();
+}
+
+void Components::openArguments()
+{
+    QStringList files;
+    QStringList unreadable;
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    for (const QString &argument : arguments) {
+        const QFileInfo file(argument);
+        // Absolute, so that the session finds it again from any folder and no
+        // second editor opens for the same file.
+        if (file.exists())
+            files.append(file.absoluteFilePath());
+        else if (argument.contains(QChar::ReplacementCharacter))
+            unreadable.append(argument);
+    }
+    editors->openAll(files);
+    for (const QString &name : std::as_const(unreadable))
+        editors->tellFailure(tr("Cannot open %1: its name is not UTF-8").arg(name));
+}
+
+void Components::makePanels()
+{
+    messages.reset(MessageOutput::self());
+    search.reset(SearchManager::self());
+}
+
+} // namespace vesk
