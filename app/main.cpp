@@ -1,4 +1,5 @@
 #include "app/components.h"
+#include "app/editors/editors.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/utils.h"
@@ -91,6 +92,7 @@ int run()
     waitUntilShown(shell.windowHandle(), windowPatience);
     splash->finish(&shell);
     splash.reset();
+    QTimer::singleShot(0, Editors::self(), &Editors::settleInterruptedSaves);
     // The window may have been closed before exec(); then there is no loop to quit.
     return shell.isLeaving() ? 0 : QApplication::exec();
 }

@@ -6,10 +6,13 @@
 #include "app/editors/zveditor/zveditor.h"
 #include "app/widgetstack.h"
 #include "tests/apptest.h"
+#include "zvwidgets/zveditor/lines/keptcopies.h"
 
 #include <QAbstractButton>
+#include <QClipboard>
 #include <QDir>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -25,9 +28,12 @@
 #include <memory>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace vesk;
+using zvwidgets::KeptCopies;
 
 class TestEditors : public AppTest
 {
@@ -57,6 +63,10 @@ private slots:
     void failedSaveKeepsTheText();
     void saveAllAsksForNames();
     void saveAllTellsEachFailure();
+    void latin1IsAsked_data();
+    void latin1IsAsked();
+    void interruptedSaveIsOffered_data();
+    void interruptedSaveIsOffered();
     void leaving_data();
     void leaving();
     void sessionComesBack();
@@ -485,6 +495,80 @@ void TestEditors::saveAllTellsEachFailure()
     // A save that succeeds is the end of it.
     editors()->save();
     QCOMPARE(statusText(), path(u"c.txt"_s));
+}
+
+void TestEditors::latin1IsAsked_data()
+{
+    const Rows<QByteArray, QString, bool, QByteArray> row("bytes", "typed", "asks", "saved");
+    row("yes recodes all", "caf\xE9\n", QString(QChar(0x20AC)), true,
+        "\xE2\x82\xAC\x63\x61\x66\xC3\xA9\n");
+    row("no loses nothing", "caf\xE9\n", QString(QChar(0x20AC)), true, "caf\xE9\n");
+    row("a letter that it has", "caf\xE9\n", QString(QChar(0xE0)), false, "\xE0\x63\x61\x66\xE9\n");
+    row("UTF-8 with a bad byte", "\xC3\xA9\xFF\n", QString(QChar(0x20AC)), false,
+        "\xE2\x82\xAC\xC3\xA9\xFF\n");
+}
+
+void TestEditors::latin1IsAsked()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, typed);
+    QFETCH(bool, asks);
+    QFETCH(QByteArray, saved);
+    const QString file = write(u"file"_s, bytes);
+    editors()->open(file);
+    QGuiApplication::clipboard()->setText(typed);
+    editors()->paste();
+    const bool refuses = saved == bytes;
+    if (asks)
+        responder->expect(refuses ? QMessageBox::No : QMessageBox::Yes);
+    editors()->save();
+    QCOMPARE(readFile(file), saved);
+    QCOMPARE(editors()->current()->isModified(), refuses);
+    QCOMPARE(editors()->current()->text(), typed + editors()->current()->text().mid(1));
+    QCOMPARE(statusText().contains(typed), refuses);
+    // Asked once: from then on the file is what it became.
+    if (refuses)
+        return;
+    editors()->paste();
+    editors()->save();
+    QVERIFY(!editors()->current()->isModified());
+}
+
+void TestEditors::interruptedSaveIsOffered_data()
+{
+    const Rows<QString, QByteArray> row("answer", "text");
+    row("the new text", "&New text", "new");
+    row("the former text", "&Former text", "former");
+    row("as it is", "&Leave as it is", "torn");
+}
+
+void TestEditors::interruptedSaveIsOffered()
+{
+    QFETCH(QString, answer);
+    QFETCH(QByteArray, text);
+    qputenv("XDG_STATE_HOME", QFile::encodeName(path(u"state"_s)));
+    const QString file = write(u"file"_s, "torn");
+    const pid_t other = fork();
+    if (other == 0) {
+        KeptCopies copies(QFile::encodeName(file));
+        const bool isReady = copies.make() && ::write(copies.former(), "former", 6) == 6 &&
+                             ::write(copies.fresh(), "new", 3) == 3 && copies.settle();
+        // Its copies stay, as those of a process that was killed.
+        _exit(isReady ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(other, &status, 0);
+    QCOMPARE(status, 0);
+    editors()->open(file);
+    responder->expect(answer);
+    editors()->settleInterruptedSaves();
+    QVERIFY(responder->texts.value(0).contains(file));
+    QCOMPARE(readFile(file), text);
+    QCOMPARE(editors()->current()->text(), QString::fromLatin1(text));
+    QCOMPARE(QDir(dir->path()).entryList({u"file*"_s}).size(), text == "torn" ? 3 : 1);
+    // It is asked once.
+    editors()->settleInterruptedSaves();
+    qunsetenv("XDG_STATE_HOME");
 }
 
 void TestEditors::leaving_data()

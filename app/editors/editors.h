@@ -123,6 +123,9 @@ public slots:
     void loadSession();
     void loadSessionFiles();
     void loadSessionCurrent();
+    /// Asks about files that an earlier run was saving when it ended, and shows what
+    /// becomes of them. To be called once the main window is there.
+    void settleInterruptedSaves();
 
 signals:
     void currentChanged(vesk::Editor *editor);

@@ -1,10 +1,13 @@
 #include "app/editors/editors.h"
 
 #include "app/editors/editors_p.h"
+#include "app/editors/zveditor/interruptedsaves.h"
 #include "app/settings.h"
 
 #include <QFileInfo>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace vesk {
 
@@ -60,6 +63,23 @@ void Editors::loadSessionCurrent()
         open(path);
     }
     repeatFailures();
+}
+
+void Editors::settleInterruptedSaves()
+{
+    // The window may have been closed meanwhile.
+    if (!current())
+        return;
+    const QStringList changed = InterruptedSaves::settle();
+    const QList<Editor *> all = editors();
+    for (Editor *const editor : all) {
+        const QFileInfo shown(editor->filename());
+        const bool hasChanged =
+            std::any_of(changed.begin(), changed.end(),
+                        [&shown](const QString &path) { return QFileInfo(path) == shown; });
+        if (hasChanged && !editor->isModified())
+            editor->open(editor->filename());
+    }
 }
 
 } // namespace vesk

@@ -15,6 +15,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QMenu>
+#include <QMessageBox>
 #include <QRegularExpression>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -283,15 +284,49 @@ void ZVEditor::storeFolds() const
     Settings::write(foldsKey(path), foldsToText(d->editor->folding()->foldersState()));
 }
 
+/// Asks to make the file UTF-8 if it is Latin-1 and got a character that this lacks.
+/// Whoever refuses is told by the save, which fails then.
+void ZVEditor::settleEncoding(const QString &path)
+{
+    const QString lacking = d->document->unencodable();
+    if (lacking.isEmpty())
+        return;
+    const int answer =
+        Message::warning(tr("Warning"),
+                         tr("The file\n%1\nis Latin-1, which has no character \"%2\".\n"
+                            "Would you like to save all of it as UTF-8?")
+                             .arg(path, lacking),
+                         QMessageBox::Yes, QMessageBox::No, QMessageBox::NoButton);
+    if (answer != QMessageBox::Yes)
+        return;
+    zvwidgets::TextFormat format = d->document->fileFormat();
+    format.encoding = QStringConverter::Utf8;
+    d->document->setFileFormat(format);
+}
+
+/// Calls \a save, which writes to \a path; false if that fails.
+bool ZVEditor::write(const QString &path, const std::function<bool()> &save)
+{
+    const zvwidgets::TextFormat format = d->document->fileFormat();
+    settleEncoding(path);
+    const bool isWritten = save();
+    // It is still the former one on the disk.
+    if (!isWritten)
+        d->document->setFileFormat(format);
+    return succeeded(isWritten);
+}
+
 void ZVEditor::save()
 {
-    succeeded(d->editor->save());
+    setErrorString(QString());
+    if (isModified())
+        write(filename(), [this] { return d->editor->save(); });
     refreshModificationTime();
 }
 
 void ZVEditor::saveAs(const QString &url)
 {
-    if (succeeded(d->editor->saveAs(url)))
+    if (write(url, [&] { return d->editor->saveAs(url); }))
         setFileName(url);
     refreshModificationTime();
 }

@@ -2,6 +2,8 @@
 
 #include "app/editors/editor.h"
 
+#include <functional>
+
 namespace zvwidgets {
 class TextEditorManager;
 }
@@ -78,6 +80,8 @@ private slots:
 
 private:
     void fillContextMenu();
+    void settleEncoding(const QString &path);
+    bool write(const QString &path, const std::function<bool()> &save);
     bool load(const QString &url);
     bool succeeded(bool result);
     void restoreFolds();
