@@ -2,6 +2,7 @@
 
 #include "app/namediconengine.h"
 #include "app/settings.h"
+#include "zvwidgets/utils.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 // The macro works in the global namespace only.
 static void initIconResources()
@@ -131,15 +131,6 @@ std::array<int, 256> base64Values()
         values.at(uchar(base64Alphabet[i])) = i;
     values.at('=') = base64Fill;
     return values;
-}
-
-/// The toolkit's own formatting rounds halves up instead of to even.
-QString fixed(double value, int digits)
-{
-    std::array<char, 64> text;
-    const auto end =
-        std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed, digits).ptr;
-    return QString::fromLatin1(text.data(), end - text.data());
 }
 
 QString longStringCountKey(const QString &key)
@@ -316,25 +307,7 @@ bool Utils::createDirectory(const QString &path)
 
 QString Utils::humanReadableSize(unsigned int size)
 {
-    if (size < 1024)
-        return QString::number(size).rightJustified(3) + QLatin1Char('b');
-    QChar unit = QLatin1Char('M');
-    float value = float(size) / 1048576;
-    if (size <= 0xFFFFF) {
-        unit = QLatin1Char('K');
-        value = float(size) / 1024;
-    } else if (size >> 30) {
-        unit = QLatin1Char('G');
-        value = float(size) / 1073741824;
-    }
-    const int whole = int(value);
-    if (whole <= 9)
-        return fixed(value, 2) + unit;
-    if (whole <= 99)
-        return fixed(value, 1) + unit;
-    if (whole <= 999)
-        return fixed(value, 0) + unit;
-    return unit;
+    return zvwidgets::Utils::humanReadableSize(size);
 }
 
 QString Utils::humanReadableDateTime(const QDateTime &dt)

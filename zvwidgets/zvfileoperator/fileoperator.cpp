@@ -1,0 +1,447 @@
+#include "zvwidgets/zvfileoperator/fileoperator.h"
+
+#include "zvwidgets/utils.h"
+#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfileoperator/fileoperatordialog.h"
+#include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QStyle>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <thread>
+
+namespace zvwidgets {
+
+namespace {
+
+constexpr int showDelay = 500;
+constexpr int refreshInterval = 100;
+
+using Questions = FileOperatorQuestions;
+
+/// Shows a dialog and waits for its end. It has no loop of its own, as that would end
+/// at once when the application was told to quit, with a question unanswered.
+void waitFor(QDialog *dialog)
+{
+    const QPointer<QDialog> alive = dialog;
+    bool finished = false;
+    const auto connection =
+        QObject::connect(dialog, &QDialog::finished, dialog, [&finished] { finished = true; });
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->show();
+    while (alive && !finished)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    QObject::disconnect(connection);
+}
+
+/// The number of the pressed one of \a buttons; Escape presses \a escape.
+int ask(const QString &caption, const QString &text, const QStringList &buttons, int escape)
+{
+    const QPointer<QMessageBox> box = new QMessageBox(Utils::mainWindow());
+    box->setObjectName(QStringLiteral("fileOperatorQuestion"));
+    box->setIcon(QMessageBox::Critical);
+    box->setTextFormat(Qt::PlainText);
+    box->setWindowTitle(caption);
+    box->setText(text);
+    QList<QAbstractButton *> added;
+    // One role for all keeps them in the given order.
+    for (const QString &button : buttons)
+        added.append(box->addButton(button, QMessageBox::ActionRole));
+    box->setDefaultButton(static_cast<QPushButton *>(added.first()));
+    box->setEscapeButton(added.at(escape));
+    waitFor(box);
+    const qsizetype pressed = box ? added.indexOf(box->clickedButton()) : -1;
+    delete box.data();
+    return pressed < 0 ? escape : int(pressed);
+}
+
+} // namespace
+
+struct FileOperator::Private
+{
+    /// One call of an operation.
+    struct Call : Questions
+    {
+        Call(Private *owner, FileOperatorProcess::Operation wanted, const QStringList &paths,
+             const QString &dest);
+
+        Overwriting overwrite(const QByteArray &target) override;
+        Failure cannotAccess(const QByteArray &path, DeviceStatus status) override;
+        Failure transferFailed(const QByteArray &path, DeviceStatus status) override;
+        bool deleteIncomplete(const QByteArray &target) override;
+        Failure cannotDelete(const QByteArray &path) override;
+        void intoItself(const QByteArray &folder) override;
+        void notFlushed() override;
+        void tell(const Notes &notes) override;
+
+        void start();
+        void end(bool ranToEnd);
+        void refresh();
+
+        /// Runs \a question on the main thread and waits for its answer.
+        template <typename Question>
+        auto onMainThread(const Question &question);
+
+        Private *const d;
+        const FileOperatorProcess::Operation operation;
+        const QString destination;
+        FileOperatorProcess process;
+        std::unique_ptr<FileOperatorDialog> dialog;
+        std::jthread thread;
+        bool result = false;
+        bool isDone = false;
+    };
+
+    explicit Private(FileOperator *operatorItself) : q(operatorItself)
+    {
+        showTimer.setSingleShot(true);
+        showTimer.setInterval(showDelay);
+        refreshTimer.setInterval(refreshInterval);
+        QObject::connect(&showTimer, &QTimer::timeout, q, &FileOperator::showOnTimer);
+        QObject::connect(&refreshTimer, &QTimer::timeout, q, [this] { calls.first()->refresh(); });
+    }
+
+    bool run(FileOperatorProcess::Operation operation, const QStringList &filePaths,
+             const QString &dest);
+
+    FileOperator *const q;
+    int overwriteResult = Questions::Abort;
+    QPointer<QDialog> overwriteDialog;
+    /// The first one is being worked on, the others wait. Owned by the calls.
+    QList<Call *> calls;
+    QTimer showTimer;
+    QTimer refreshTimer;
+};
+
+namespace {
+
+QByteArrayList encodedPaths(const QStringList &paths)
+{
+    QByteArrayList result;
+    result.reserve(paths.size());
+    for (const QString &path : paths)
+        result.append(encodedPath(path));
+    return result;
+}
+
+QString ioDeviceStatus(Questions::DeviceStatus status)
+{
+    switch (status) {
+    case Questions::ReadError:
+        return FileOperator::tr("Could not read from the device.");
+    case Questions::WriteError:
+        return FileOperator::tr("Could not write to the device.");
+    case Questions::OpenError:
+        return FileOperator::tr("Could not connect to the device.");
+    case Questions::CloseError:
+        return FileOperator::tr("An unspecified error happened on close.");
+    }
+    return FileOperator::tr("Unknown error happened.");
+}
+
+QString noteText(Questions::Note note)
+{
+    switch (note) {
+    case Questions::Note::TooDeep:
+        return FileOperator::tr("Left out, because the folders are nested too deep:");
+    case Questions::Note::Changed:
+        return FileOperator::tr("Changed while being copied, the originals are kept:");
+    case Questions::Note::Collision:
+        return FileOperator::tr("Not moved, to keep a file of the same name moved just before:");
+    case Questions::Note::NotMade:
+        return FileOperator::tr("Folders that could not be created:");
+    }
+    return {};
+}
+
+/// The notes by kind, each with as many paths as a message box has room for.
+QString notesText(const Questions::Notes &notes)
+{
+    constexpr int shown = 10;
+    QStringList parts;
+    for (const auto kind : {Questions::Note::TooDeep, Questions::Note::Changed,
+                            Questions::Note::Collision, Questions::Note::NotMade}) {
+        QStringList lines;
+        int more = 0;
+        for (const auto &[note, path] : notes) {
+            if (note != kind)
+                continue;
+            if (lines.size() < shown)
+                lines.append(decodedPath(path));
+            else
+                ++more;
+        }
+        if (lines.isEmpty())
+            continue;
+        if (more)
+            lines.append(FileOperator::tr("and %n more", nullptr, more));
+        parts.append(noteText(kind) + QLatin1Char('\n') + lines.join(QLatin1Char('\n')));
+    }
+    return parts.join(QLatin1String("\n\n"));
+}
+
+struct OperationTexts
+{
+    const char *caption;
+    const char *name;
+};
+
+OperationTexts operationTexts(FileOperatorProcess::Operation operation)
+{
+    switch (operation) {
+    case FileOperatorProcess::Operation::Copy:
+        return {QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Copying files..."),
+                QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Copying")};
+    case FileOperatorProcess::Operation::Move:
+        return {QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Moving files..."),
+                QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Moving")};
+    case FileOperatorProcess::Operation::Erase:
+        break;
+    }
+    return {QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Removing files..."),
+            QT_TRANSLATE_NOOP("zvwidgets::FileOperator", "Removing")};
+}
+
+} // namespace
+
+FileOperator::Private::Call::Call(Private *owner, FileOperatorProcess::Operation wanted,
+                                  const QStringList &paths, const QString &dest)
+    : d(owner)
+    , operation(wanted)
+    , destination(dest)
+    , process(wanted, encodedPaths(paths), encodedPath(dest), *this)
+{}
+
+template <typename Question>
+auto FileOperator::Private::Call::onMainThread(const Question &question)
+{
+    decltype(question()) answer{};
+    QMetaObject::invokeMethod(
+        d->q, [&] { answer = question(); }, Qt::BlockingQueuedConnection);
+    return answer;
+}
+
+FileOperatorQuestions::Overwriting FileOperator::Private::Call::overwrite(const QByteArray &target)
+{
+    return onMainThread([&] {
+        return Overwriting(d->q->overwriteWarning(Utils::mainWindow(), decodedPath(target)));
+    });
+}
+
+FileOperatorQuestions::Failure FileOperator::Private::Call::cannotAccess(const QByteArray &path,
+                                                                         DeviceStatus status)
+{
+    return onMainThread([&] {
+        return Failure(ask(tr("Access denied"),
+                           tr("Can't access file %1.\n%2\nContinue operations?")
+                               .arg(decodedPath(path), ioDeviceStatus(status)),
+                           {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
+    });
+}
+
+FileOperatorQuestions::Failure FileOperator::Private::Call::transferFailed(const QByteArray &path,
+                                                                           DeviceStatus status)
+{
+    return onMainThread([&] {
+        return Failure(
+            ask(tr("Critical error"),
+                ioDeviceStatus(status) + tr("\n%1\nContinue operations?").arg(decodedPath(path)),
+                {tr("&Skip"), tr("Skip a&ll"), tr("&Abort")}, int(Failure::Abort)));
+    });
+}
+
+bool FileOperator::Private::Call::deleteIncomplete(const QByteArray &target)
+{
+    return onMainThread([&] {
+        return ask(tr("Incomplete operation"),
+                   tr("Delete incomplete file %1?").arg(decodedPath(target)),
+                   {tr("&Delete"), tr("&Cancel")}, 1) == 0;
+    });
+}
+
+FileOperatorQuestions::Failure FileOperator::Private::Call::cannotDelete(const QByteArray &path)
+{
+    return onMainThread([&] {
+        return Failure(
+            ask(tr("Access denied"),
+                tr("Can't delete file:\n%1\nContinue operations?").arg(decodedPath(path)),
+                {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
+    });
+}
+
+void FileOperator::Private::Call::intoItself(const QByteArray &folder)
+{
+    onMainThread([&] {
+        return ask(tr("Access denied"),
+                   tr("Folder %1 can't be put into itself.").arg(decodedPath(folder)), {tr("OK")},
+                   0);
+    });
+}
+
+void FileOperator::Private::Call::notFlushed()
+{
+    onMainThread([&] {
+        return ask(tr("Critical error"),
+                   tr("Could not write to the device.\nThe original files are kept."), {tr("OK")},
+                   0);
+    });
+}
+
+void FileOperator::Private::Call::tell(const Notes &notes)
+{
+    onMainThread([&] { return ask(tr("Incomplete operation"), notesText(notes), {tr("OK")}, 0); });
+}
+
+void FileOperator::Private::Call::start()
+{
+    const OperationTexts texts = operationTexts(operation);
+    dialog = std::make_unique<FileOperatorDialog>();
+    dialog->setWindowTitle(tr(texts.caption));
+    dialog->setOperationName(tr(texts.name));
+    dialog->setDest(destination);
+    QObject::connect(dialog.get(), &FileOperatorDialog::abortRequested, d->q,
+                     [this] { process.abort(); });
+    d->showTimer.start();
+    d->refreshTimer.start();
+    thread = std::jthread([this] {
+        const bool ranToEnd = process.run();
+        QMetaObject::invokeMethod(
+            d->q, [this, ranToEnd] { end(ranToEnd); }, Qt::QueuedConnection);
+    });
+}
+
+void FileOperator::Private::Call::end(bool ranToEnd)
+{
+    thread.join();
+    result = ranToEnd;
+    isDone = true;
+    d->showTimer.stop();
+    d->refreshTimer.stop();
+    dialog.reset();
+    d->calls.removeFirst();
+    if (!d->calls.isEmpty())
+        d->calls.first()->start();
+}
+
+void FileOperator::Private::Call::refresh()
+{
+    const FileOperatorProcess::Progress progress = process.progress();
+    if (progress.isRemoving) {
+        const OperationTexts texts = operationTexts(FileOperatorProcess::Operation::Erase);
+        dialog->setWindowTitle(tr(texts.caption));
+        dialog->setOperationName(tr(texts.name));
+    }
+    dialog->setItems(progress.items);
+    dialog->setTotalSize(progress.totalBytes);
+    dialog->setCurrentSize(progress.bytes);
+    dialog->setItemName(decodedPath(nameOf(progress.filePath)));
+}
+
+bool FileOperator::Private::run(FileOperatorProcess::Operation operation,
+                                const QStringList &filePaths, const QString &dest)
+{
+    Call call(this, operation, filePaths, dest);
+    calls.append(&call);
+    if (calls.size() == 1)
+        call.start();
+    while (!call.isDone)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return call.result;
+}
+
+FileOperator *FileOperator::self()
+{
+    static FileOperator instance;
+    return &instance;
+}
+
+FileOperator::FileOperator() : d(std::make_unique<Private>(this))
+{}
+
+FileOperator::~FileOperator() = default;
+
+bool FileOperator::copy(const QStringList &filePaths, const QString &dest)
+{
+    return d->run(FileOperatorProcess::Operation::Copy, filePaths, dest);
+}
+
+bool FileOperator::move(const QStringList &filePaths, const QString &dest)
+{
+    return d->run(FileOperatorProcess::Operation::Move, filePaths, dest);
+}
+
+bool FileOperator::erase(const QStringList &filePaths)
+{
+    return d->run(FileOperatorProcess::Operation::Erase, filePaths, QStringLiteral("/"));
+}
+
+bool FileOperator::isRunning() const
+{
+    return !d->calls.isEmpty();
+}
+
+int FileOperator::overwriteWarning(QWidget *parent, const QString &filePath)
+{
+    const QPointer<QDialog> dialog = new QDialog(parent);
+    dialog->setObjectName(QStringLiteral("overwriteWarning"));
+    dialog->setWindowTitle(tr("File exists"));
+    auto *const all = new QHBoxLayout(dialog);
+    auto *const icon = new QLabel(dialog);
+    const QStyle *const style = dialog->style();
+    const int edge = style->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, dialog);
+    icon->setPixmap(style->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, dialog)
+                        .pixmap(QSize(edge, edge)));
+    auto *const label = new QLabel(dialog);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(tr("File %1 already exists.\nOverwrite this target?").arg(filePath));
+    auto *const buttons = new QVBoxLayout;
+    const std::pair<QString, int> rows[] = {{tr("&Overwrite"), Questions::Overwrite},
+                                            {tr("Overwrite a&ll"), Questions::OverwriteAll},
+                                            {tr("&Skip"), Questions::Skip},
+                                            {tr("S&kip all"), Questions::SkipAll},
+                                            {tr("&Abort"), Questions::Abort}};
+    for (const auto &[text, result] : rows) {
+        auto *const button = new QPushButton(text, dialog);
+        // What is typed when it comes up must not lose a file.
+        button->setDefault(result == Questions::Skip);
+        if (result == Questions::Skip)
+            button->setFocus();
+        connect(button, &QPushButton::clicked, this,
+                [this, number = result] { overwriteWarningMapping(number); });
+        buttons->addWidget(button);
+    }
+    buttons->addStretch();
+    all->setContentsMargins(11, 11, 11, 11);
+    all->setSpacing(11);
+    all->addWidget(icon, 0, Qt::AlignTop);
+    all->addWidget(label, 1);
+    all->addLayout(buttons);
+    d->overwriteResult = Questions::Abort;
+    d->overwriteDialog = dialog;
+    waitFor(dialog);
+    delete dialog.data();
+    return d->overwriteResult;
+}
+
+void FileOperator::overwriteWarningMapping(int result)
+{
+    d->overwriteResult = result;
+    if (d->overwriteDialog)
+        d->overwriteDialog->accept();
+}
+
+void FileOperator::showOnTimer()
+{
+    if (isRunning())
+        d->calls.first()->dialog->show();
+}
+
+} // namespace zvwidgets
