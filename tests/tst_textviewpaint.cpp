@@ -258,7 +258,12 @@ ViewSteps TestTextViewPaint::showingSteps()
              t->view->setCursorPosition(4, 2, false);
          }},
         {"font made smaller",
-         [](TestTextViewPaint *t) { t->manager->setFont(QFont(u"DejaVu Sans Mono"_s, 6)); }},
+         [](TestTextViewPaint *t) {
+             // A change of its width would have everything painted.
+             t->manager->setLineNumberMarginVisible(false);
+             t->shownEditor();
+             t->manager->setFont(QFont(u"DejaVu Sans Mono"_s, 6));
+         }},
         {"background changed",
          [](TestTextViewPaint *t) {
              t->manager->normalBackgroundColor = green;

@@ -200,6 +200,8 @@ int TextView::Private::lineAboveBlanks(int line)
     if (blankRun.revision != doc->revision())
         blankRun = {0, -1, doc->revision()};
     const auto isKnown = [this](int at) { return at >= blankRun.first && at <= blankRun.last; };
+    if (isKnown(line))
+        return blankRun.first - 1;
     int above = line - 1;
     while (above > 1 && !isKnown(above) && doc->lineOf(above)->isEmpty())
         --above;
