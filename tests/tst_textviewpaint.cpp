@@ -193,17 +193,18 @@ void TestTextViewPaint::guidesStandAtTabStops()
     setText(u"            x"_s);
     cursor->deactivate();
     const auto guides = [this] {
-        QList<int> columns;
+        QSet<int> columns;
         const QImage box = boxOf(0, 12, 0);
+        const int columnWidth = box.width() / 12;
         for (int x = 0; x < box.width(); ++x) {
             if (pixelsOf(box.copy(x, 0, 1, box.height()), QColor(0xf0, 0xc0, 0xc0)) > 0)
-                columns.append(x / view->spaceWidth());
+                columns.insert(x / columnWidth);
         }
         return columns;
     };
-    QCOMPARE(guides(), (QList<int>{4, 8}));
+    QCOMPARE(guides(), (QSet<int>{4, 8}));
     manager->fIndentationGuides = false;
-    QCOMPARE(guides(), QList<int>());
+    QCOMPARE(guides(), QSet<int>());
 }
 
 ViewSteps TestTextViewPaint::editingSteps()
