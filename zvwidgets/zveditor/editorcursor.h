@@ -40,18 +40,18 @@ public:
     explicit EditorCursor(TextView *view);
     ~EditorCursor() override;
 
-    /// Runs what the key map tells; an event that is no text and stands in no
-    /// row of the map is ignored, so that it goes on to the parent.
+    /// Runs the command of the key, or types its text. Other events are ignored, so
+    /// that the parent gets them.
     void keyPressEvent(QKeyEvent *event);
-    /// What a key with \a text does: replaces the selection and goes in at the
-    /// cursor, over the characters there in overwrite mode. Nothing happens in
+    /// What a key with \a text does: the text replaces the selection or is inserted at
+    /// the cursor, over the characters there in overwrite mode. Nothing happens in
     /// a read-only document. Also the way in for an input method.
     void typeText(const QString &text);
 
-    /// \a select extends the selection to the new place, otherwise it goes.
+    /// \a select extends the selection to the new place; otherwise it is cleared.
     void move(CursorAction action, bool select);
     /// Places the cursor; \a line is clamped to the document, \a column may lie
-    /// behind the line's end. \a update scrolls the view to the new place.
+    /// past the line's end. \a update scrolls the view to the new place.
     /// Leaves the selection and the wanted column alone.
     void set(int line, int column, bool update);
     /// Vertical moves return to the visual column of \a column in this line.
@@ -64,7 +64,7 @@ public:
 
     /// The image is to be seen at this moment of the blinking.
     bool isEnabled() const;
-    /// Nests: each false must be followed by one true.
+    /// Calls nest: each setEnabled(false) needs one setEnabled(true).
     void setEnabled(bool enabled);
     /// The view got the focus: shows the image and starts the blinking.
     void activate();

@@ -121,8 +121,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    /// Moves the cursor behind the line break of \a line; behind the text of
-    /// the last line, which has none.
+    /// Moves the cursor past the line break of \a line, or to the end of the last
+    /// line, which has none.
     void moveBehind(int line, bool select);
 
     bool doSelect = false;

@@ -32,7 +32,7 @@ public:
         Selection
     };
 
-    /// \a doc must not be null.
+    /// \a doc must not be null. The last editor of a document deletes it.
     explicit TextEditor(TextDocument *doc, QWidget *parent = nullptr,
                         const QString &name = QString());
     ~TextEditor() override;
@@ -54,43 +54,54 @@ public:
     /// the path is the new one only if the text is.
     bool open(const QString &path);
     /// Writes to the present path, if there are changes. A failure leaves the
-    /// file whole and the document modified; errorString() tells the reason.
+    /// file whole and the document modified; errorString() gives the reason.
     bool save();
     /// On failure the path is the former one again.
     bool saveAs(const QString &path);
     /// Why the last open(), save() or saveAs() failed; empty if it didn't.
     QString errorString() const;
+    /// Empties the text and its undo history and forgets the path.
     void fileNew();
 
     /// Emits changed().
     void notifyChange(ChangeId id);
 
+    /// Where the cursor is, from 0; the column may lie past the line's end.
     int line() const;
     int column() const;
     bool isModified() const;
     void setModified(bool modified);
     bool getWrap() const;
     void setWrap(bool wrap);
+    /// Name of the highlight definition.
     QString highlight() const;
     void setHighlight(const QString &name);
     bool isReadOnly() const;
     void setReadOnly(bool readOnly);
     bool hasSelection() const;
 
+    /// Also empties the undo history.
     void clear();
     QString text() const;
+    /// Nothing happens to a read-only text.
     void setText(const QString &text);
     QString getSelectedText();
     /// Inserts at the cursor, as the document's append() does.
     void append(const QString &text);
     void insertLine(const QString &text, int line);
 
+    // These work at the cursor of this editor's view. Without a selection cut() and
+    // copy() do nothing.
+
     void cut();
     void copy();
+    /// Replaces the selection.
     void paste();
     /// Pastes what the mouse selected last, on X11 in any program.
     void pasteSelection();
+    /// Removes the selection, without one the character right of the cursor.
     void del();
+    /// Deprecated: these write a debug line; QtUndoManager has the actions.
     void undo();
     void redo();
     bool canUndo() const;
@@ -103,7 +114,8 @@ public:
     /// Opens the folds that hide \a line, which may lie outside of the text.
     void reveal(int line);
 
-    /// \a pixmap is not owned.
+    /// \a pixmap is not owned; null removes the icon. Lines outside of the text are
+    /// ignored.
     void setLineIcon(int line, QPixmap *pixmap);
     void clearLineIcon(int line);
 
@@ -124,6 +136,7 @@ public:
     /// The lines from \a from to \a to inclusive as rich text; a \a to of -1
     /// means the last line.
     QString html(int from, int to);
+    /// Asks for the printer's settings, then prints the whole text in its colours.
     void print();
 
     /// Words that start with \a word, or with the word at the cursor if it is
@@ -133,10 +146,15 @@ public:
 public slots:
     /// Opens a list of the words that contain the word at the cursor.
     void completeWord();
+    /// Puts the next of the words that start with the word at the cursor in its place;
+    /// repeated calls go round through all of them.
     void completeWordNext();
     void completeWordPrev();
+    /// Ends that round; connected to the moves of the cursor.
     void breakViCompletion();
+    /// Takes the word chosen in the list opened by completeWord().
     void applyCompleteWord();
+    /// Forgets the words of that list.
     void finishCompletion();
 
 signals:

@@ -71,8 +71,10 @@ public:
     int linePosition(int n) const;
     int contentsX() const;
     int contentsY() const;
+    /// Distance of tab stops.
     int tabsWidth() const;
     void setTabsWidth(int width);
+    /// Of a blank in the plain font.
     int spaceWidth() const;
     void setSpaceWidth(int width);
 
@@ -82,6 +84,7 @@ public:
     virtual void setVScrollBarMode(ScrollBarMode mode);
     virtual void setHScrollBarMode(ScrollBarMode mode);
 
+    /// Shows or hides the margins by the manager's flags.
     void updateMarginsState();
     void repaintMargins();
 
@@ -103,7 +106,10 @@ public:
 
     // Update
 
+    /// Measures the manager's fonts anew and keeps the line at the top. resizeBuffer()
+    /// and a repaint have to follow.
     void updateFontData();
+    /// Fits the row pixmaps of the view and its margins to width and line height.
     void resizeBuffer();
     void resizeMarginBuffers();
     /// Lines the document has changed since the last updateView().
@@ -122,16 +128,19 @@ public:
     /// A pair of points in document order, x the column and y the line.
     QRect selection() const { return selected; }
     bool hasSelection() const;
-    /// Shows at the next updateView().
+    /// From \a from, which stays the anchor of later moves, to \a to; a surrogate pair
+    /// is taken whole. Shows at the next updateView().
     void setSelection(const QPoint &from, const QPoint &to);
     /// Does nothing but tell that there was a change while the selection is
     /// locked.
     void clearSelection();
+    /// False for the column at which the selection ends.
     bool inSelected(int line, int column) const;
+    /// While it is locked nothing clears the selection. Does not nest.
     void lockSelection();
     void unlockSelection();
     /// Moves the cursor and scrolls to it. \a select extends the selection to
-    /// there, otherwise it goes, except during a drag.
+    /// there; otherwise the selection is cleared, except during a drag.
     void setCursorPosition(int line, int column, bool select);
     /// What a move of the cursor does to the selection; the cursor must still
     /// be where it was.
@@ -150,10 +159,14 @@ signals:
     void focusChanged(bool hasFocus);
 
 public slots:
+    /// Moves what is shown by \a dx pixels to the right; contentsX() has to be changed
+    /// before. Nothing happens in wrapped text.
     void scrollX(int dx);
     /// Takes the new place from contentsY(); \a dy is not looked at.
     void scrollY(int dy);
+    /// Scrolls to contents x \a value, in pixels.
     void hslide(int value);
+    /// Scrolls to line \a value.
     void vslide(int value);
 
 protected:

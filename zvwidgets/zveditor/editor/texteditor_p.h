@@ -91,7 +91,7 @@ struct TextEditor::Private
                                bool fromCursor, bool inSelection);
 
     QString wordAtCursor() const;
-    /// Columns from where to where the word at the cursor goes; false if none.
+    /// Columns of the word at the cursor, \a end exclusive; false if there is none.
     bool wordRange(int *start, int *end) const;
     bool fillCompletionCycle();
     void showCandidate();

@@ -109,7 +109,7 @@ void CompletionList::fill(const QStringList &words)
     setCurrentRow(0);
 }
 
-/// The word that holds the character behind the cursor; where that is none,
+/// The word that holds the character right of the cursor; where there is none,
 /// which is the case while a word is being typed, the one before the cursor.
 bool TextEditor::Private::wordRange(int *start, int *end) const
 {

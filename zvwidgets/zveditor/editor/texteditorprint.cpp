@@ -17,7 +17,7 @@ namespace zvwidgets {
 
 namespace {
 
-/// Column behind the opening tag of a line, if it begins with one.
+/// Column after the opening tag of a line, if it begins with one.
 qsizetype behindTag(const QString &html)
 {
     return html.startsWith(u'<') ? html.indexOf(u'>') + 1 : 0;

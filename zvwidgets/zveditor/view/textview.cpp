@@ -174,7 +174,8 @@ void TextView::setHighlight(TextHighlight *highlight)
 {
     if (highlight == hl)
         return;
-    // Whatever still looks at the colours gets the new ones before the old go.
+    // The new colours are in place before the old ones are deleted: what updateLines()
+    // calls may still read them.
     std::unique_ptr<TextHighlight> old(highlight);
     old.swap(d->highlight);
     hl = highlight;

@@ -43,7 +43,7 @@ struct ShownPage
         QRgb background = 0;
         /// Fold marks above it decide its colours in the folding margin.
         bool hasMarks = true;
-        /// The icon of the last line goes on there.
+        /// The icon of the last line, which repeats there.
         const QPixmap *icon = nullptr;
 
         bool operator==(const Rest &) const = default;

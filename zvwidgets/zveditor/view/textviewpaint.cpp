@@ -176,7 +176,7 @@ void TextView::Private::fillToRightEdge(const RowPaint &row, int x, const QColor
         row.painter.fillRect(x, 0, right - x, fontHeight, color);
 }
 
-/// A block's colour goes on over the blank lines in it. Lines 0 and 1 inherit
+/// A block's colour continues across the blank lines in it. Lines 0 and 1 inherit
 /// none, which is meant.
 void TextView::Private::paintInheritedBackground(const RowPaint &row)
 {
@@ -374,7 +374,7 @@ void TextView::Private::paintText(const RowPaint &row, const RowPart &part)
     }
 }
 
-/// Every character goes where it was measured. Those that have a glyph of their
+/// Draws every character where it was measured. Those that have a glyph of their
 /// own need no layout; what is between them gets one for each stretch.
 void TextView::Private::drawRun(const RowPaint &row, const TextRun &run, int x)
 {

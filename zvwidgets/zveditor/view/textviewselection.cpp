@@ -119,7 +119,7 @@ void TextView::setCursorPositionInternal(int line, int column, bool select)
 {
     line = std::clamp(line, 0, d->doc->lastLine());
     column = std::max(column, 0);
-    // As the cursor does, so that the end of the selection is where that stands.
+    // The cursor is rounded alike; the end of the selection must not differ from it.
     if (d->splitsCharacter({column, line}))
         --column;
     if (select) {
