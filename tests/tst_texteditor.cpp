@@ -51,11 +51,16 @@ private slots:
     void findRegexp_data();
     void findRegexp();
     void findRegexpComesToAnEnd();
-    void replaceAll_data();
-    void replaceAll();
+    void replaceInSelection_data();
+    void replaceInSelection();
+    void goneSelectionIsNotSearched_data();
+    void goneSelectionIsNotSearched();
+    void findNextRepeatsExpressions();
+    void replaceRestIsReplacingOneByOne_data();
+    void replaceRestIsReplacingOneByOne();
+    void replacingStops();
     void replaceAllIsOneStep();
     void replaceAllKeepsReadOnlyText();
-    void replacesManyHits();
 
     void pasting();
     void completionList_data();
@@ -237,8 +242,7 @@ void TestTextEditor::searchInSelectionGoesOn()
     int count = 0;
     bool found = find(u"a"_s, InSelection);
     for (; found && count < 10; ++count) {
-        doc->selectionCommand(SelectionRemove);
-        doc->insert(u"b"_s, 0, 0);
+        editor->replaceFound(u"b"_s);
         found = find(u"a"_s, InSelection | FromCursor);
     }
     QCOMPARE(editor->text(), u"a b\n b\nb a a"_s);
@@ -291,53 +295,144 @@ void TestTextEditor::findRegexpComesToAnEnd()
     int count = 0;
     bool found = editor->findRegexp(u"x*"_s, true, false, false);
     for (; found && count < 100; ++count) {
-        doc->selectionCommand(SelectionRemove);
-        doc->insert(u"xx"_s, 0, 0);
-        found = editor->findRegexp(u"x*"_s, true, false, true);
+        editor->replaceFound(u"xx"_s);
+        found = editor->findNext();
     }
     QVERIFY(count < 20);
 }
 
-void TestTextEditor::replaceAll_data()
+void TestTextEditor::replaceInSelection_data()
 {
-    const Rows<QString, QString, QString, int, int, QString> row("text", "what", "by", "options",
-                                                                 "count", "result");
+    const Rows<QString, QString, QString, int, int, int, QString> row("text", "what", "by", "left",
+                                                                      "right", "options", "result");
 
-    row("several in a line", "a-a-a\nb\na", "a", "xy", Plain, 4, "xy-xy-xy\nb\nxy");
-    row("contains what is searched", "a a", "a", "aa", Plain, 2, "aa aa");
-    row("empty search", "abc", "", "y", Plain, 0, "abc");
-    row("whole words", "a ab a", "a", "x", WholeWord, 2, "x ab x");
-    row("nothing found", "abc", "x", "y", Plain, 0, "abc");
-    row("by several lines", "1,2,3\n4,5", ",", "\n", Plain, 3, "1\n2\n3\n4\n5");
-    row("by text around a line break", "a+b+c", "+", "x\ny", Plain, 2, "ax\nybx\nyc");
-    row("stream selection", "a a\na\na a", "a", "bb", InSelection, 3, "a bb\nbb\nbb a");
-    row("box selection", "aaa\naaa\naaa", "a", "bb", InSelection | Box, 3, "abba\nabba\nabba");
+    row("stream, longer", "a a\na\na a", "a", "bb", 1, 1, Plain, "a bb\nbb\nbb a");
+    row("stream, shorter", "aa aa\naa\naa aa", "aa", "b", 2, 2, Plain, "aa b\nb\nb aa");
+    row("stream, by lines", "a a\na\na a", "a", "b\nb", 1, 1, Plain, "a b\nb\nb\nb\nb\nb a");
+    row("box, longer", "aaaa\naaaa\naaaa", "a", "bb", 1, 3, Box, "abbbba\nabbbba\nabbbba");
+    row("box, shorter", "aaaa\naaaa\naaaa", "aa", "b", 1, 3, Box, "aba\naba\naba");
+    row("box, by lines", "aaa\naaa\naaa", "aa", "b\nc", 1, 3, Box, "ab\nc\nab\nc\nab\nc");
 }
 
-void TestTextEditor::replaceAll()
+/// One after the other and all at once, with the same result.
+void TestTextEditor::replaceInSelection()
 {
     QFETCH(const QString, text);
     QFETCH(const QString, what);
     QFETCH(const QString, by);
+    QFETCH(const int, left);
+    QFETCH(const int, right);
     QFETCH(const int, options);
-    QFETCH(const int, count);
     QFETCH(const QString, result);
 
-    editor->setText(text);
     manager->fVerticalSelection = options & Box;
-    if (options & InSelection)
-        select(0, 1, 2, 2);
-    QCOMPARE(editor->replaceAll(what, by, options & CaseSensitive, options & WholeWord,
-                                options & InSelection),
-             count);
+    const auto search = [&] {
+        editor->setText(text);
+        select(0, left, 2, right);
+        return editor->find(what, true, false, false, true);
+    };
+    bool found = search();
+    for (int i = 0; found && i < 20; ++i) {
+        editor->replaceFound(by);
+        found = editor->findNext();
+    }
+    QCOMPARE(editor->text(), result);
+    QVERIFY(search());
+    QVERIFY(editor->replaceRest(by) > 0);
     QCOMPARE(editor->text(), result);
     QVERIFY(!view->hasSelection());
-    if (count == 0)
-        return;
-    editor->undo();
+    doc->undoStack()->undo();
     QCOMPARE(editor->text(), text);
-    editor->redo();
+    doc->undoStack()->redo();
     QCOMPARE(editor->text(), result);
+}
+
+void TestTextEditor::goneSelectionIsNotSearched_data()
+{
+    const Rows<int> row("key");
+    row("edit", Qt::Key_X);
+    row("cursor move", Qt::Key_Left);
+}
+
+void TestTextEditor::goneSelectionIsNotSearched()
+{
+    QFETCH(const int, key);
+    editor->setText(u"a a\na\na a"_s);
+    select(0, 0, 2, 1);
+    QVERIFY(find(u"a"_s, InSelection));
+    QVERIFY(editor->findNext());
+    QTest::keyClick(view, Qt::Key(key));
+    QVERIFY(!editor->findNext());
+    QVERIFY(!find(u"a"_s, InSelection | FromCursor));
+    editor->replaceRest(u"b"_s);
+    QVERIFY(!editor->text().contains(u'b'));
+}
+
+void TestTextEditor::findNextRepeatsExpressions()
+{
+    editor->setText(u"one a1 a22\na333"_s);
+    QVERIFY(editor->find(u"one"_s, true, false, false, false));
+    QVERIFY(editor->findRegexp(u"a[0-9]+"_s, true, false, false));
+    QVERIFY(editor->findNext());
+    QCOMPARE(editor->getSelectedText(), u"a22"_s);
+    QVERIFY(editor->findNext());
+    QCOMPARE(editor->getSelectedText(), u"a333"_s);
+    QVERIFY(!editor->findNext());
+}
+
+/// Replacing goes on with the line that it has made so far, as if each were replaced alone.
+void TestTextEditor::replaceRestIsReplacingOneByOne_data()
+{
+    const Rows<QString, QString, QString> row("text", "pattern", "by");
+    row("start of the line again", "aaab\naab", "^a", "");
+    row("start of the line no more", "aaab\naab", "^a", "x");
+    row("start of a line made", "aab", "^a", "x\n");
+    row("word bounds of what was put in", "foofoo foo", "\\bfoo", "-");
+    row("no word bounds there", "foofoo foo", "\\bfoo", "x");
+    row("nothing in many places", "bxbx\n\nxx", "x*", "-");
+    row("nothing by lines", "ab\n", "$|^", "1\n2");
+    row("pairs", "\U0001F600b \U0001F600", "[^x]b|.$", "#");
+    row("pairs and nothing", "\U0001F600b \U0001F600", "x*", "#");
+}
+
+void TestTextEditor::replaceRestIsReplacingOneByOne()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, pattern);
+    QFETCH(const QString, by);
+    editor->setText(text);
+    bool found = editor->findRegexp(pattern, true, false, false);
+    for (int i = 0; found && i < 50; ++i) {
+        editor->replaceFound(by);
+        found = editor->findNext();
+    }
+    QVERIFY(!found);
+    const QString expected = editor->text();
+    QVERIFY(expected != text);
+    QCOMPARE(expected.toUtf8(), QString::fromUtf8(expected.toUtf8()).toUtf8());
+    QVERIFY(!expected.toUtf8().contains("\xef\xbf\xbd"));
+    editor->setText(text);
+    QVERIFY(editor->findRegexp(pattern, true, false, false));
+    QVERIFY(editor->replaceRest(by) > 0);
+    QCOMPARE(editor->text(), expected);
+}
+
+void TestTextEditor::replacingStops()
+{
+    const QString costly = QString(64000, u'a') + u'!';
+    editor->setText(u"x x\nx\n"_s + costly + u"\nx"_s);
+    int looks = 0;
+    editor->setSearchWatch([&looks](int done, int all) {
+        ++looks;
+        return done < 2 || all != 4;
+    });
+    QVERIFY(editor->findRegexp(u"x|(.+)\\1+$"_s, true, false, false));
+    QCOMPARE(editor->replaceRest(u"y"_s), 3);
+    QCOMPARE(looks, 1);
+    QCOMPARE(editor->text(), u"y y\ny\n"_s + costly + u"\nx"_s);
+    doc->undoStack()->undo();
+    QCOMPARE(editor->text(), u"x x\nx\n"_s + costly + u"\nx"_s);
+    editor->setSearchWatch({});
 }
 
 void TestTextEditor::replaceAllIsOneStep()
@@ -363,19 +458,6 @@ void TestTextEditor::replaceAllKeepsReadOnlyText()
     QCOMPARE(editor->replaceAll(u"a"_s, u"b"_s, false, false, false), 0);
     QCOMPARE(editor->text(), u"a a"_s);
     QVERIFY(!editor->isModified());
-}
-
-void TestTextEditor::replacesManyHits()
-{
-    const QString line = u"value = other(value) + 1 and some more text to fill it\n"_s;
-    for (const QString &text :
-         {line.repeated(50000), QString(line).remove(u'\n').repeated(50000)}) {
-        QByteArray bytes = text.toUtf8();
-        QBuffer buffer(&bytes);
-        QVERIFY(buffer.open(QIODevice::ReadOnly));
-        QVERIFY(doc->load(buffer));
-        QCOMPARE(editor->replaceAll(u"value"_s, u"val"_s, true, false, false), 100000);
-    }
 }
 
 void TestTextEditor::pasting()

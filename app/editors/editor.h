@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class QCloseEvent;
@@ -53,8 +54,16 @@ public:
                             bool fromCursor) = 0;
     /// Puts \a text in the place of the selected match.
     virtual void replaceFound(const QString &text) = 0;
-    /// Repeats the last find() from the cursor.
+    /// Repeats the last find() or findRegexp() from the cursor.
     virtual bool findNext() = 0;
+    /// Puts \a text in the place of the selected match and of all that findNext()
+    /// would find, as one step of undo. Returns the number of replacements.
+    virtual int replaceRest(const QString &text) = 0;
+    /// Asked again and again while one of these runs, with the number of lines that
+    /// are done and of all; false ends it. It may run the event loop if the user
+    /// cannot reach the editor meanwhile.
+    using SearchWatch = std::function<bool(int done, int all)>;
+    virtual void setSearchWatch(const SearchWatch &watch) = 0;
     virtual void setWrap(bool on) = 0;
     virtual bool getWrap() const = 0;
     virtual void selectAll() = 0;

@@ -4,6 +4,7 @@
 #include <QStringConverter>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 class QPixmap;
@@ -126,12 +127,25 @@ public:
     /// \a pattern has the syntax of TextPattern. A match of no characters at the
     /// cursor itself doesn't count, so that searching on comes to an end.
     bool findRegexp(const QString &pattern, bool caseSensitive, bool wildcard, bool fromCursor);
-    /// Repeats the last find() from the cursor.
+    /// Repeats the last find() or findRegexp() from the cursor. A search in the
+    /// selection stays in the one in which it began, and finds nothing more once an edit
+    /// or a cursor move has taken that away.
     bool findNext();
-    /// Number of replacements; they are one step of undo. Replaced text is not
-    /// searched again.
+    /// Puts \a text in the place of the match that was found, or of the selection if
+    /// something else is selected by now; one step of undo.
+    void replaceFound(const QString &text);
+    /// Puts \a text in the place of the match that was found and of all that findNext()
+    /// would find after it, as one step of undo. Replaced text is not searched again.
+    /// Returns the number of replacements; 0 if no match is selected any more.
+    int replaceRest(const QString &text);
+    /// find() from the start of the text and replaceRest().
     int replaceAll(const QString &text, const QString &replaceText, bool caseSensitive,
                    bool wholeWord, bool inSelection);
+    /// Asked about every few milliseconds while one of these runs, with the number of
+    /// lines that are done and of all; false ends it, and what was replaced stays so.
+    /// It may run the event loop if that brings this editor no input.
+    using SearchWatch = std::function<bool(int done, int all)>;
+    void setSearchWatch(const SearchWatch &watch);
 
     /// The lines from \a from to \a to inclusive as rich text; a \a to of -1
     /// means the last line.

@@ -17,7 +17,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QRegularExpression>
-#include <QScopedValueRollback>
 #include <QTimer>
 
 #include <algorithm>
@@ -376,10 +375,17 @@ bool ZVEditor::findRegexp(const QString &pattern, bool caseSensitive, bool wildc
 
 void ZVEditor::replaceFound(const QString &text)
 {
-    d->document->selectionCommand(zvwidgets::SelectionRemove);
-    // In overwrite mode the new text would eat what follows the match.
-    const QScopedValueRollback insertMode(manager()->fOvr, false);
-    d->document->insert(text, 0, 0);
+    d->editor->replaceFound(text);
+}
+
+int ZVEditor::replaceRest(const QString &text)
+{
+    return d->editor->replaceRest(text);
+}
+
+void ZVEditor::setSearchWatch(const SearchWatch &watch)
+{
+    d->editor->setSearchWatch(watch);
 }
 
 bool ZVEditor::findNext()

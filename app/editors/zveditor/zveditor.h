@@ -45,6 +45,8 @@ public:
     bool findRegexp(const QString &pattern, bool caseSensitive, bool wildcard,
                     bool fromCursor) override;
     void replaceFound(const QString &text) override;
+    int replaceRest(const QString &text) override;
+    void setSearchWatch(const SearchWatch &watch) override;
     bool findNext() override;
     void setWrap(bool on) override;
     bool getWrap() const override;

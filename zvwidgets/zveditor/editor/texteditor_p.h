@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zvwidgets/zveditor/editor/linematcher.h"
 #include "zvwidgets/zveditor/texteditor.h"
 
 #include <QEvent>
@@ -30,9 +31,17 @@ struct SearchScope
     /// otherwise on the last line.
     int rightColumn = INT_MAX;
     bool box = false;
+    /// Of a box: the line where replaced text has moved its right side, and how far.
+    int shiftedLine = -1;
+    int shift = 0;
 
     int startColumn(int line) const { return line == firstLine ? firstColumn : leftColumn; }
-    int endColumn(int line) const { return box || line == lastLine ? rightColumn : INT_MAX; }
+    int endColumn(int line) const
+    {
+        if (box)
+            return rightColumn + (line == shiftedLine ? shift : 0);
+        return line == lastLine ? rightColumn : INT_MAX;
+    }
 };
 
 /// The list of popup completion. Typed letters narrow the list and so must not
@@ -71,14 +80,31 @@ struct TextEditor::Private
     QStringList completionWords;
     QPointer<CompletionList> completionPopup;
 
-    QString findText;
-    bool findCaseSensitive = false;
-    bool findWholeWord = false;
+    /// What another edit, a cursor move or a selection changes.
+    struct SearchState
+    {
+        bool operator==(const SearchState &other) const = default;
+
+        QPoint cursor;
+        QRect selection;
+        unsigned edits = 0;
+    };
+
+    // The last search
+    SearchTerms findTerms;
     bool findFromCursor = false;
     bool findInSelection = false;
+    /// Where findInSelection is bound to: the selection when the search began, whose
+    /// end goes along with replaced text.
     QRect selectionForFind;
-    /// What the last successful search selected.
-    QRect lastFound;
+    int shiftedLine = -1; ///< as in SearchScope
+    int columnShift = 0;
+    /// The match on the cursor's line that is selected; not found if it was replaced.
+    LineMatcher::Hit found;
+    SearchState leftBySearch;
+    unsigned edits = 0; ///< steps of the document since they are counted
+    bool countsEdits = false;
+    SearchWatch searchWatch;
 
     /// Makes this editor's cursor the one the document's commands work at.
     void makeViewActive();
@@ -86,9 +112,11 @@ struct TextEditor::Private
 
     bool find();
     SearchScope searchScope() const;
+    PatternBudget searchBudget(const int &line);
+    SearchState present();
+    bool isAtFound();
+    void moveSearchedEnd(int line, int oldEnd, const QPoint &newEnd);
     void select(int line, int column, int length);
-    void keepSearchedSelection(const QString &text, bool caseSensitive, bool wholeWord,
-                               bool fromCursor, bool inSelection);
 
     QString wordAtCursor() const;
     /// Columns of the word at the cursor, \a end exclusive; false if there is none.
