@@ -3,10 +3,12 @@
 #include "app/editors/editors.h"
 #include "app/search/finddialog.h"
 #include "app/search/gotolinedialog.h"
+#include "app/search/replaceaskdialog.h"
 #include "app/search/replacedialog.h"
 #include "app/search/searchmanager.h"
 #include "tests/apptest.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -64,8 +66,13 @@ private slots:
     void historyKeepsEachTextOnce();
     void replaces_data();
     void replaces();
+    void stopsAtWish_data();
+    void stopsAtWish();
+    void keysOfAnOpenList_data();
+    void keysOfAnOpenList();
     void asksForEach_data();
     void asksForEach();
+    void questionShowsTheWholeText();
     void goesToLine_data();
     void goesToLine();
 
@@ -112,6 +119,10 @@ void TestSearch::setText(const QString &marked)
     editor()->setCursorPosition(0, 0);
     if (first < 0)
         return;
+    if (first == 0 && last == marked.size() - 1) {
+        editor()->selectAll();
+        return;
+    }
     QWidget *const view = editor()->focusProxy();
     for (qsizetype i = 0; i < first; ++i)
         QTest::keyClick(view, Qt::Key_Right);
@@ -151,6 +162,7 @@ void TestSearch::selectionFillsTheDialog_data()
 {
     const Rows<QString, QString, bool> row("text", "offered", "inSelection");
     row("one line", "one [two] three", "two", false);
+    row("more than the field holds", QString(u'[' + QString(40000, u'x') + u']'), "kept", false);
     row("several lines", "o[ne\nt]wo", "kept", true);
     row("none", "one two", "kept", false);
 }
@@ -238,6 +250,10 @@ void TestSearch::replaces_data()
     row("by lines", "a,b", ",", "\n", 0, "a\nb");
     row("whole words", "foo foobar foo", "foo", "x", WholeWords, "x foobar x");
     row("in selection", "a\n[a a\na] a\na", "a", "x", InSelection, "a\nx x\nx a\na");
+    row("in selection, shorter", "[foo foo] foo foo", "foo", "x", InSelection, "x x foo foo");
+    row("in selection, longer", "[a a a] a a", "a", "long", InSelection, "long long long a a");
+    row("without a selection", "a a[]", "a", "x", InSelection, "a a");
+    row("a character of two units", "\U0001F600b \U0001F600", "[^x]b", "#", RegExp, "# \U0001F600");
     row("nothing asked", "abc", "", "y", 0, "abc");
     row("pattern", "a1 b22", "[0-9]+", "#", RegExp, "a# b#");
     row("line starts", "a\n\nb", "^", "> ", RegExp, "> a\n> \n> b");
@@ -258,6 +274,80 @@ void TestSearch::replaces()
     search()->replace();
     QCOMPARE(editor()->text(), result);
     QVERIFY(responder->texts.isEmpty());
+    const QString before = QString(text).remove(u'[').remove(u']');
+    if (result == before)
+        return;
+    editor()->undo();
+    QCOMPARE(editor()->text(), before);
+}
+
+/// A search that takes long can be ended by the user, who is told nothing then.
+void TestSearch::stopsAtWish_data()
+{
+    const Rows<QString, QString> row("pattern", "result");
+    row("while searching", "(.+)\\1+$", "x\nx\n%1!");
+    row("while replacing", "x|(.+)\\1+$", "y\ny\n%1!");
+}
+
+void TestSearch::stopsAtWish()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, result);
+    const QString letters(64000, u'a');
+    const QString text = u"x\nx\n%1!"_s.arg(letters);
+    editor()->setText(text);
+    editor()->setCursorPosition(0, 0);
+    expectReplace(pattern, u"y"_s, RegExp | All);
+    responder->expect(u"Stop"_s);
+    search()->replace();
+    QCOMPARE(editor()->text(), result.arg(letters));
+    if (result.arg(letters) == text) {
+        expectFind(pattern, RegExp);
+        responder->expect(u"Stop"_s);
+        search()->findText();
+        responder->expect(u"Stop"_s);
+        search()->findNext();
+    } else {
+        editor()->undo();
+        QCOMPARE(editor()->text(), text);
+    }
+    QVERIFY(responder->texts.isEmpty());
+}
+
+/// The keys that end a dialog only end the open list of its combo box.
+void TestSearch::keysOfAnOpenList_data()
+{
+    const Rows<int, QString> row("key", "text");
+    row("taken", Qt::Key_Return, "one");
+    row("left", Qt::Key_Escape, "two");
+}
+
+void TestSearch::keysOfAnOpenList()
+{
+    QFETCH(int, key);
+    QFETCH(QString, text);
+    setText(u"one two"_s);
+    for (const QString &each : {u"one"_s, u"two"_s}) {
+        expectFind(each, NoOption);
+        search()->findText();
+        editor()->setCursorPosition(0, 0);
+    }
+    responder->expect([=](QWidget *widget) {
+        auto *const dialog = qobject_cast<FindDialog *>(widget);
+        QComboBox *const combo = dialog->findString;
+        QTest::keyClick(combo, Qt::Key_Down, Qt::AltModifier);
+        QTRY_VERIFY(combo->view()->isVisible());
+        // It opens on the text that is shown.
+        QCOMPARE(combo->view()->currentIndex().data().toString(), u"two"_s);
+        QTest::keyClick(combo->view(), Qt::Key_Down);
+        QTest::keyClick(combo->view(), Qt::Key(key));
+        QTRY_VERIFY(!combo->view()->isVisible());
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(combo->currentText(), text);
+        QTest::keyClick(combo, Qt::Key_Escape);
+        QVERIFY(!dialog->isVisible());
+    });
+    search()->findText();
 }
 
 void TestSearch::asksForEach_data()
@@ -284,6 +374,28 @@ void TestSearch::asksForEach()
         responder->expect(answer);
     search()->replace();
     QCOMPARE(editor()->text(), result);
+}
+
+void TestSearch::questionShowsTheWholeText()
+{
+    ReplaceAskDialog dialog;
+    const int oneRow = dialog.labelText->sizeHint().height();
+    const auto ink = [&dialog](const QString &text) {
+        dialog.labelText->setText(text);
+        dialog.adjustSize();
+        const QImage image = dialog.labelText->grab().toImage();
+        int dark = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                dark += image.pixelColor(x, y).lightness() < 100;
+        }
+        return dark;
+    };
+    const int some = ink(QString(10, u'm'));
+    const int many = ink(QString(400, u'm'));
+    QVERIFY2(many > 35 * some && many < 45 * some, qPrintable(u"%1, %2"_s.arg(some).arg(many)));
+    ink(QString(100000, u'm'));
+    QVERIFY(dialog.labelText->sizeHint().height() < 15 * oneRow);
 }
 
 void TestSearch::goesToLine_data()

@@ -6,19 +6,97 @@
 #include <QDialog>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
+#include <QTextLayout>
 
 namespace vesk::DialogParts {
 
 namespace {
 
-QPushButton *button(QDialog *dialog, const char *name, const QString &text, const char *shortcut)
+QPushButton *button(QDialog *dialog, const char *name, const QString &text)
 {
     auto *const made = new QPushButton(text, dialog);
     made->setObjectName(QString::fromLatin1(name));
-    made->setShortcut(QKeySequence(QString::fromLatin1(shortcut)));
     made->setAutoDefault(true);
     return made;
+}
+
+/// Wraps its text wherever a row is full, and shows all of it unless that takes a great
+/// many rows.
+class NoteLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return rowsFor(width) * rowHeight() + frame(); }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    static constexpr int mostRows = 12;
+    static constexpr int widestInLetters = 60;
+
+    int frame() const { return 2 * margin(); }
+    int rowHeight() const { return fontMetrics().height(); }
+    int rowsFor(int width) const;
+    int layOut(QTextLayout *layout, int width) const;
+};
+
+/// Cuts the text into rows; returns where the row begins that is one too many, or the
+/// length of the text.
+int NoteLabel::layOut(QTextLayout *layout, int width) const
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout->setTextOption(option);
+    layout->beginLayout();
+    for (QTextLine row = layout->createLine(); row.isValid(); row = layout->createLine()) {
+        const int number = layout->lineCount() - 1;
+        row.setLineWidth(qMax(1, width - frame()));
+        row.setPosition(QPointF(0, number * rowHeight()));
+        if (number == mostRows)
+            break;
+    }
+    layout->endLayout();
+    return layout->lineCount() > mostRows ? layout->lineAt(mostRows).textStart()
+                                          : int(layout->text().size());
+}
+
+int NoteLabel::rowsFor(int width) const
+{
+    QTextLayout layout(text(), font());
+    layOut(&layout, width);
+    return qBound(1, layout.lineCount(), mostRows);
+}
+
+QSize NoteLabel::sizeHint() const
+{
+    const int widest = widestInLetters * fontMetrics().averageCharWidth();
+    const int wanted = fontMetrics().horizontalAdvance(text()) + 1;
+    const int width = qMin(wanted, widest) + frame();
+    return {width, heightForWidth(width)};
+}
+
+QSize NoteLabel::minimumSizeHint() const
+{
+    return {frame() + 1, frame() + rowHeight()};
+}
+
+void NoteLabel::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    QTextLayout layout(text(), font());
+    const int shown = layOut(&layout, width());
+    if (shown < layout.text().size()) {
+        layout.setText(layout.text().left(shown).chopped(1) + QChar(0x2026));
+        layOut(&layout, width());
+    }
+    layout.draw(&painter, QPointF(margin(), margin()));
 }
 
 } // namespace
@@ -54,7 +132,8 @@ QLabel *label(QWidget *parent, const QString &name, const QString &text)
 
 QLabel *note(QWidget *parent, const QString &name, const QString &text)
 {
-    QLabel *const made = label(parent, name, text);
+    QLabel *const made = new NoteLabel(text, parent);
+    made->setObjectName(name);
     made->setTextFormat(Qt::PlainText);
     QFont bold = made->font();
     bold.setBold(true);
@@ -64,7 +143,6 @@ QLabel *note(QWidget *parent, const QString &name, const QString &text)
     paper.setColor(QPalette::WindowText, Qt::black);
     made->setPalette(paper);
     made->setAutoFillBackground(true);
-    made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     return made;
 }
 
@@ -75,9 +153,11 @@ QHBoxLayout *okAndCancel(QDialog *dialog)
     row->setSpacing(6);
     row->addStretch();
     QPushButton *const ok =
-        button(dialog, "buttonOk", QCoreApplication::translate("DialogParts", "OK"), "Return");
+        button(dialog, "buttonOk", QCoreApplication::translate("DialogParts", "OK"));
     QPushButton *const cancel =
-        button(dialog, "buttonCancel", QCoreApplication::translate("DialogParts", "Cancel"), "Esc");
+        button(dialog, "buttonCancel", QCoreApplication::translate("DialogParts", "Cancel"));
+    // The dialog itself takes Return and Esc. As shortcuts they would come before the open
+    // list of a combo box, which they are meant for then.
     ok->setDefault(true);
     QObject::connect(ok, &QPushButton::clicked, dialog, &QDialog::accept);
     QObject::connect(cancel, &QPushButton::clicked, dialog, &QDialog::reject);

@@ -20,7 +20,8 @@ QComboBox *textCombo(QWidget *parent, const QString &name);
 QCheckBox *option(QWidget *parent, const QString &name, const QString &text,
                   const QString &shortcut);
 QLabel *label(QWidget *parent, const QString &name, const QString &text);
-/// A label in bold on yellow paper for texts of any length, which do not widen it.
+/// A label in bold on yellow paper for texts of any length, which it wraps; all but the
+/// first dozen rows is left out.
 QLabel *note(QWidget *parent, const QString &name, const QString &text);
 /// "OK" and "Cancel" at the right end of a row.
 QHBoxLayout *okAndCancel(QDialog *dialog);

@@ -10,6 +10,7 @@
 #include "app/search/replaceaskdialog.h"
 #include "app/search/replacedialog.h"
 #include "app/search/searchinfiles.h"
+#include "app/search/searchprogress.h"
 #include "app/shell.h"
 #include "app/utils.h"
 
@@ -39,24 +40,26 @@ constexpr QKeyCombination noKey = QKeyCombination::fromCombined(0);
 
 // "Misk" is written so on purpose: a section of its own at the end of the menu.
 const ActionRow actionRows[] = {
-    {"Search/Find", "&Find", Qt::CTRL | Qt::Key_F, SLOT(findText()), "16x16_Find",
-     "menu/Search/Find"},
-    {"Search/FindNext", "Find &Next", Qt::Key_F3, SLOT(findNext()), "16x16_FindNext",
-     "menu/Search/Find"},
-    {"Search/FindInFiles", "&Search in files", Qt::CTRL | Qt::ALT | Qt::Key_F, SLOT(findInFiles()),
-     "16x16_FindInFiles", "menu/Search/Find", true},
-    {"Search/Replace", "&Replace", Qt::CTRL | Qt::Key_R, SLOT(replace()), "16x16_Replace",
-     "menu/Search/Replace", true},
-    {"Search/goToLine", "&Go to Line", Qt::CTRL | Qt::Key_G, SLOT(goToLine()), nullptr,
-     "menu/Search/Misk"},
-    {"Search/toolbar/Find", "Find", noKey, SLOT(findText()), "22x22_Find", "toolbar/Search"},
-    {"Search/toolbar/FindNext", "Find Next", noKey, SLOT(findNext()), "22x22_FindNext",
-     "toolbar/Search"},
-    {"Search/toolbar/FindInFiles", "Search in files", noKey, SLOT(findInFiles()),
-     "22x22_FindInFiles", "toolbar/Search"},
+    {"Search/Find", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Find"), Qt::CTRL | Qt::Key_F,
+     SLOT(findText()), "16x16_Find", "menu/Search/Find"},
+    {"Search/FindNext", QT_TRANSLATE_NOOP("vesk::SearchManager", "Find &Next"), Qt::Key_F3,
+     SLOT(findNext()), "16x16_FindNext", "menu/Search/Find"},
+    {"Search/FindInFiles", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Search in files"),
+     Qt::CTRL | Qt::ALT | Qt::Key_F, SLOT(findInFiles()), "16x16_FindInFiles", "menu/Search/Find",
+     true},
+    {"Search/Replace", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Replace"), Qt::CTRL | Qt::Key_R,
+     SLOT(replace()), "16x16_Replace", "menu/Search/Replace", true},
+    {"Search/goToLine", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Go to Line"),
+     Qt::CTRL | Qt::Key_G, SLOT(goToLine()), nullptr, "menu/Search/Misk"},
+    {"Search/toolbar/Find", QT_TRANSLATE_NOOP("vesk::SearchManager", "Find"), noKey,
+     SLOT(findText()), "22x22_Find", "toolbar/Search"},
+    {"Search/toolbar/FindNext", QT_TRANSLATE_NOOP("vesk::SearchManager", "Find Next"), noKey,
+     SLOT(findNext()), "22x22_FindNext", "toolbar/Search"},
+    {"Search/toolbar/FindInFiles", QT_TRANSLATE_NOOP("vesk::SearchManager", "Search in files"),
+     noKey, SLOT(findInFiles()), "22x22_FindInFiles", "toolbar/Search"},
 };
 
-/// What to look for, so that a search can be repeated from the cursor.
+/// What to look for.
 struct Wanted
 {
     QString text;
@@ -73,6 +76,23 @@ struct Wanted
     }
 };
 
+enum class Outcome
+{
+    Found,
+    NotFound,
+    Stopped ///< by the user
+};
+
+/// Runs \a search in \a editor, which answers whether it found something.
+template <typename Search>
+Outcome watched(Editor *editor, const Search &search)
+{
+    const SearchProgress progress(editor, SearchManager::tr("Searching..."));
+    if (search())
+        return Outcome::Found;
+    return progress.wasStopped() ? Outcome::Stopped : Outcome::NotFound;
+}
+
 template <typename Dialog>
 Wanted wantedBy(const Dialog &dialog)
 {
@@ -81,15 +101,18 @@ Wanted wantedBy(const Dialog &dialog)
             dialog.regExp->isChecked()};
 }
 
-/// Puts \a text on top of the list, once, and into the edit field.
+/// Puts \a text on top of the list, once, and into the edit field. What the field can't
+/// hold whole is left out.
 void insertOnTop(QComboBox *combo, const QString &text)
 {
-    if (text.isEmpty())
+    if (text.isEmpty() || text.size() > combo->lineEdit()->maxLength())
         return;
     const int former = combo->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (former >= 0)
         combo->removeItem(former);
     combo->insertItem(0, text);
+    // The list opens on the current entry.
+    combo->setCurrentIndex(0);
     combo->setEditText(text);
 }
 
@@ -128,9 +151,8 @@ SearchManager *SearchManager::self()
 void SearchManager::createActions()
 {
     for (const ActionRow &row : actionRows) {
-        Action *const action =
-            Actions::createAction(QString::fromLatin1(row.label), QString::fromLatin1(row.name),
-                                  row.accelerator.toCombined(), this, row.slot);
+        Action *const action = Actions::createAction(tr(row.label), QString::fromLatin1(row.name),
+                                                     row.accelerator.toCombined(), this, row.slot);
         if (row.icon)
             action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));
         ActionGroup *const group = Shell::self()->actionGroup(QString::fromLatin1(row.group));
@@ -164,13 +186,15 @@ void SearchManager::findText()
         return;
     const Wanted wanted = wantedBy(*dialog);
     insertOnTop(dialog->findString, wanted.text);
-    if (!wanted.findIn(editor, dialog->fromCursor->isChecked()))
+    const bool fromCursor = dialog->fromCursor->isChecked();
+    if (watched(editor, [&] { return wanted.findIn(editor, fromCursor); }) == Outcome::NotFound)
         tellNotFound();
 }
 
 void SearchManager::findNext()
 {
-    if (Editors::self()->current()->findNext())
+    Editor *const editor = Editors::self()->current();
+    if (watched(editor, [editor] { return editor->findNext(); }) != Outcome::NotFound)
         return;
     ensureFindDialog();
     tellNotFound();
@@ -192,21 +216,26 @@ void SearchManager::replace()
         return;
     const Wanted wanted = wantedBy(*d->replaceDialog);
     const QString replacement = d->replaceDialog->replaceString->currentText();
-    bool all = d->replaceDialog->replaceAll->isChecked();
+    const bool all = d->replaceDialog->replaceAll->isChecked();
+    const bool fromCursor = d->replaceDialog->fromCursor->isChecked();
     Editor *const editor = Editors::self()->current();
-    bool found = wanted.findIn(editor, d->replaceDialog->fromCursor->isChecked());
     ReplaceAskDialog ask(Shell::self());
     ask.labelText->setText(wanted.text + QStringLiteral(" ?"));
-    while (found) {
+    Outcome outcome = watched(editor, [&] { return wanted.findIn(editor, fromCursor); });
+    while (outcome == Outcome::Found) {
         const int answer = all ? int(ReplaceAskDialog::All) : ask.exec();
         if (answer == ReplaceAskDialog::Cancel)
             return;
-        all = answer == ReplaceAskDialog::All;
-        if (answer != ReplaceAskDialog::No)
+        if (answer == ReplaceAskDialog::All) {
+            const SearchProgress progress(editor, tr("Replacing..."));
+            editor->replaceRest(replacement);
+            return;
+        }
+        if (answer == ReplaceAskDialog::Yes)
             editor->replaceFound(replacement);
         // This ends also for a pattern that matches nothing at all: the editor does
         // not find an empty match at the cursor again.
-        found = wanted.findIn(editor, true);
+        outcome = watched(editor, [editor] { return editor->findNext(); });
     }
 }
 
