@@ -166,6 +166,8 @@ void TestSearchInFiles::hitsAreThoseOfReadingByLine_data()
     QStringEncoder utf16(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
     row("utf-16", QByteArray(utf16.encode(mixed)), mixed);
     row("empty", QByteArray(), QString());
+    row("utf-8 with a byte that is none", mixed.toUtf8() + "foo\xff foo",
+        mixed + u"foo\ufffd foo"_s);
     row("ends within a character", "foo \xc3", "foo \u00c3");
     const QByteArray zeros("foo\0foo\0\nfoo", 12);
     row("zero bytes", zeros, QString::fromLatin1(zeros));

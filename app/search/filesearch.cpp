@@ -39,22 +39,22 @@ FileSearch::FileSearch(const SearchQuery &wanted, GoOn callback)
 {
     const Qt::CaseSensitivity sensitivity =
         query.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    const auto letters =
+        query.caseSensitive ? ByteNeedle::Case::Sensitive : ByteNeedle::Case::Ignored;
     if (query.regExp) {
         pattern = SearchPattern(query.text, sensitivity, goOn);
-        utf8Needle = pattern.requiredText().toLatin1();
         asciiNeedle = true;
+        utf8Needle = ByteNeedle(pattern.requiredText().toLatin1(), letters);
         return;
     }
     matcher = QStringMatcher(query.text, sensitivity);
-    utf8Needle = query.text.toUtf8();
-    asciiNeedle = isAscii(utf8Needle.constData(), utf8Needle.size());
-    if (!asciiNeedle) {
-        const QByteArray latin1 = query.text.toLatin1();
-        if (QString::fromLatin1(latin1) == query.text)
-            latin1Needle = latin1;
-    } else if (!query.caseSensitive) {
-        utf8Needle = utf8Needle.toLower();
-    }
+    const QByteArray utf8 = query.text.toUtf8();
+    asciiNeedle = isAscii(utf8.constData(), utf8.size());
+    // That of other letters is told apart in the bytes.
+    utf8Needle = ByteNeedle(utf8, asciiNeedle ? letters : ByteNeedle::Case::Sensitive);
+    const QByteArray latin1 = query.text.toLatin1();
+    if (!asciiNeedle && QString::fromLatin1(latin1) == query.text)
+        latin1Needle = ByteNeedle(latin1);
 }
 
 bool FileSearch::search(const QString &path, const HitHandler &hitHandler)
@@ -73,6 +73,8 @@ bool FileSearch::search(const QString &path, const HitHandler &hitHandler)
     handler = &hitHandler;
     lineNumber = 1;
     longLine = {};
+    // Files that the system makes up have no size.
+    unread = info.st_size > 0 ? info.st_size : std::numeric_limits<qint64>::max();
     decoding = Decoding::Undecided;
     const bool wentOn = searchFile(fd);
     handler = nullptr;
@@ -119,8 +121,10 @@ qsizetype FileSearch::readBlock(int fd, qsizetype kept, bool *isLast)
 {
     if (buffer.size() < kept + blockSize)
         buffer.resize(kept + blockSize);
-    const qsizetype got = readFully(fd, buffer.data() + kept, blockSize);
-    *isLast = got < blockSize;
+    const qsizetype wanted = qMin<qint64>(blockSize, unread);
+    const qsizetype got = readFully(fd, buffer.data() + kept, wanted);
+    unread -= got;
+    *isLast = got < wanted || unread == 0;
     return foreign.isValid() ? recode(kept, got) : got;
 }
 
@@ -159,6 +163,7 @@ qsizetype FileSearch::meetMark(qsizetype size)
 bool FileSearch::searchBuffer(qsizetype kept, qsizetype size, bool isLast, int fd, qsizetype *taken)
 {
     const char *const data = buffer.constData();
+    endOfFile = isLast ? data + size : nullptr;
     // The kept part can hold a line end only in its last byte, a CR.
     const qsizetype unseen = qMax<qsizetype>(0, kept - 1);
     const qsizetype ends = wholeLines(data + unseen, size - unseen);
@@ -204,7 +209,7 @@ bool FileSearch::searchPart(const char *data, qsizetype size, const Window &byte
         return false;
     const char *hit = nullptr;
     if (outlook.kind == Outlook::Lines &&
-        !findBytes(outlook.looked + bytes.from, size - bytes.from, outlook.needle, &hit))
+        !findBytes(data + bytes.from, size - bytes.from, *outlook.needle, &hit))
         return false;
     const qsizetype resume = std::exchange(longLine.resume, 0);
     if (outlook.kind == Outlook::Nothing || (outlook.kind == Outlook::Lines && !hit))
@@ -277,37 +282,26 @@ bool FileSearch::decode(const char *data, qsizetype size, int fd)
     return isDone && wentOn;
 }
 
-/// Puts \a data in lower case into folded. False if the search was stopped.
-bool FileSearch::fold(const char *data, qsizetype size)
-{
-    if (folded.size() < size)
-        folded.resize(size);
-    char *const to = folded.data();
-    return inPieces(size, [&](qsizetype at, qsizetype length) {
-        for (qsizetype i = at; i < at + length; ++i)
-            to[i] = char(data[i] | ((data[i] >= 'A' && data[i] <= 'Z') ? 0x20 : 0));
-        return true;
-    });
-}
-
 /// Where \a hit, null if nowhere, \a needle begins in \a data. False if the search
 /// was stopped.
-bool FileSearch::findBytes(const char *data, qsizetype size, const QByteArray &needle,
+bool FileSearch::findBytes(const char *data, qsizetype size, const ByteNeedle &needle,
                            const char **hit) const
 {
     *hit = nullptr;
     return inPieces(size, [&](qsizetype at, qsizetype length) {
         // Up to where a needle ends that begins in this piece.
         const qsizetype reach = qMin(length + needle.size() - 1, size - at);
-        *hit = static_cast<const char *>(
-            memmem(data + at, size_t(reach), needle.constData(), size_t(needle.size())));
+        *hit = needle.findIn(data + at, reach);
         return !*hit;
     });
 }
 
-/// Counts the lines that end from \a data on. False if the search was stopped.
+/// Counts the lines that end from \a data on, unless no line follows them that could
+/// have a hit. False if the search was stopped.
 bool FileSearch::countLines(const char *data, const char *end)
 {
+    if (end == endOfFile)
+        return true;
     return inPieces(end - data, [&](qsizetype at, qsizetype length) {
         const char *const piece = data + at;
         lineNumber += countLineEnds(piece, length);
@@ -329,7 +323,7 @@ bool FileSearch::searchBytes(const char *data, qsizetype size, int fd)
     case Outlook::Nothing:
         return countLines(data, data + size);
     case Outlook::Lines:
-        return searchRawLines(data, size, outlook, fd);
+        return searchRawLines(data, size, *outlook.needle, fd);
     case Outlook::Unknown:
         break;
     }
@@ -340,6 +334,12 @@ bool FileSearch::searchBytes(const char *data, qsizetype size, int fd)
 /// False if the search was stopped.
 bool FileSearch::judge(const char *data, qsizetype size, int fd, Outlook *outlook)
 {
+    outlook->needle = &utf8Needle;
+    const bool isKnown = !utf8Needle.isEmpty();
+    if (isKnown && asciiNeedle && query.caseSensitive) {
+        outlook->kind = Outlook::Lines;
+        return true;
+    }
     bool ascii = true;
     const bool wentOn = inPieces(size, [&](qsizetype at, qsizetype length) {
         ascii = isAscii(data + at, length);
@@ -347,41 +347,29 @@ bool FileSearch::judge(const char *data, qsizetype size, int fd, Outlook *outloo
     });
     if (!wentOn)
         return false;
-    if (ascii && query.caseSensitive && !asciiNeedle) {
-        outlook->kind = Outlook::Nothing;
+    if (!query.caseSensitive || !isKnown) {
+        outlook->kind = isKnown && ascii && asciiNeedle ? Outlook::Lines : Outlook::Unknown;
         return true;
     }
-    if (utf8Needle.isEmpty() || (!query.caseSensitive && !(ascii && asciiNeedle)))
-        return true;
-    *outlook = {Outlook::Lines, data, utf8Needle};
-    if (!query.caseSensitive) {
-        const bool isFolded = fold(data, size);
-        outlook->looked = folded.constData();
-        return isFolded;
-    }
-    if (asciiNeedle)
-        return true;
-    if (!decide(fd))
+    if (!ascii && !decide(fd))
         return false;
     if (decoding == Decoding::Latin1)
-        outlook->needle = latin1Needle;
-    if (outlook->needle.isEmpty())
-        outlook->kind = Outlook::Nothing;
+        outlook->needle = &latin1Needle;
+    outlook->kind = ascii || outlook->needle->isEmpty() ? Outlook::Nothing : Outlook::Lines;
     return true;
 }
 
-/// Searches the lines of \a data that \a outlook points at.
-bool FileSearch::searchRawLines(const char *data, qsizetype size, const Outlook &outlook, int fd)
+/// Searches the lines of \a data where it holds \a needle.
+bool FileSearch::searchRawLines(const char *data, qsizetype size, const ByteNeedle &needle, int fd)
 {
     const char *const end = data + size;
     const char *at = data;
     for (;;) {
         const char *hit = nullptr;
-        if (!findBytes(outlook.looked + (at - data), end - at, outlook.needle, &hit))
+        if (!findBytes(at, end - at, needle, &hit))
             return false;
         if (!hit)
             return countLines(at, end);
-        hit = data + (hit - outlook.looked);
         const char *const start = lineStart(at, hit);
         const char *const stop = lineEnd(hit, end);
         textBuffer.clear();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/editors/zveditor/searchpattern.h"
+#include "app/search/byteneedle.h"
 
 #include <QByteArray>
 #include <QString>
@@ -73,12 +74,10 @@ private:
         enum
         {
             Nothing, ///< there are none
-            Lines,   ///< they are in lines where \a looked holds \a needle
+            Lines,   ///< they are in lines that hold the needle
             Unknown,
         } kind = Unknown;
-        /// The bytes themselves or what became of them byte by byte.
-        const char *looked = nullptr;
-        QByteArray needle = {};
+        const ByteNeedle *needle = nullptr;
     };
     /// The part of a line that is searched.
     struct Window
@@ -107,15 +106,14 @@ private:
     bool searchPart(const char *data, qsizetype size, const Window &bytes, int fd);
     bool searchBytes(const char *data, qsizetype size, int fd);
     bool judge(const char *data, qsizetype size, int fd, Outlook *outlook);
-    bool searchRawLines(const char *data, qsizetype size, const Outlook &outlook, int fd);
+    bool searchRawLines(const char *data, qsizetype size, const ByteNeedle &needle, int fd);
     bool searchText(QStringView text);
     bool searchLine(QStringView line);
     bool searchLine(QStringView line, const Window &window, qsizetype *next);
     bool accepted(QStringView line, qsizetype column, qsizetype length) const;
     bool decide(int fd);
     bool decode(const char *data, qsizetype size, int fd);
-    bool fold(const char *data, qsizetype size);
-    bool findBytes(const char *data, qsizetype size, const QByteArray &needle,
+    bool findBytes(const char *data, qsizetype size, const ByteNeedle &needle,
                    const char **hit) const;
     bool countLines(const char *data, const char *end);
 
@@ -126,17 +124,18 @@ private:
     QStringMatcher matcher;
     /// What a line with a hit holds; empty if that is not known. In lower case if
     /// case does not count, and only for lines in ASCII then.
-    QByteArray utf8Needle;
-    QByteArray latin1Needle; ///< empty if the text doesn't fit in Latin-1
+    ByteNeedle utf8Needle;
+    ByteNeedle latin1Needle; ///< empty if the text doesn't fit in Latin-1
     bool asciiNeedle = false;
     Decoding decoding = Decoding::Undecided;
+    qint64 unread = 0; ///< bytes of the file
     qint64 lineNumber = 1;
+    const char *endOfFile = nullptr; ///< null while it is not in the buffer
     LongLine longLine;
     /// Set for a text in UTF-16 or UTF-32, which is searched as UTF-8.
     QStringDecoder foreign;
     QStringEncoder toUtf8{QStringConverter::Utf8};
     QByteArray buffer;
-    QByteArray folded;
     QString textBuffer;
 };
 

@@ -1,10 +1,35 @@
 #include "app/search/linebytes.h"
 
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <unistd.h>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace vesk {
+
+namespace {
+
+int countLineFeeds(const char *data, const char *end)
+{
+    int count = 0;
+#ifdef __SSE2__
+    const __m128i lineFeed = _mm_set1_epi8('\n');
+    for (; end - data >= qsizetype(sizeof(__m128i)); data += sizeof(__m128i)) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data));
+        const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, lineFeed));
+        count += std::popcount(unsigned(mask));
+    }
+#endif
+    for (; data < end; ++data)
+        count += *data == '\n';
+    return count;
+}
+
+} // namespace
 
 namespace LineBytes {
 
@@ -40,11 +65,8 @@ int countLineEnds(const char *data, qsizetype size)
 {
     int count = 0;
     const char *const end = data + size;
-    if (!memchr(data, '\r', size_t(size))) {
-        for (const char *p = data; p < end; ++p)
-            count += *p == '\n';
-        return count;
-    }
+    if (!memchr(data, '\r', size_t(size)))
+        return countLineFeeds(data, end);
     for (const char *p = data; p < end; ++p)
         count += *p == '\n' || (*p == '\r' && (p + 1 == end || p[1] != '\n'));
     return count;
