@@ -2,6 +2,7 @@
 #include "tests/testing.h"
 
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -370,6 +371,10 @@ void TestQtUndo::warnings()
     QTest::ignoreMessage(QtWarningMsg, "QtUndoStack::undo(): can't undo");
     stack->undo();
     QCOMPARE(text, u"abc"_s);
+    // The end that the list looks for isn't there yet.
+    static const QRegularExpression noEnd(u"^ASSERT: \"command != 0\" in qtundo.cpp "_s);
+    QTest::ignoreMessage(QtWarningMsg, noEnd);
+    QCOMPARE(stack->undoList().last(), u"open"_s);
 }
 
 void TestQtUndo::largeMacro()

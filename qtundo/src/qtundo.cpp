@@ -247,6 +247,7 @@ QStringList QtUndoStack::descriptions(int first, int last) const
     QStringList rows;
     for (int i = first; i <= last; ++i) {
         const QtCommand *const command = commandAt(i);
+        check(command, "*it != 0", __LINE__);
         check(!command->isMacroEnd(), "!command->isMacroEnd()", __LINE__);
         rows.append(command->description());
         if (command->isMacroBegin())
@@ -348,15 +349,7 @@ void QtUndoStack::undoMacro()
     check(marker, "m_current_iter.current() != 0", __LINE__);
     check(marker && marker->type() == QtCommand::MacroEnd,
           "m_current_iter.current()->type() == QtCommand::MacroEnd", __LINE__);
-    int nest = 1;
-    while (nest > 0 && m_current_iter > 0) {
-        QtCommand *const command = commandAt(--m_current_iter);
-        if (command->isMacroBegin())
-            --nest;
-        else if (command->isMacroEnd())
-            ++nest;
-        command->undo();
-    }
+    m_current_iter = walkMacro(m_current_iter, -1, &QtCommand::undo);
 }
 
 /// Does the macro whose begin is current again and leaves its end current.
@@ -367,46 +360,44 @@ void QtUndoStack::redoMacro()
     check(marker, "m_current_iter.current() != 0", __LINE__);
     check(marker && marker->type() == QtCommand::MacroBegin,
           "m_current_iter.current()->type() == QtCommand::MacroBegin", __LINE__);
+    m_current_iter = walkMacro(m_current_iter, 1, &QtCommand::redo);
+}
+
+/// Goes from the marker at \a index by \a step, 1 or -1, to the one that matches it,
+/// and calls \a run, which may be null, for each command on the way. Stops short
+/// at the end of the list if the macro is open.
+int QtUndoStack::walkMacro(int index, int step, void (QtCommand::*run)()) const
+{
+    const QtCommand::Type inner = step > 0 ? QtCommand::MacroBegin : QtCommand::MacroEnd;
     int nest = 1;
-    while (nest > 0 && m_current_iter < lastIndex()) {
-        QtCommand *const command = commandAt(++m_current_iter);
-        if (command->isMacroBegin())
-            ++nest;
-        else if (command->isMacroEnd())
-            --nest;
-        command->redo();
+    while (nest > 0) {
+        const int next = index + step;
+        QtCommand *const command = next <= lastIndex() ? commandAt(next) : nullptr;
+        check(command, "command != 0", __LINE__);
+        if (!command)
+            break;
+        index = next;
+        if (!command->isCommand())
+            nest += command->type() == inner ? 1 : -1;
+        if (run)
+            (command->*run)();
     }
+    check(nest >= 0, "nest >= 0", __LINE__);
+    return index;
 }
 
 int QtUndoStack::findMacroBegin(int index) const
 {
     const QtCommand *const end = commandAt(index);
     check(end && end->isMacroEnd(), "command != 0 && command->isMacroEnd()", __LINE__);
-    int nest = 1;
-    while (nest > 0 && index > 0) {
-        const QtCommand *const command = commandAt(--index);
-        if (command->isMacroBegin())
-            --nest;
-        else if (command->isMacroEnd())
-            ++nest;
-    }
-    check(nest == 0, "nest >= 0", __LINE__);
-    return index;
+    return walkMacro(index, -1, nullptr);
 }
 
 int QtUndoStack::findMacroEnd(int index) const
 {
     const QtCommand *const begin = commandAt(index);
     check(begin && begin->isMacroBegin(), "command != 0 && command->isMacroBegin()", __LINE__);
-    int nest = 1;
-    while (nest > 0 && index < lastIndex()) {
-        const QtCommand *const command = commandAt(++index);
-        if (command->isMacroBegin())
-            ++nest;
-        else if (command->isMacroEnd())
-            --nest;
-    }
-    return index;
+    return walkMacro(index, 1, nullptr);
 }
 
 QtUndoState QtUndoStack::beforeChange() const

@@ -138,6 +138,7 @@ private:
     bool mergesIntoCurrent(QtCommand *command) const;
     void undoMacro();
     void redoMacro();
+    int walkMacro(int index, int step, void (QtCommand::*run)()) const;
     int findMacroBegin(int index) const;
     int findMacroEnd(int index) const;
     QStringList descriptions(int first, int last) const;
