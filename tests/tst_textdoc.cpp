@@ -496,6 +496,9 @@ void TestTextDoc::lineSharesNoMemoryOnceEdited()
         QVERIFY(doc.lineOf(line)->capacity() < 100);
     doc.undoStack()->undo(4);
     QCOMPARE(doc.text(), u"first  \nsecond\n  \nthird"_s);
+    // More than there can be is all there is.
+    doc.lineOf(1)->replace(2, unsigned(-1), u"l"_s);
+    QCOMPARE(doc.text(), u"first  \nsel\n  \nthird"_s);
 }
 
 QTEST_MAIN(TestTextDoc)

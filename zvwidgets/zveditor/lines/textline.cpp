@@ -3,6 +3,7 @@
 #include "zvwidgets/zveditor/lines/linepool.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace zvwidgets {
@@ -149,7 +150,7 @@ void TextLine::removeText(int column, int length)
 
 void TextLine::replace(unsigned index, unsigned len, const QString &text)
 {
-    removeText(int(index), int(len));
+    removeText(int(index), int(std::min(len, unsigned(std::numeric_limits<int>::max()))));
     insertText(int(index), text);
 }
 
