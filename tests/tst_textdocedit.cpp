@@ -178,6 +178,7 @@ void TestTextDocEdit::edit_data()
     row("insert lines, tail goes behind", "ab|z", insert("1|2|3", 0, 1), "a1|2|3b|z");
     row("insert past the end pads", "a", insert("b", 0, 3), "a  b");
     row("insert ends in a line end", "ab", insert("x|", 0, 1), "ax|b");
+    row("every line end breaks a line", "ab", insert("1\r\n2\r3\n\r4\r", 0, 1), "a1|2|3||4|b");
     row("tabs become blanks up to the stop", "", insert("x\ty", 0, 0), "x   y");
     row("tabs of the line count for the stop", "\ta", insert("xyz\t!\t?", 0, 2), "\taxyz    !   ?");
     row("columns past the end count for the stop", "a", insert("\t!", 0, 6), "a       !");

@@ -98,7 +98,8 @@ public:
 
     void clear();
     bool load(QTextStream &ts);
-    /// False if the document is read-only.
+    /// Writes text(): "\n" parts the lines and none ends the last, whatever
+    /// fileFormat() and the lines' own ends say. False if the document is read-only.
     bool save(QTextStream &ts);
 
     /// Loads what \a device, which is open, holds, in the encoding \a wish
@@ -170,6 +171,7 @@ public:
 
     // Operations of the user
 
+    /// "\r\n", "\r" and "\n" in \a s become line breaks.
     void insert(const QString &s, int line, int column);
     void insertLineBreak(int line, int column);
     void del(int line, int column);

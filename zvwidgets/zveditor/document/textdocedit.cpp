@@ -56,6 +56,38 @@ QString withoutTabs(QStringView part, int x, int spacesInTab)
     return expanded;
 }
 
+/// Cuts a text at every line end, be it CRLF, CR or LF.
+class LineParts
+{
+public:
+    explicit LineParts(QStringView text) : rest(text), hasCr(text.contains(u'\r')) {}
+
+    /// What stands before the next line end, or the rest.
+    QStringView next()
+    {
+        const qsizetype end = hasCr ? nextEnd() : rest.indexOf(lineBreak);
+        atEnd = end < 0;
+        const QStringView part = atEnd ? rest : rest.first(end);
+        if (!atEnd)
+            rest = rest.sliced(end + (rest.sliced(end).startsWith(u"\r\n") ? 2 : 1));
+        return part;
+    }
+    /// True once the rest was handed out.
+    bool isAtEnd() const { return atEnd; }
+
+private:
+    qsizetype nextEnd() const
+    {
+        const auto isEnd = [](QChar character) { return character == u'\r' || character == u'\n'; };
+        const auto found = std::find_if(rest.begin(), rest.end(), isEnd);
+        return found == rest.end() ? -1 : found - rest.begin();
+    }
+
+    QStringView rest;
+    const bool hasCr;
+    bool atEnd = false;
+};
+
 /// A selection made ready for walking from its upper to its lower end.
 struct Selection
 {
@@ -107,17 +139,18 @@ void TextDocument::insert(const QString &s, int line, int column)
     column = d->wholeColumn(line, column);
     macroBegin(QLatin1String("insert ") + s.left(maxShown), line, column);
     const TextEditorManager &m = *d->m;
-    const QList<QStringView> parts = QStringView(s).split(lineBreak);
+    LineParts parts(s);
     const bool flows = !m.fVerticalSelection && !m.fOvr;
-    for (qsizetype i = 0; i < parts.size(); ++i) {
-        const bool isLast = i == parts.size() - 1;
+    for (bool isFirst = true;; isFirst = false) {
+        const QStringView part = parts.next();
+        const bool isLast = parts.isAtEnd();
         // What followed the cursor is moved to the last line by the first break,
         // not from line to line; only overwriting eats from it on the way.
-        const bool isWholeLine = flows && i > 0 && !isLast;
+        const bool isWholeLine = flows && !isFirst && !isLast;
         if (isWholeLine)
             makeLine(line);
         const int at = d->wholeColumn(line, column);
-        const QString ins = d->expandedTabs(parts.at(i), line, at);
+        const QString ins = d->expandedTabs(part, line, at);
         const int length = int(ins.length());
         if (m.fOvr)
             cmdReplace(line, at, length, ins);

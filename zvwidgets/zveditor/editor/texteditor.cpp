@@ -272,12 +272,9 @@ void TextEditor::Private::insertPasted(const QString &text)
 {
     if (text.isEmpty() || doc->isReadOnly())
         return;
-    QString lines = text;
-    lines.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    lines.replace(u'\r', u'\n');
     makeViewActive();
     doc->selectionCommand(SelectionRemove);
-    doc->insert(lines, 0, 0);
+    doc->insert(text, 0, 0);
 }
 
 void TextEditor::del()
