@@ -35,11 +35,14 @@ private slots:
     void clearedDocumentHasNoFolds();
     void randomOperations_data();
     void randomOperations();
+    void macroEndsAsSingleSteps_data() { randomOperations_data(); }
+    void macroEndsAsSingleSteps();
 
 private:
     void load(int lines);
     void run(const QString &script);
-    QString shape() const;
+    QString shape() const { return shapeOf(*doc); }
+    static QString shapeOf(const TextDocument &document);
     QString state() const;
     QList<int> levels() const;
     QString brokenRule() const;
@@ -106,11 +109,11 @@ void TestTextFolding::run(const QString &script)
     }
 }
 
-QString TestTextFolding::shape() const
+QString TestTextFolding::shapeOf(const TextDocument &document)
 {
     QStringList words;
-    for (int i = 0; i <= doc->lastLine(); ++i) {
-        const TextLine *const line = doc->lineOf(i);
+    for (int i = 0; i <= document.lastLine(); ++i) {
+        const TextLine *const line = document.lineOf(i);
         const QString level = QString::number(line->foldingLevel);
         if (line->isFoldingStart && !line->isFoldVisible)
             words.append(u'*' + level);
@@ -287,8 +290,8 @@ void TestTextFolding::savedStateOfAnyDepth()
     folding->setFolderstState(FoldersState(200000, FolderInfo{true, 0, limit}));
     QCOMPARE(brokenRule(), QString());
     const FoldersState saved = folding->foldersState();
-    QVERIFY(!saved.isEmpty());
-    QCOMPARE(saved.size(), doc->lineOf(9)->foldingLevel);
+    QCOMPARE(saved.size(), 200000);
+    QCOMPARE(doc->lineOf(9)->foldingLevel, 200000);
 }
 
 void TestTextFolding::clearedDocumentHasNoFolds()
@@ -411,6 +414,67 @@ void TestTextFolding::randomOperations()
         QCOMPARE(levels(), present);
         if (random.bounded(50) == 0)
             folding->clearAllFolds();
+    }
+    QLoggingCategory::setFilterRules(QString());
+}
+
+// In a macro folds follow the edits only as far as the next one needs it, and the
+// folds of lines that go are taken off the lines below later.
+void TestTextFolding::macroEndsAsSingleSteps()
+{
+    QFETCH(quint32, seed);
+    QLoggingCategory::setFilterRules(u"default.debug=false"_s);
+    QRandomGenerator random(seed);
+    TextDocument single(manager.get());
+    const auto edit = [](TextDocument &target, int kind, int line) {
+        if (kind == 0)
+            target.cmdInsert(line, 0, u"x"_s);
+        else if (kind == 1)
+            target.makeLine(line);
+        else if (line < target.lastLine())
+            target.removeLine(line);
+    };
+    const auto removeFolds = [&single](int line) {
+        TextFolding *const folds = single.folding();
+        folds->ensureLineVisible(line);
+        while (single.lineOf(line)->isFoldingStart && single.lineOf(line)->foldingLevel > 0)
+            folds->removeFold(line);
+    };
+    for (int round = 0; round < 60; ++round) {
+        load(60);
+        for (int i = 0; i < 40; ++i) {
+            const int line = random.bounded(60);
+            folding->createFold(line, line + random.bounded(12));
+            folding->toggleFold(random.bounded(60));
+        }
+        single.clear();
+        single.insert(doc->text(), 0, 0);
+        single.folding()->setFolderstState(folding->foldersState());
+        QCOMPARE(shapeOf(single), shape());
+
+        doc->macroBegin(u"macro"_s);
+        int line = random.bounded(60);
+        int steps = 0;
+        for (; steps < 40; ++steps) {
+            line = random.bounded(4) == 0 ? random.bounded(doc->lastLine()) : line;
+            line = std::min(line + random.bounded(2), doc->lastLine());
+            const int kind = random.bounded(5);
+            edit(*doc, kind, line);
+            if (kind > 1 && line < single.lastLine())
+                removeFolds(line);
+            edit(single, kind, line);
+            single.folding()->updateLinesVisibility();
+        }
+        doc->macroEnd();
+        QCOMPARE(shape(), shapeOf(single));
+        QCOMPARE(brokenRule(), QString());
+        checkVisibleLines();
+        doc->undoStack()->undo();
+        while (single.lastLine() != 59 || single.text() != doc->text()) {
+            single.undoStack()->undo();
+            single.folding()->updateLinesVisibility();
+        }
+        QCOMPARE(shape(), shapeOf(single));
     }
     QLoggingCategory::setFilterRules(QString());
 }

@@ -43,9 +43,19 @@ public:
     int visibleLineFrom(int line) const;
     /// The same upwards; 0 if there is none.
     int visibleLineUpTo(int line) const;
-    /// To be told when \a count lines came in before \a line, or when line
-    /// \a line went, which is a count of -1.
+    /// To be told when a line came in before \a line, which is a \a count of 1, or
+    /// when line \a line went, which is a count of -1.
     void linesMoved(int line, int count);
+    /// To be told when \a line, which shows, is about to go; removes every fold that
+    /// begins there. settle() has to follow.
+    void lineWillGo(int line);
+    /// To be told when all lines were exchanged for lines without folds.
+    void linesReplaced();
+    /// To be called at the end of a macro, in which lines may be behind: a macro of
+    /// many edits in closed folds would pass over all lines at each. False if there
+    /// was nothing to do, otherwise updateViews() and repaintViews() have to follow.
+    bool settle();
+    void repaintViews() const;
     /// Recomputes which lines the closed folds hide and repaints all views.
     void updateLinesVisibility();
 
@@ -57,9 +67,6 @@ public:
     /// Appends to \a foldersState the fold of level \a parentLevel + 1 that
     /// begins on \a startLine, after all folds inside it. Returns its last line.
     int subFolders(int startLine, int parentLevel, FoldersState &foldersState) const;
-
-    /// Removes every fold that begins on \a line, for a line about to go.
-    void removeFoldsStartingAt(int line);
 
 public slots:
     /// Makes a closed fold over both lines and all between. False if it has
@@ -77,6 +84,8 @@ public slots:
     void ensureLineVisible(int line);
 
 private:
+    void update() const;
+
     struct Private;
     const std::unique_ptr<Private> d;
 };

@@ -21,6 +21,8 @@ void TextDocument::Private::freeLines()
     longestLine = nullptr;
     pendingScan.clear();
     columnMarks.clear();
+    if (folding)
+        folding->linesReplaced();
     contents.setAutoDelete(true);
     contents.clear();
     contents.setAutoDelete(false);
@@ -487,6 +489,7 @@ void TextDocument::setMacroCursorPosition(int line, int column)
 
 void TextDocument::macroExecuted()
 {
+    const bool foldsChanged = d->folding->settle();
     d->scanPending();
     TextView *const view = d->view;
     if (view && d->macroCursorLine != -1 && d->macroCursorColumn != -1) {
@@ -496,6 +499,8 @@ void TextDocument::macroExecuted()
     if (view)
         view->editor()->notifyChange(TextEditor::UndoRedo);
     documentChanged(true);
+    if (foldsChanged)
+        d->folding->repaintViews();
 }
 
 void TextDocument::cmdInsert(int line, int column, const QString &text)
@@ -572,6 +577,8 @@ void TextDocument::removeLine(int line)
 void TextDocument::m_insertLine(int line)
 {
     auto made = std::make_unique<TextLine>();
+    // A new line that a closed fold would hide opens it.
+    d->folding->ensureLineVisible(line - 1);
     const TextLine *above = line > 0 ? lineOf(line - 1) : nullptr;
     // The line joins the fold of the line above it; with the context of that
     // line at both ends it changes nothing for the lines below.
@@ -586,10 +593,6 @@ void TextDocument::m_insertLine(int line)
     d->contents.insert(line, made.release());
     d->linesInserted(line);
     d->newDocGeometry = true;
-    // A new line that a closed fold would hide opens it.
-    if (above && (!above->isFoldVisible || (above->isFoldingStart && above->isFolded)))
-        d->folding->ensureLineVisible(line - 1);
-    d->folding->ensureLineVisible(line);
     d->markForScan(line);
     tagLines(line, lastLine());
     if (!d->isExecuting())
@@ -599,8 +602,7 @@ void TextDocument::m_insertLine(int line)
 void TextDocument::m_removeLine(int line)
 {
     d->folding->ensureLineVisible(line);
-    if (lineOf(line)->isFoldingStart)
-        d->folding->removeFoldsStartingAt(line);
+    d->folding->lineWillGo(line);
     const std::unique_ptr<TextLine> removed(lineOf(line));
     if (removed.get() == d->longestLine)
         d->longestLine = nullptr;

@@ -2,6 +2,7 @@
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/textfolding.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
 
@@ -340,6 +341,7 @@ void TextDocument::replaceCurrentWord(const QString &newWord)
         ++end;
     macroBegin(QStringLiteral("replace %1 to %2").arg(word, newWord), line, column);
     cmdRemove(line, start, end - start);
+    d->folding->settle();
     view->setCursorPosition(line, start, false);
     // A read-only document would lose the word and get nothing for it.
     if (isReadOnly())

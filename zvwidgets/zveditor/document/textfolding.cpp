@@ -1,12 +1,13 @@
 #include "zvwidgets/zveditor/textfolding.h"
 
+#include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/document/hiddenregions.h"
 #include "zvwidgets/zveditor/editorcursor.h"
-#include "zvwidgets/zveditor/lines/lineregion.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textview.h"
 
 #include <algorithm>
-#include <iterator>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -14,9 +15,37 @@ namespace zvwidgets {
 
 namespace {
 
-/// A saved state nested deeper was not made by hand; subFolders() recurses once
-/// for each level.
-constexpr int maxSavedDepth = 1000;
+/// No line; lies behind all lines.
+constexpr int none = std::numeric_limits<int>::max();
+
+/// What the lines so far do to the next one.
+struct Hiding
+{
+    bool isVisible = true;
+    /// Level of the closed fold that hides it.
+    int closeFoldLevel = 0;
+
+    /// Goes over \a line; true if it shows.
+    bool pass(const TextLine &line);
+};
+
+bool Hiding::pass(const TextLine &line)
+{
+    const bool isStart = line.isFoldingStart;
+    const bool isClosed = isStart && line.isFolded;
+    const int level = line.foldingLevel;
+    if (isVisible) {
+        isVisible = !isClosed;
+        if (isClosed)
+            closeFoldLevel = level;
+        return true;
+    }
+    const bool shows = level < closeFoldLevel || (level == closeFoldLevel && isStart);
+    // A closed fold that ends the hidden lines from a lower level shows its
+    // lines all the same, which is meant: it closes at its next toggling.
+    isVisible = shows && (level < closeFoldLevel || !isClosed);
+    return shows;
+}
 
 /// The entries that fit into a document up to \a lastLine, clipped to it, in
 /// the order of \a list. Of two that cross the one that begins later goes.
@@ -46,8 +75,7 @@ FoldersState fitting(const FoldersState &list, int lastLine)
         const FolderInfo &info = clipped.at(i);
         while (!around.empty() && around.back() < info.firstLine)
             around.pop_back();
-        const bool crosses = !around.empty() && around.back() < info.lastLine;
-        if (crosses || around.size() >= size_t(maxSavedDepth))
+        if (!around.empty() && around.back() < info.lastLine)
             continue;
         around.push_back(info.lastLine);
         fits[size_t(i)] = true;
@@ -73,16 +101,42 @@ struct TextFolding::Private
     /// False only if no line is a fold start and none is hidden. Spares a
     /// document without folds, which may be a large one, the passes over it.
     bool mayHaveFolds = false;
-    /// What the closed folds hide, in order. A closed fold may hide most of a
-    /// large document, and no key or paint should walk through that.
-    std::vector<LineRegion> hidden;
+    /// What the closed folds hide. A closed fold may hide most of a large document,
+    /// and no key or paint should walk through that.
+    HiddenRegions hidden;
+
+    // Each edit that opens or removes a fold would have to pass over all lines below.
+    // A macro of many such edits only looks at the lines it comes to, in the state
+    // that those passes would have left them in, and passes over the rest at its end.
+
+    /// Whether lines from here on show is not known, and what hides this one.
+    int unknownFrom = none;
+    Hiding hiding;
+    /// From here on lines are as before the folds that were removed with their first
+    /// line. Meaningless while removedLevels is empty.
+    int levelsFrom = 0;
+    /// What the levels of those folds were down there, ascending: of two folds around
+    /// a line the inner one has the higher level.
+    std::vector<int> removedLevels;
+    /// All folds that begin above this line and reach it are open.
+    int openFrom = none;
+
+    /// Hidden, or the first line of a closed fold.
+    bool isShut(int line) const;
+    bool isBehind() const { return unknownFrom != none; }
+    void settleLevels(int line);
+    void look(int line);
+    void forgetFrom(int line, const Hiding &before);
+    Hiding hidingOf(int line) const;
+    int openAround(int line);
+    void removeFoldsFrom(int line);
+    void forget();
 
     bool hasLine(int line) const { return line >= 0 && line <= doc->lastLine(); }
     int level(int line) const { return doc->lineOf(line)->foldingLevel; }
     int levelAbove(int line) const { return line > 0 ? level(line - 1) : 0; }
     bool crossesFold(int firstLine, int lastLine) const;
     int findStart(int line, const TextFolding *folding) const;
-    void noteHidden(int line);
     LineRegion hiddenRegion(int line) const;
     void hideLines();
     void placeCursor(int line) const;
@@ -121,28 +175,15 @@ int TextFolding::Private::findStart(int line, const TextFolding *folding) const
     return first;
 }
 
-/// To be called with one line after the other from the top.
-void TextFolding::Private::noteHidden(int line)
-{
-    if (!hidden.empty() && hidden.back().end == line - 1)
-        hidden.back().end = line;
-    else
-        hidden.push_back({line, line});
-}
-
 /// The region that holds \a line, which is hidden. Found line by line where the
 /// noted ones don't fit the lines as they are now.
 LineRegion TextFolding::Private::hiddenRegion(int line) const
 {
     const auto isHidden = [this](int i) { return hasLine(i) && !doc->lineOf(i)->isFoldVisible; };
-    const auto behind = std::partition_point(
-        hidden.begin(), hidden.end(), [line](const LineRegion &r) { return r.start <= line; });
     LineRegion region{line, line};
-    if (behind != hidden.begin() && std::prev(behind)->end >= line) {
-        const LineRegion &noted = *std::prev(behind);
-        if (isHidden(noted.start) && isHidden(noted.end))
-            region = noted;
-    }
+    const LineRegion noted = hidden.find(line);
+    if (!noted.isEmpty() && isHidden(noted.start) && isHidden(noted.end))
+        region = noted;
     while (isHidden(region.start - 1))
         --region.start;
     while (isHidden(region.end + 1))
@@ -152,33 +193,139 @@ LineRegion TextFolding::Private::hiddenRegion(int line) const
 
 void TextFolding::Private::hideLines()
 {
-    bool isVisible = true;
+    Hiding state;
     bool anyFold = false;
-    int closeFoldLevel = 0;
     const int last = doc->lastLine();
     hidden.clear();
     for (int i = 0; i <= last; ++i) {
         TextLine *const line = doc->lineOf(i);
-        const bool isStart = line->isFoldingStart;
-        const bool isClosed = isStart && line->isFolded;
-        anyFold = anyFold || isStart;
-        if (isVisible) {
-            line->isFoldVisible = true;
-            isVisible = !isClosed;
-            if (isClosed)
-                closeFoldLevel = line->foldingLevel;
-            continue;
-        }
-        const int lineLevel = line->foldingLevel;
-        const bool shows = lineLevel < closeFoldLevel || (lineLevel == closeFoldLevel && isStart);
-        line->isFoldVisible = shows;
-        if (!shows)
-            noteHidden(i);
-        // A closed fold that ends the hidden lines from a lower level shows its
-        // lines all the same, which is meant: it closes at its next toggling.
-        isVisible = shows && (lineLevel < closeFoldLevel || !isClosed);
+        anyFold = anyFold || line->isFoldingStart;
+        line->isFoldVisible = state.pass(*line);
+        if (!line->isFoldVisible)
+            hidden.append(i);
     }
     mayHaveFolds = anyFold;
+}
+
+/// Brings the levels up to \a line up to date.
+void TextFolding::Private::settleLevels(int line)
+{
+    line = std::min(line, doc->lastLine());
+    for (; !removedLevels.empty() && levelsFrom <= line; ++levelsFrom) {
+        TextLine *const inner = doc->lineOf(levelsFrom);
+        const int level = inner->foldingLevel;
+        const int highest = inner->isFoldingStart ? level - 1 : level;
+        while (!removedLevels.empty() && removedLevels.back() > highest)
+            removedLevels.pop_back();
+        inner->foldingLevel = level - int(removedLevels.size());
+    }
+    if (levelsFrom > doc->lastLine())
+        removedLevels.clear();
+}
+
+/// Brings \a line and all above it up to date.
+void TextFolding::Private::look(int line)
+{
+    settleLevels(line);
+    if (line < unknownFrom)
+        return;
+    for (; unknownFrom < line; ++unknownFrom) {
+        TextLine *const each = doc->lineOf(unknownFrom);
+        each->isFoldVisible = hiding.pass(*each);
+    }
+    // What the line does to the next one may change yet.
+    Hiding state = hiding;
+    doc->lineOf(line)->isFoldVisible = state.pass(*doc->lineOf(line));
+}
+
+bool TextFolding::Private::isShut(int line) const
+{
+    const TextLine &each = *doc->lineOf(line);
+    return !each.isFoldVisible || (each.isFoldingStart && each.isFolded);
+}
+
+/// Notes that lines from \a line on may show or not, and what hides that one.
+void TextFolding::Private::forgetFrom(int line, const Hiding &before)
+{
+    if (line > unknownFrom)
+        return;
+    unknownFrom = line;
+    hiding = before;
+}
+
+/// What the lines above \a line, which are known, do to it.
+Hiding TextFolding::Private::hidingOf(int line) const
+{
+    const auto at = [this](int i) -> const TextLine & { return *doc->lineOf(i); };
+    // What a closed fold's first line does depends on the line above it.
+    int first = line;
+    while (first > 0 && at(first - 1).isFoldVisible && isShut(first - 1))
+        --first;
+    Hiding state;
+    if (first > 0 && !at(first - 1).isFoldVisible) {
+        int hider = first - 1;
+        while (hider > 0 && !at(hider).isFoldVisible)
+            --hider;
+        state = {false, level(hider)};
+    }
+    for (; first < line; ++first)
+        state.pass(at(first));
+    return state;
+}
+
+/// Opens all folds around \a line, which is known. Returns the first line below
+/// which others may show now.
+int TextFolding::Private::openAround(int line)
+{
+    const int top = openFrom <= line ? openFrom : 0;
+    int topmost = -1;
+    int curFoldingLevel = level(line);
+    for (int i = line; i >= top && curFoldingLevel > 0; --i) {
+        TextLine *const start = doc->lineOf(i);
+        if (!start->isFoldingStart || start->foldingLevel < curFoldingLevel)
+            continue;
+        // Several folds may begin on one line and share its flags: all those
+        // above the level of the line before it.
+        const int outer = std::min(levelAbove(i), start->foldingLevel - 1);
+        if (curFoldingLevel <= outer)
+            continue;
+        if (start->isFolded && start->isFoldVisible)
+            topmost = i;
+        start->isFolded = false;
+        curFoldingLevel = outer;
+    }
+    openFrom = line;
+    return topmost;
+}
+
+/// Removes the folds that begin on \a line, as removeFold() would one after the
+/// other, but leaves the lines below as they are for now.
+void TextFolding::Private::removeFoldsFrom(int line)
+{
+    TextLine *const start = doc->lineOf(line);
+    const int level = start->foldingLevel;
+    const int outer = std::min(levelAbove(line), level - 1);
+    int around = int(removedLevels.size());
+    const bool isInside =
+        around == 0 || (levelsFrom == line + 1 && removedLevels.back() <= outer + around);
+    if (!isInside) {
+        settleLevels(doc->lastLine());
+        around = 0;
+    }
+    levelsFrom = line + 1;
+    for (int each = outer + 1; each <= level; ++each)
+        removedLevels.push_back(each + around);
+    start->isFoldingStart = false;
+    start->isFolded = false;
+    start->foldingLevel = outer;
+}
+
+/// Leaves nothing to be done for lines that are about to change all at once.
+void TextFolding::Private::forget()
+{
+    unknownFrom = none;
+    openFrom = none;
+    removedLevels.clear();
 }
 
 /// Keeps the cursor out of hidden text.
@@ -196,6 +343,7 @@ TextFolding::~TextFolding() = default;
 bool TextFolding::createFold(int firstLine, int lastLine)
 {
     TextDocument *const doc = d->doc;
+    update();
     if (firstLine < 0 || firstLine >= doc->lastLine() || firstLine >= lastLine) {
         qDebug("Can't create fold for firstLine >= lastLine");
         return false;
@@ -219,6 +367,7 @@ bool TextFolding::createFold(int firstLine, int lastLine)
 
 int TextFolding::findFirstFoldLine(int line) const
 {
+    update();
     if (!d->hasLine(line))
         return -1;
     const TextLine *const start = d->doc->lineOf(line);
@@ -237,6 +386,7 @@ int TextFolding::findFirstFoldLine(int line) const
 void TextFolding::removeFold(int line)
 {
     TextDocument *const doc = d->doc;
+    update();
     if (!d->hasLine(line) || d->level(line) == 0)
         return;
     const int firstLine = d->findStart(line, this);
@@ -261,17 +411,29 @@ void TextFolding::removeFold(int line)
     updateLinesVisibility();
 }
 
-void TextFolding::removeFoldsStartingAt(int line)
+void TextFolding::lineWillGo(int line)
 {
-    if (!d->hasLine(line))
+    if (!d->hasLine(line) || !d->mayHaveFolds)
         return;
-    const TextLine *const start = d->doc->lineOf(line);
-    while (start->isFoldingStart && start->foldingLevel > 0)
-        removeFold(line);
+    d->look(line);
+    const bool isBelowHidden = line > 0 && line < d->doc->lastLine() &&
+                               d->doc->lineOf(line + 1)->isFoldingStart && d->isShut(line - 1);
+    const bool isStart = d->doc->lineOf(line)->isFoldingStart && d->level(line) > 0;
+    if (!isStart && !isBelowHidden)
+        return;
+    // Lines below may show now, or be hidden by what ended on this line.
+    const Hiding before = line < d->unknownFrom ? d->hidingOf(line) : d->hiding;
+    if (isStart)
+        d->removeFoldsFrom(line);
+    // The folds of the hidden lines may reach the line below then.
+    if (isBelowHidden)
+        d->openFrom = none;
+    d->forgetFrom(line, before);
 }
 
 void TextFolding::openFold(int line)
 {
+    update();
     const int first = d->findStart(line, this);
     if (first == -1)
         return;
@@ -287,6 +449,7 @@ void TextFolding::closeFold(int line)
 
 void TextFolding::toggleFold(int line)
 {
+    update();
     const int first = d->findStart(line, this);
     if (first == -1)
         return;
@@ -298,6 +461,7 @@ void TextFolding::toggleFold(int line)
 
 void TextFolding::clearAllFolds()
 {
+    d->forget();
     const int last = d->mayHaveFolds ? d->doc->lastLine() : -1;
     for (int i = 0; i <= last; ++i) {
         TextLine *const line = d->doc->lineOf(i);
@@ -315,10 +479,35 @@ void TextFolding::updateLinesVisibility()
 {
     if (d->lockUpdateLinesVisibility)
         return;
+    d->settleLevels(d->doc->lastLine());
+    d->forget();
     if (d->mayHaveFolds)
         d->hideLines();
     d->doc->tagAll();
     d->doc->updateViews();
+    repaintViews();
+}
+
+bool TextFolding::settle()
+{
+    d->openFrom = none;
+    if (!d->isBehind())
+        return false;
+    d->settleLevels(d->doc->lastLine());
+    d->forget();
+    d->hideLines();
+    d->doc->tagAll();
+    return true;
+}
+
+void TextFolding::update() const
+{
+    if (d->isBehind())
+        d->doc->folding()->updateLinesVisibility();
+}
+
+void TextFolding::repaintViews() const
+{
     const QList<TextView *> views = d->doc->views();
     for (TextView *const view : views) {
         view->update();
@@ -328,52 +517,61 @@ void TextFolding::updateLinesVisibility()
 
 void TextFolding::ensureLineVisible(int line)
 {
-    if (!d->hasLine(line))
+    if (!d->hasLine(line) || !d->mayHaveFolds)
         return;
-    const TextLine *const target = d->doc->lineOf(line);
-    if (target->isFoldVisible && !(target->isFoldingStart && target->isFolded))
+    d->look(line);
+    if (!d->isShut(line))
         return;
 
-    int curFoldingLevel = target->foldingLevel;
-    for (int i = line; i >= 0 && curFoldingLevel > 0; --i) {
-        TextLine *const start = d->doc->lineOf(i);
-        if (!start->isFoldingStart || start->foldingLevel < curFoldingLevel)
-            continue;
-        // Several folds may begin on one line and share its flags: all those
-        // above the level of the line before it.
-        const int outer = std::min(d->levelAbove(i), start->foldingLevel - 1);
-        if (curFoldingLevel <= outer)
-            continue;
-        start->isFolded = false;
-        curFoldingLevel = outer;
+    int from = d->openAround(line);
+    Hiding after;
+    if (from < 0) {
+        // What hides the line is none of the folds around it.
+        for (from = line; !d->doc->lineOf(from)->isFoldVisible;)
+            --from;
+        after = {false, d->level(from)};
     }
-    updateLinesVisibility();
+    d->forgetFrom(from + 1, after);
+    if (!d->doc->undoStack()->isExecuting())
+        updateLinesVisibility();
 }
 
 int TextFolding::visibleLineFrom(int line) const
 {
+    update();
     const bool isHidden = d->hasLine(line) && !d->doc->lineOf(line)->isFoldVisible;
     return isHidden ? d->hiddenRegion(line).end + 1 : line;
 }
 
 int TextFolding::visibleLineUpTo(int line) const
 {
+    update();
     const bool isHidden = d->hasLine(line) && !d->doc->lineOf(line)->isFoldVisible;
     return isHidden ? std::max(d->hiddenRegion(line).start - 1, 0) : line;
 }
 
 void TextFolding::linesMoved(int line, int count)
 {
-    for (LineRegion &region : d->hidden) {
-        if (region.start >= line)
-            region.start += count;
-        if (region.end >= line)
-            region.end += count;
-    }
+    d->hidden.linesMoved(line, count);
+    if (d->unknownFrom > line && d->isBehind())
+        d->unknownFrom += count;
+    if (d->openFrom > line && d->openFrom != none)
+        d->openFrom += count;
+    // A new line got the level that the one above it has now.
+    if (d->levelsFrom > line || (d->levelsFrom == line && count > 0))
+        d->levelsFrom += count;
+}
+
+void TextFolding::linesReplaced()
+{
+    d->forget();
+    d->hidden.clear();
+    d->mayHaveFolds = false;
 }
 
 bool TextFolding::isLastLineOfFold(int line) const
 {
+    update();
     if (line < 1 || !d->hasLine(line))
         return false;
     const int level = d->level(line);
@@ -386,6 +584,7 @@ bool TextFolding::isLastLineOfFold(int line) const
 FoldersState TextFolding::foldersState() const
 {
     FoldersState result;
+    update();
     if (!d->mayHaveFolds)
         return result;
     for (int line = 0; line <= d->doc->lastLine(); ++line) {
@@ -397,19 +596,28 @@ FoldersState TextFolding::foldersState() const
 
 int TextFolding::subFolders(int startLine, int parentLevel, FoldersState &foldersState) const
 {
-    const int level = parentLevel + 1;
+    // First lines of the folds around the line, from the outermost.
+    std::vector<int> starts;
+    const auto innermost = [&] { return parentLevel + int(starts.size()); };
+    const auto closeFolds = [&](int line, int highest) {
+        for (; !starts.empty() && innermost() > highest; starts.pop_back()) {
+            const bool isOpened = !d->doc->lineOf(starts.back())->isFolded;
+            foldersState.append({isOpened, starts.back(), line - 1});
+        }
+    };
     int line = startLine;
-    if (d->level(startLine) > level)
-        line = subFolders(startLine, level, foldersState);
+    do
+        starts.push_back(startLine);
+    while (d->level(startLine) > innermost());
     for (++line; line <= d->doc->lastLine(); ++line) {
         const TextLine *const inner = d->doc->lineOf(line);
-        if (inner->foldingLevel < level || (inner->foldingLevel == level && inner->isFoldingStart))
+        closeFolds(line, inner->isFoldingStart ? inner->foldingLevel - 1 : inner->foldingLevel);
+        if (starts.empty())
             break;
-        if (inner->foldingLevel > level)
-            line = subFolders(line, level, foldersState);
+        while (inner->foldingLevel > innermost())
+            starts.push_back(line);
     }
-    const bool isOpened = !d->doc->lineOf(startLine)->isFolded;
-    foldersState.append({isOpened, startLine, line - 1});
+    closeFolds(line, parentLevel);
     return line - 1;
 }
 
