@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -179,6 +180,8 @@ private slots:
     void oddDefinitions();
     void longLines_data();
     void longLines();
+    void costlyRulesAreDropped_data();
+    void costlyRulesAreDropped();
     void editedLongLines_data();
     void editedLongLines();
     void farEndAppears();
@@ -502,6 +505,35 @@ void TestHighlight::longLines()
 }
 
 /// \a line, which may have been scanned before, has to be what a new line is.
+/// The text of each expression could match nearly everywhere and matches nowhere.
+void TestHighlight::costlyRulesAreDropped_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QString>("text");
+    const QString letters(5000, u'a');
+    QTest::newRow("all ways at once")
+        << QStringLiteral("((a|b)*a(a|b){12})x") << letters + u'b' + QString(12, u'a') + u'x';
+    QTest::newRow("back-reference") << QStringLiteral("(a+)b\\1c") << letters + QStringLiteral("bc");
+}
+
+void TestHighlight::costlyRulesAreDropped()
+{
+    QFETCH(QString, expression);
+    QFETCH(QString, text);
+    const QString rules = QStringLiteral("<n><c item=\"A\" regexp=\"%1\" mode=\"until, exclude\"/>"
+                                         "<c item=\"B\" regexp=\".\"/></n>")
+                              .arg(expression);
+    const auto hl = make(rules, rules);
+    QSignalSpy dropped(&manager, &TextEditorManager::highlightRuleDropped);
+    const QString dull(5000, u'c');
+    QCOMPARE(colours(hl.get(), dull), QString(dull.size(), u'2'));
+    QCOMPARE(dropped.count(), 0);
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(colours(hl.get(), text), QString(text.size(), u'2'));
+    QCOMPARE(dropped.count(), 1);
+    QCOMPARE(dropped.first().last().toString(), expression);
+}
+
 void TestHighlight::compareWithFresh(TextHighlight *hl, TextLine *line, int ctx, bool coloured)
 {
     TextLine fresh{QString(*line)};

@@ -9,6 +9,7 @@
 namespace zvwidgets {
 
 struct HighlightDefinition;
+class HighlightScanner;
 class TextEditorManager;
 class TextLine;
 struct TextAttribute;
@@ -51,7 +52,9 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(TextHighlight)
     void createItemData(TextEditorManager *manager);
+    void tellDropped(HighlightScanner *scanner) const;
 
+    TextEditorManager *const owner; ///< hears of rules that are dropped; may be null
     std::shared_ptr<const HighlightDefinition> definition;
 };
 

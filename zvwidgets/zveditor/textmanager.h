@@ -151,6 +151,10 @@ public:
 signals:
     void activate(zvwidgets::TextEditor *e);
     void overwriteModeChanged();
+    /// A rule of the \a highlight took more than a few milliseconds on a line, where it is
+    /// ignored from then on. Emitted once for each \a expression, while a text is being
+    /// measured or painted: do no more than note it.
+    void highlightRuleDropped(const QString &highlight, const QString &expression);
 
 public slots:
     void docDestroyed();

@@ -3,6 +3,7 @@
 #include "app/actions.h"
 #include "app/message.h"
 #include "app/settings.h"
+#include "app/shell.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"
@@ -120,6 +121,8 @@ struct ZVEditor::Private
 {
     static TextEditorManager *manager;
 
+    static void tellDroppedRule(const QString &highlight, const QString &expression);
+
     /// Null if there is no line \a n.
     TextLine *lineAt(int n) const
     {
@@ -136,6 +139,14 @@ struct ZVEditor::Private
 };
 
 TextEditorManager *ZVEditor::Private::manager = nullptr;
+
+void ZVEditor::Private::tellDroppedRule(const QString &highlight, const QString &expression)
+{
+    Shell::self()->statusMessage(
+        QStringLiteral("default"),
+        tr("Highlighting %1: a rule takes too long on some lines and is left out there: %2")
+            .arg(highlight, expression));
+}
 
 ZVEditor::ZVEditor(QWidget *parent, const QString &name)
     : Editor(parent, name), d(std::make_unique<Private>())
@@ -188,6 +199,8 @@ TextEditorManager *ZVEditor::manager()
 {
     if (!Private::manager) {
         Private::manager = new TextEditorManager;
+        connect(Private::manager, &TextEditorManager::highlightRuleDropped, Private::manager,
+                &Private::tellDroppedRule, Qt::QueuedConnection);
         loadConfig();
     }
     return Private::manager;

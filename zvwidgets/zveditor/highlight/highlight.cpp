@@ -16,6 +16,7 @@ TextHighlight::TextHighlight(const QString &name, TextEditorManager *manager)
     : contextList{}
     , ctnList{}
     , attributeList{}
+    , owner(manager)
     , definition(highlightDefinition(name, manager ? manager->resourcesDir() : QString()))
 {
     hname = definition->name;
@@ -62,7 +63,23 @@ void TextHighlight::createItemData(TextEditorManager *manager)
 int TextHighlight::doHighlight(int ctx, TextLine *textLine)
 {
     textLine->resetHighlight(ctx);
-    return definition->breakScanner->follow(ctx, QStringView(*textLine), textLine->contextMarks());
+    HighlightScanner *const scanner = definition->breakScanner.get();
+    const int end = scanner->follow(ctx, QStringView(*textLine), textLine->contextMarks());
+    if (scanner->hasDroppedRules())
+        tellDropped(scanner);
+    return end;
+}
+
+/// Each expression is told once, however many views and lines it is dropped in.
+void TextHighlight::tellDropped(HighlightScanner *scanner) const
+{
+    const QStringList expressions = scanner->takeDroppedRules();
+    for (const QString &expression : expressions) {
+        if (!owner || definition->droppedRules.contains(expression))
+            continue;
+        definition->droppedRules.insert(expression);
+        emit owner->highlightRuleDropped(hname, expression);
+    }
 }
 
 void TextHighlight::highlight(TextLine *textLine)
@@ -71,8 +88,10 @@ void TextHighlight::highlight(TextLine *textLine)
         ScanMarks *const marks = textLine->colourMarks();
         qint8 *const attributes =
             marks ? textLine->attributesForUpdate() : textLine->attributesForWrite();
-        definition->contentScanner->colour(textLine->highlightContext(), QStringView(*textLine),
-                                           attributes, marks);
+        HighlightScanner *const scanner = definition->contentScanner.get();
+        scanner->colour(textLine->highlightContext(), QStringView(*textLine), attributes, marks);
+        if (scanner->hasDroppedRules())
+            tellDropped(scanner);
     }
     textLine->doneHighlight();
 }

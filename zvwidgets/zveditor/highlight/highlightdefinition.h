@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QSet>
 #include <QString>
 
 #include <memory>
@@ -41,6 +42,8 @@ struct HighlightDefinition
     bool canShareBreaks = false;
     std::unique_ptr<HighlightScanner> contentScanner;
     std::unique_ptr<HighlightScanner> breakScanner;
+    /// Expressions of which somebody was told that they cost too much.
+    mutable QSet<QString> droppedRules;
 };
 
 /// Name and masks, which are all that is needed to choose a definition.
