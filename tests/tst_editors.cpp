@@ -504,6 +504,8 @@ void TestEditors::latin1IsAsked_data()
         "\xE2\x82\xAC\x63\x61\x66\xC3\xA9\n");
     row("no loses nothing", "caf\xE9\n", QString(QChar(0x20AC)), true, "caf\xE9\n");
     row("a letter that it has", "caf\xE9\n", QString(QChar(0xE0)), false, "\xE0\x63\x61\x66\xE9\n");
+    row("a bad byte from elsewhere", "\xC3\xA9\xFF\n", QString(QChar(0xDCFE)), false,
+        "\xFE\xC3\xA9\xFF\n");
     row("UTF-8 with a bad byte", "\xC3\xA9\xFF\n", QString(QChar(0x20AC)), false,
         "\xE2\x82\xAC\xC3\xA9\xFF\n");
 }

@@ -557,6 +557,7 @@ void TestFileSave::restoring_data()
 {
     const Rows<QString, bool, QString> row("lost", "isFound", "error");
     row("both copies", "file.*", false, QString());
+    row("all, with its disk maybe", "*", false, QString());
     row("the former text", "file.before*", true, reason(ENOENT));
     row("the file", "file", true, QString());
 }
@@ -571,13 +572,16 @@ void TestFileSave::restoring()
     while (process.isHeld() && scene.isWhole())
         process.step();
     process.kill();
-    const QStringList gone = QDir(scene.folder).entryList({lost});
+    const QStringList gone = QDir(scene.folder).entryList({lost}, QDir::Files);
     QVERIFY(!gone.isEmpty());
     for (const QString &name : gone)
         QVERIFY(QFile::remove(scene.folder + u'/' + name));
     {
         std::vector<InterruptedSave> found = InterruptedSave::findAll();
         QCOMPARE(int(found.size()), int(isFound));
+        // Without a file they may come back with it.
+        const bool isForgotten = !isFound && QFile::exists(scene.path);
+        QCOMPARE(entries(scene.dir.filePath(u"state/tst_filesave"_s)).isEmpty(), isForgotten);
         QVERIFY2(InterruptedSave::findAll().empty(), "it was found by another one");
         if (!isFound)
             return;

@@ -5,6 +5,7 @@
 #include <QIODevice>
 
 #include <algorithm>
+#include <cstring>
 
 namespace zvwidgets {
 
@@ -53,6 +54,21 @@ Sequence sequenceAt(const uchar *bytes, const uchar *end)
     return {Kind::Character, length, code};
 }
 
+/// The end of the plain letters that \a next starts with, found several at a time.
+const uchar *asciiEnd(const uchar *next, const uchar *end)
+{
+    constexpr quint64 highBits = 0x8080808080808080;
+    quint64 word = 0;
+    for (; end - next >= qptrdiff(sizeof word); next += sizeof word) {
+        std::memcpy(&word, next, sizeof word);
+        if (word & highBits)
+            break;
+    }
+    while (next != end && *next < 0x80)
+        ++next;
+    return next;
+}
+
 QChar *append(QChar *out, const Sequence &sequence, uchar byte)
 {
     if (sequence.kind == Sequence::Kind::BadByte) {
@@ -75,10 +91,11 @@ QChar *KeepingDecoder::appendToBuffer(QChar *out, QByteArrayView bytes)
         out = appendPending(out, false);
     }
     while (next != end) {
-        if (*next < 0x80) {
+        const uchar *const plainEnd = asciiEnd(next, end);
+        while (next != plainEnd)
             *out++ = QLatin1Char(char(*next++));
-            continue;
-        }
+        if (next == end)
+            break;
         const Sequence sequence = sequenceAt(next, end);
         if (sequence.kind == Sequence::Kind::CutShort) {
             pendingCount = int(end - next);
@@ -124,11 +141,7 @@ bool hasMultiByteCharacter(QIODevice &device)
         const auto *next = reinterpret_cast<const uchar *>(buffer.constData());
         const uchar *const end = next + kept + got;
         kept = 0;
-        while (next != end) {
-            if (*next < 0x80) {
-                ++next;
-                continue;
-            }
+        while ((next = asciiEnd(next, end)) != end) {
             const Sequence sequence = sequenceAt(next, end);
             if (sequence.kind == Sequence::Kind::Character)
                 return true;

@@ -190,6 +190,8 @@ std::vector<InterruptedSave> InterruptedSave::findAll()
         if (!read(&record))
             continue;
         InterruptedSave save(std::move(record));
+        if (save.isOutOfReach())
+            continue;
         if (save.needsNobody())
             save.remove();
         else
@@ -222,6 +224,13 @@ bool InterruptedSave::read(Record *record)
     record->fresh = parts.at(3);
     record->areSettled = parts.at(4) == settledMark;
     return true;
+}
+
+/// True if nothing of it is there, as on a disk that was taken out.
+bool InterruptedSave::isOutOfReach() const
+{
+    return record.areSettled && !isThere(record.target) && !isThere(record.former) &&
+           !isThere(record.fresh);
 }
 
 bool InterruptedSave::needsNobody() const

@@ -87,6 +87,7 @@ private:
 
     explicit InterruptedSave(Record found) : record(std::move(found)) {}
     static bool read(Record *record);
+    bool isOutOfReach() const;
     bool needsNobody() const;
     bool restore(const QByteArray &copy, QString *error);
     void remove();
