@@ -1,11 +1,12 @@
 #include "app/actions.h"
 
-#include "app/shell.h"
+#include "app/mainwindow.h"
 
 #include <QHash>
 #include <QKeySequence>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QWidget>
 
 namespace vesk {
 
@@ -29,15 +30,15 @@ Action *Actions::createAction(const QString &menuText, const QString &name, int 
 {
     static const QRegularExpression marks(QStringLiteral("[&.]"));
     const bool isToggled = QByteArrayView(slot).contains("bool");
-    Shell *const shell = Shell::self();
+    QWidget *const window = MainWindow::self();
     auto *const action = new Action(QString(menuText).remove(marks), menuText, QKeySequence(accel),
-                                    shell, name, isToggled);
+                                    window, name, isToggled);
     if (isToggled)
         QObject::connect(action, SIGNAL(toggled(bool)), object, slot);
     else
         QObject::connect(action, SIGNAL(triggered()), object, slot);
     // The shortcut of an action that stands in no widget would be dead.
-    shell->addAction(action);
+    window->addAction(action);
     registry().insert(name, action);
     return action;
 }

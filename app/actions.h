@@ -5,15 +5,15 @@
 
 namespace vesk {
 
-/// The registry of all commands by name. The shell owns the actions; a dead one
-/// is gone from here too.
+/// The registry of all commands by name. The main window owns the actions; a dead
+/// one is gone from here too.
 class Actions
 {
 public:
     /// Null for an unknown name.
     static Action *action(const QString &name);
 
-    /// Makes and registers a command that lives as long as the shell.
+    /// Makes and registers a command that lives as long as the main window, which must exist.
     ///
     /// \a accel is a key with modifiers as one number, such as
     /// `(Qt::CTRL | Qt::Key_Q).toCombined()`; 0 means none. \a slot is the text of

@@ -1,7 +1,7 @@
 #include "app/filedialog.h"
 
 #include "app/filetype.h"
-#include "app/shell.h"
+#include "app/mainwindow.h"
 
 #include <QFileDialog>
 
@@ -22,7 +22,7 @@ void prepare(QFileDialog &dialog, const QString &filter)
 QStringList FileDialog::openFileNames(const QString &caption, const QString &dir,
                                       const QString &filter)
 {
-    QFileDialog dialog(Shell::self(), caption, dir);
+    QFileDialog dialog(MainWindow::self(), caption, dir);
     prepare(dialog, filter);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFiles);
@@ -34,7 +34,7 @@ QStringList FileDialog::openFileNames(const QString &caption, const QString &dir
 QString FileDialog::saveFileName(const QString &caption, const QString &dir, const QString &filter,
                                  QString *selectedFilter)
 {
-    QFileDialog dialog(Shell::self(), caption, dir);
+    QFileDialog dialog(MainWindow::self(), caption, dir);
     prepare(dialog, filter);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);

@@ -1,6 +1,5 @@
 #include "app/filetype.h"
 
-#include "app/editors/editors.h"
 #include "app/utils.h"
 
 #include <QFileInfo>
@@ -10,6 +9,13 @@ namespace vesk {
 
 struct FileType::Private
 {
+    /// Without \a own the built-in one of that size, which Utils keeps.
+    QPixmap pixmapOr(const QPixmap &own, const char *size) const
+    {
+        const bool isBuiltin = own.isNull() && !builtinIcon.isEmpty();
+        return isBuiltin ? Utils::icon(QString::fromLatin1(size) + builtinIcon) : own;
+    }
+
     QString name;
     QStringList mask;
     QPixmap pixmap;
@@ -80,23 +86,18 @@ bool FileType::match(const QString &fileName) const
 
 QPixmap FileType::pixmap() const
 {
-    if (d->pixmap.isNull() && !d->builtinIcon.isEmpty())
-        d->pixmap = Utils::icon(QStringLiteral("18x18_") + d->builtinIcon);
-    return d->pixmap;
+    return d->pixmapOr(d->pixmap, "18x18_");
 }
 
 QIcon FileType::icon() const
 {
-    if (d->pixmap.isNull() && !d->builtinIcon.isEmpty())
-        return Utils::iconSet(QStringLiteral("18x18_") + d->builtinIcon);
-    return QIcon(pixmap());
+    const bool isBuiltin = d->pixmap.isNull() && !d->builtinIcon.isEmpty();
+    return isBuiltin ? Utils::iconSet(QStringLiteral("18x18_") + d->builtinIcon) : QIcon(d->pixmap);
 }
 
 QPixmap FileType::bigPixmap() const
 {
-    if (d->bigPixmap.isNull() && !d->builtinIcon.isEmpty())
-        d->bigPixmap = Utils::icon(QStringLiteral("32x32_") + d->builtinIcon);
-    return d->bigPixmap;
+    return d->pixmapOr(d->bigPixmap, "32x32_");
 }
 
 void FileType::setPixmap(const QPixmap &pixmap)
@@ -165,14 +166,14 @@ void FileType::open(const QString &fileName)
     if (d->associacion)
         emit openFile(fileName);
     else
-        Editors::self()->open(fileName);
+        FileTypeManager::self()->openByDefault(fileName);
 }
 
 QIcon FileIconProvider::icon(const QFileInfo &info) const
 {
     if (info.isDir())
         return QFileIconProvider::icon(info);
-    return QIcon(FileTypeManager::self()->findType(info.fileName())->pixmap());
+    return FileTypeManager::self()->findType(info.fileName())->icon();
 }
 
 struct FileTypeManager::Private
@@ -181,6 +182,7 @@ struct FileTypeManager::Private
 
     QList<FileType *> fileTypes;
     FileType *stdType = nullptr;
+    std::function<void(const QString &)> defaultOpener;
     std::unique_ptr<FileIconProvider> fileIconProvider = std::make_unique<FileIconProvider>();
 };
 
@@ -278,6 +280,17 @@ QList<FileType *> *FileTypeManager::fileTypes()
 void FileTypeManager::openFile(const QString &fileName)
 {
     findType(fileName)->open(fileName);
+}
+
+void FileTypeManager::setDefaultOpener(const std::function<void(const QString &)> &opener)
+{
+    d->defaultOpener = opener;
+}
+
+void FileTypeManager::openByDefault(const QString &fileName)
+{
+    if (d->defaultOpener)
+        d->defaultOpener(fileName);
 }
 
 QFileIconProvider *FileTypeManager::fileIconProvider() const

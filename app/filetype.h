@@ -6,6 +6,7 @@
 #include <QPixmap>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace vesk {
@@ -100,6 +101,9 @@ public:
     QList<FileType *> *fileTypes();
     /// The one way to open a file by its path.
     void openFile(const QString &fileName);
+    /// \a opener gets the files whose type has no handler of its own.
+    void setDefaultOpener(const std::function<void(const QString &)> &opener);
+    void openByDefault(const QString &fileName);
     QFileIconProvider *fileIconProvider() const;
 
 private:

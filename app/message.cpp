@@ -1,6 +1,6 @@
 #include "app/message.h"
 
-#include "app/shell.h"
+#include "app/mainwindow.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -25,7 +25,7 @@ void prepare(QMessageBox &box, QMessageBox::Icon icon, const QString &caption,
 int ask(QMessageBox::Icon icon, const QString &caption, const QString &message,
         const QStringList &texts, int defaultButton, int escapeButton)
 {
-    QMessageBox box(Shell::self());
+    QMessageBox box(MainWindow::self());
     prepare(box, icon, caption, message);
     // One role for all keeps them in the given order.
     QList<QPushButton *> buttons;
@@ -66,7 +66,7 @@ int Message::information(const QString &caption, const QString &message, const Q
 int Message::warning(const QString &caption, const QString &message, int button0, int button1,
                      int button2)
 {
-    QMessageBox box(Shell::self());
+    QMessageBox box(MainWindow::self());
     prepare(box, QMessageBox::Warning, caption, message);
     QPushButton *first = nullptr;
     for (const int code : {button0, button1, button2}) {

@@ -106,12 +106,14 @@ Settings *Settings::self()
 
 void Settings::forceWrite()
 {
-    Private::self().reset();
+    if (const std::unique_ptr<Settings> &instance = Private::self())
+        instance->sync();
 }
 
 void Settings::setFileName(const QString &path)
 {
     Private::fileName() = path;
+    Private::self().reset();
 }
 
 QString &Settings::keyPrefix()

@@ -9,8 +9,7 @@
 namespace vesk {
 
 /// The process-wide typed front to the one settings file. Made by the first
-/// self(), it dies with forceWrite() and is reborn by the next use: nobody may
-/// keep a pointer to it.
+/// self(), it lives to the end of the program.
 ///
 /// A full key is keyPrefix() followed by a key that begins with "/". The file
 /// belongs to the first component "vesk", which is therefore not written into
@@ -23,12 +22,13 @@ public:
     ~Settings() override;
 
     static Settings *self();
-    /// Writes the file and drops the instance; the next use reads the file again.
+    /// Writes the file, and reads it again if somebody else changed it.
     static void forceWrite();
 
-    /// The file of the next instance: the one set here, else the one named by
-    /// the environment variable VESK_SETTINGS, else "vesk/vesk.ini" in the
-    /// user's configuration folder. Call forceWrite() after a change.
+    /// The file of the instance: the one set here, else the one named by the
+    /// environment variable VESK_SETTINGS, else "vesk/vesk.ini" in the user's
+    /// configuration folder. Ends an instance that there is, so that it has to be
+    /// called before anybody keeps self().
     static void setFileName(const QString &path);
 
     static QString &keyPrefix();

@@ -1,7 +1,7 @@
 #include "app/shell.h"
 
-#include "app/actions.h"
 #include "app/actiontable.h"
+#include "app/mainwindow.h"
 #include "app/settings.h"
 #include "app/shell_p.h"
 
@@ -38,6 +38,7 @@ Shell::Shell(QWidget *parent, const QString &name)
 {
     // First of all: what is called below reaches for self().
     Private::self = this;
+    MainWindow::set(this);
     setObjectName(name);
     menuBar()->setNativeMenuBar(false);
     Settings::setAppName(QStringLiteral("Vesk"));

@@ -41,7 +41,8 @@ protected:
     void dropShell()
     {
         components.reset();
-        vesk::Settings::forceWrite();
+        // The next one reads them from the file, as another run does.
+        vesk::Settings::setFileName(path(QStringLiteral("vesk.ini")));
     }
 
     QString path(const QString &name) const { return dir->filePath(name); }

@@ -35,6 +35,7 @@ private slots:
     void keysOfOtherPrefixesStayApart();
     void keepsACopyOfADamagedFile();
     void livesWithoutAUsableFile();
+    void staysTheSameWhenWritten();
     void environmentNamesTheFile();
 
 private:
@@ -44,9 +45,11 @@ private:
     void inThisRunAndTheNext(const Check &check)
     {
         check();
-        Settings::forceWrite();
+        startAnotherRun();
         check();
     }
+
+    void startAnotherRun() const { Settings::setFileName(path); }
 
     std::unique_ptr<QTemporaryDir> dir;
     QString path;
@@ -62,7 +65,6 @@ void SettingsTest::init()
 
 void SettingsTest::cleanup()
 {
-    Settings::forceWrite();
     Settings::setFileName({});
 }
 
@@ -241,7 +243,7 @@ void SettingsTest::keepsACopyOfADamagedFile()
     writeTyped(damaged);
     QCOMPARE(Settings::readNum(u"/geometry/x"_s), 7);
     Settings::write(u"/geometry/y"_s, 8);
-    Settings::forceWrite();
+    startAnotherRun();
     QCOMPARE(readFile(path + u".damaged"_s), damaged);
     QCOMPARE(Settings::readNum(u"/geometry/x"_s), 7);
     QCOMPARE(Settings::readNum(u"/geometry/y"_s), 8);
@@ -253,23 +255,39 @@ void SettingsTest::livesWithoutAUsableFile()
     QCOMPARE(Settings::readNum(u"/geometry/x"_s, 50), 50);
     QVERIFY(Settings::write(u"/geometry/x"_s, 1));
     Settings::forceWrite();
+    // It holds for this run at least.
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s, 50), 1);
+    startAnotherRun();
     QCOMPARE(Settings::readNum(u"/geometry/x"_s, 50), 50);
+}
+
+void SettingsTest::staysTheSameWhenWritten()
+{
+    const Settings *const store = Settings::self();
+    Settings::write(u"/geometry/x"_s, 1);
+    Settings::forceWrite();
+    QCOMPARE(Settings::self(), store);
+    QVERIFY(readFile(path).contains("x=1"));
+    // What another program wrote meanwhile is taken over.
+    writeTyped("[geometry]\nx=12\n");
+    Settings::forceWrite();
+    QCOMPARE(Settings::readNum(u"/geometry/x"_s), 12);
 }
 
 void SettingsTest::environmentNamesTheFile()
 {
     const QString other = dir->filePath(u"other.ini"_s);
-    Settings::forceWrite();
     Settings::setFileName({});
     qputenv("VESK_SETTINGS", QFile::encodeName(other));
     Settings::write(u"/a/b"_s, 3);
     Settings::forceWrite();
     QVERIFY(QFile::exists(other));
     qunsetenv("VESK_SETTINGS");
+    Settings::setFileName({});
     // With neither, it is a file of the user's configuration folder.
     QStandardPaths::setTestModeEnabled(true);
     const QString standard = Settings::self()->fileName();
-    Settings::forceWrite();
+    Settings::setFileName({});
     QStandardPaths::setTestModeEnabled(false);
     QVERIFY2(standard.endsWith(u"/vesk/vesk.ini"_s), qPrintable(standard));
 }

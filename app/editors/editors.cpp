@@ -71,6 +71,7 @@ Editors::Editors(Shell &shell) : d(std::make_unique<Private>(shell))
     Private::self = this;
     installEditorFactory(new ZVEditorFactory);
     shell.setLeaveQuestion([this] { return closeAll(); });
+    FileTypeManager::self()->setDefaultOpener([this](const QString &path) { open(path); });
     connect(this, &Editors::gotFocus, &shell, [this, &shell] { shell.focusIn(this); });
     connect(&shell, &Shell::focusChanged, this, &Editors::focusChanged);
     connect(&shell, &Shell::uiRebuilded, this, &Editors::addCloseButton);
@@ -86,6 +87,7 @@ Editors::Editors(Shell &shell) : d(std::make_unique<Private>(shell))
 Editors::~Editors()
 {
     d->shell.setLeaveQuestion({});
+    FileTypeManager::self()->setDefaultOpener({});
     disconnect(d->shell.workspace(), nullptr, this, nullptr);
     while (!d->list.isEmpty())
         discard(d->list.takeLast(), DeleteWhen::Now);
