@@ -7,6 +7,8 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/limits.h>
 #include <mutex>
@@ -106,8 +108,8 @@ long openAt(int folder, const char *name, int flags, mode_t mode)
 }
 
 const std::array<const char *, faults::callCount> callNames = {
-    "open",  "stat",   "read", "write", "copy",   "truncate", "sync",
-    "close", "rename", "link", "mkdir", "unlink", "rmdir",    "attribute"};
+    "open",  "stat",   "list", "read",  "write",  "copy",  "truncate", "sync",
+    "close", "rename", "link", "mkdir", "unlink", "rmdir", "attribute"};
 
 int errorNumber(const std::string &name)
 {
@@ -226,6 +228,23 @@ int fstatat(int folder, const char *name, struct stat *info, int flags) noexcept
 int fstat(int file, struct stat *info) noexcept
 {
     return int(run(fate(Call::Stat, file), [&] { return syscall(SYS_fstat, file, info); }));
+}
+
+dirent64 *readdir64(DIR *list)
+{
+    static const auto real =
+        reinterpret_cast<dirent64 *(*)(DIR *)>(::dlsym(RTLD_NEXT, "readdir64"));
+    const int error = fate(Call::List, ::dirfd(list));
+    if (error <= 0)
+        return real(list);
+    errno = error;
+    return nullptr;
+}
+
+dirent *readdir(DIR *list)
+{
+    // Both have the same layout where files can be large.
+    return reinterpret_cast<dirent *>(readdir64(list));
 }
 
 ssize_t read(int file, void *bytes, size_t length)

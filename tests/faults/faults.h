@@ -17,6 +17,8 @@ enum class Call
 {
     Open,
     Stat,
+    /// readdir()
+    List,
     Read,
     Write,
     /// copy_file_range()
