@@ -10,12 +10,14 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <chrono>
+#include <functional>
+#include <future>
 #include <thread>
 
 namespace zvwidgets {
@@ -27,40 +29,112 @@ constexpr int refreshInterval = 100;
 
 using Questions = FileOperatorQuestions;
 
-/// Shows a dialog and waits for its end. It has no loop of its own, as that would end
-/// at once when the application was told to quit, with a question unanswered.
-void waitFor(QDialog *dialog)
+/// What a dialog was answered with, for a thread that waits. A dialog that vanishes
+/// with its parent counts as left by Escape.
+class Answer
 {
-    const QPointer<QDialog> alive = dialog;
-    bool finished = false;
-    const auto connection =
-        QObject::connect(dialog, &QDialog::finished, dialog, [&finished] { finished = true; });
-    dialog->setWindowModality(Qt::ApplicationModal);
-    dialog->show();
-    while (alive && !finished)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    QObject::disconnect(connection);
+public:
+    explicit Answer(int escape) : number(escape) {}
+    ~Answer() { promise.set_value(number); }
+
+    void set(int given) { number = given; }
+    std::future<int> future() { return promise.get_future(); }
+
+private:
+    int number;
+    std::promise<int> promise;
+};
+
+/// A dialog that gives its answer when a button is pressed.
+struct Question
+{
+    QDialog *dialog = nullptr;
+    std::shared_ptr<Answer> answer;
+};
+
+void addAnswer(const Question &question, QAbstractButton *button, int number)
+{
+    // The dialog holds the answer until it ends.
+    QObject::connect(button, &QAbstractButton::clicked, question.dialog,
+                     [answer = question.answer, number] { answer->set(number); });
 }
 
-/// The number of the pressed one of \a buttons; Escape presses \a escape.
-int ask(const QString &caption, const QString &text, const QStringList &buttons, int escape)
+void show(const Question &question)
 {
-    const QPointer<QMessageBox> box = new QMessageBox(Utils::mainWindow());
+    QObject::connect(question.dialog, &QDialog::finished, question.dialog,
+                     [dialog = question.dialog] { dialog->deleteLater(); });
+    question.dialog->setWindowModality(Qt::ApplicationModal);
+    question.dialog->show();
+}
+
+/// A message box whose buttons answer with their numbers; Escape presses \a escape.
+Question newBox(const QString &caption, const QString &text, const QStringList &buttons, int escape)
+{
+    auto *const box = new QMessageBox(Utils::mainWindow());
+    const Question question = {box, std::make_shared<Answer>(escape)};
     box->setObjectName(QStringLiteral("fileOperatorQuestion"));
     box->setIcon(QMessageBox::Critical);
     box->setTextFormat(Qt::PlainText);
     box->setWindowTitle(caption);
     box->setText(text);
-    QList<QAbstractButton *> added;
-    // One role for all keeps them in the given order.
-    for (const QString &button : buttons)
-        added.append(box->addButton(button, QMessageBox::ActionRole));
-    box->setDefaultButton(static_cast<QPushButton *>(added.first()));
-    box->setEscapeButton(added.at(escape));
-    waitFor(box);
-    const qsizetype pressed = box ? added.indexOf(box->clickedButton()) : -1;
-    delete box.data();
-    return pressed < 0 ? escape : int(pressed);
+    for (int i = 0; i < buttons.size(); ++i) {
+        // One role for all keeps them in the given order.
+        QPushButton *const button = box->addButton(buttons.at(i), QMessageBox::ActionRole);
+        addAnswer(question, button, i);
+        if (i == 0)
+            box->setDefaultButton(button);
+        if (i == escape)
+            box->setEscapeButton(button);
+    }
+    return question;
+}
+
+QLabel *newWarningSign(QDialog *dialog)
+{
+    auto *const sign = new QLabel(dialog);
+    const QStyle *const style = dialog->style();
+    const int edge = style->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, dialog);
+    sign->setPixmap(style->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, dialog)
+                        .pixmap(QSize(edge, edge)));
+    return sign;
+}
+
+Question newOverwriteWarning(QWidget *parent, const QString &filePath)
+{
+    auto *const dialog = new QDialog(parent);
+    const Question question = {dialog, std::make_shared<Answer>(Questions::Abort)};
+    dialog->setObjectName(QStringLiteral("overwriteWarning"));
+    dialog->setWindowTitle(FileOperator::tr("File exists"));
+    auto *const label = new QLabel(dialog);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(
+        FileOperator::tr("File %1 already exists.\nOverwrite this target?").arg(filePath));
+    const std::pair<QString, int> rows[] = {
+        {FileOperator::tr("&Overwrite"), Questions::Overwrite},
+        {FileOperator::tr("Overwrite a&ll"), Questions::OverwriteAll},
+        {FileOperator::tr("&Skip"), Questions::Skip},
+        {FileOperator::tr("S&kip all"), Questions::SkipAll},
+        {FileOperator::tr("&Abort"), Questions::Abort}};
+    auto *const buttons = new QVBoxLayout;
+    for (const auto &[text, number] : rows) {
+        auto *const button = new QPushButton(text, dialog);
+        addAnswer(question, button, number);
+        QObject::connect(button, &QPushButton::clicked, dialog, &QDialog::accept);
+        buttons->addWidget(button);
+        // What is typed when it comes up must not lose a file.
+        if (number == Questions::Skip) {
+            button->setDefault(true);
+            button->setFocus();
+        }
+    }
+    buttons->addStretch();
+    auto *const all = new QHBoxLayout(dialog);
+    all->setContentsMargins(11, 11, 11, 11);
+    all->setSpacing(11);
+    all->addWidget(newWarningSign(dialog), 0, Qt::AlignTop);
+    all->addWidget(label, 1);
+    all->addLayout(buttons);
+    return question;
 }
 
 } // namespace
@@ -86,9 +160,12 @@ struct FileOperator::Private
         void end(bool ranToEnd);
         void refresh();
 
-        /// Runs \a question on the main thread and waits for its answer.
-        template <typename Question>
-        auto onMainThread(const Question &question);
+        /// Shows the question that \a make makes on the main thread, and waits for its
+        /// answer. The main thread must not wait too: what the user does meanwhile may
+        /// start another operation, which waits for this one.
+        int ask(const std::function<Question()> &make) const;
+        int ask(const QString &caption, const QString &text, const QStringList &buttons,
+                int escape) const;
 
         Private *const d;
         const FileOperatorProcess::Operation operation;
@@ -113,8 +190,6 @@ struct FileOperator::Private
              const QString &dest);
 
     FileOperator *const q;
-    int overwriteResult = Questions::Abort;
-    QPointer<QDialog> overwriteDialog;
     /// The first one is being worked on, the others wait. Owned by the calls.
     QList<Call *> calls;
     QTimer showTimer;
@@ -220,84 +295,79 @@ FileOperator::Private::Call::Call(Private *owner, FileOperatorProcess::Operation
     , process(wanted, encodedPaths(paths), encodedPath(dest), *this)
 {}
 
-template <typename Question>
-auto FileOperator::Private::Call::onMainThread(const Question &question)
+int FileOperator::Private::Call::ask(const std::function<Question()> &make) const
 {
-    decltype(question()) answer{};
+    std::future<int> answer;
     QMetaObject::invokeMethod(
-        d->q, [&] { answer = question(); }, Qt::BlockingQueuedConnection);
-    return answer;
+        d->q,
+        [&] {
+            const Question question = make();
+            answer = question.answer->future();
+            show(question);
+        },
+        Qt::BlockingQueuedConnection);
+    return answer.get();
+}
+
+int FileOperator::Private::Call::ask(const QString &caption, const QString &text,
+                                     const QStringList &buttons, int escape) const
+{
+    return ask([&] { return newBox(caption, text, buttons, escape); });
 }
 
 FileOperatorQuestions::Overwriting FileOperator::Private::Call::overwrite(const QByteArray &target)
 {
-    return onMainThread([&] {
-        return Overwriting(d->q->overwriteWarning(Utils::mainWindow(), decodedPath(target)));
-    });
+    return Overwriting(
+        ask([&] { return newOverwriteWarning(Utils::mainWindow(), decodedPath(target)); }));
 }
 
 FileOperatorQuestions::Failure FileOperator::Private::Call::cannotAccess(const QByteArray &path,
                                                                          DeviceStatus status)
 {
-    return onMainThread([&] {
-        return Failure(ask(tr("Access denied"),
-                           tr("Can't access file %1.\n%2\nContinue operations?")
-                               .arg(decodedPath(path), ioDeviceStatus(status)),
-                           {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
-    });
+    return Failure(ask(tr("Access denied"),
+                       tr("Can't access file %1.\n%2\nContinue operations?")
+                           .arg(decodedPath(path), ioDeviceStatus(status)),
+                       {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
 }
 
 FileOperatorQuestions::Failure FileOperator::Private::Call::transferFailed(const QByteArray &path,
                                                                            DeviceStatus status)
 {
-    return onMainThread([&] {
-        return Failure(
-            ask(tr("Critical error"),
-                ioDeviceStatus(status) + tr("\n%1\nContinue operations?").arg(decodedPath(path)),
-                {tr("&Skip"), tr("Skip a&ll"), tr("&Abort")}, int(Failure::Abort)));
-    });
+    return Failure(
+        ask(tr("Critical error"),
+            ioDeviceStatus(status) + tr("\n%1\nContinue operations?").arg(decodedPath(path)),
+            {tr("&Skip"), tr("Skip a&ll"), tr("&Abort")}, int(Failure::Abort)));
 }
 
 bool FileOperator::Private::Call::deleteIncomplete(const QByteArray &target)
 {
-    return onMainThread([&] {
-        return ask(tr("Incomplete operation"),
-                   tr("Delete incomplete file %1?").arg(decodedPath(target)),
-                   {tr("&Delete"), tr("&Cancel")}, 1) == 0;
-    });
+    return ask(tr("Incomplete operation"),
+               tr("Delete incomplete file %1?").arg(decodedPath(target)),
+               {tr("&Delete"), tr("&Cancel")}, 1) == 0;
 }
 
 FileOperatorQuestions::Failure FileOperator::Private::Call::cannotDelete(const QByteArray &path)
 {
-    return onMainThread([&] {
-        return Failure(
-            ask(tr("Access denied"),
-                tr("Can't delete file:\n%1\nContinue operations?").arg(decodedPath(path)),
-                {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
-    });
+    return Failure(ask(tr("Access denied"),
+                       tr("Can't delete file:\n%1\nContinue operations?").arg(decodedPath(path)),
+                       {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
 }
 
 void FileOperator::Private::Call::intoItself(const QByteArray &folder)
 {
-    onMainThread([&] {
-        return ask(tr("Access denied"),
-                   tr("Folder %1 can't be put into itself.").arg(decodedPath(folder)), {tr("OK")},
-                   0);
-    });
+    ask(tr("Access denied"), tr("Folder %1 can't be put into itself.").arg(decodedPath(folder)),
+        {tr("OK")}, 0);
 }
 
 void FileOperator::Private::Call::notFlushed()
 {
-    onMainThread([&] {
-        return ask(tr("Critical error"),
-                   tr("Could not write to the device.\nThe original files are kept."), {tr("OK")},
-                   0);
-    });
+    ask(tr("Critical error"), tr("Could not write to the device.\nThe original files are kept."),
+        {tr("OK")}, 0);
 }
 
 void FileOperator::Private::Call::tell(const Notes &notes)
 {
-    onMainThread([&] { return ask(tr("Incomplete operation"), notesText(notes), {tr("OK")}, 0); });
+    ask(tr("Incomplete operation"), notesText(notes), {tr("OK")}, 0);
 }
 
 void FileOperator::Private::Call::start()
@@ -390,52 +460,16 @@ bool FileOperator::isRunning() const
 
 int FileOperator::overwriteWarning(QWidget *parent, const QString &filePath)
 {
-    const QPointer<QDialog> dialog = new QDialog(parent);
-    dialog->setObjectName(QStringLiteral("overwriteWarning"));
-    dialog->setWindowTitle(tr("File exists"));
-    auto *const all = new QHBoxLayout(dialog);
-    auto *const icon = new QLabel(dialog);
-    const QStyle *const style = dialog->style();
-    const int edge = style->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, dialog);
-    icon->setPixmap(style->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, dialog)
-                        .pixmap(QSize(edge, edge)));
-    auto *const label = new QLabel(dialog);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(tr("File %1 already exists.\nOverwrite this target?").arg(filePath));
-    auto *const buttons = new QVBoxLayout;
-    const std::pair<QString, int> rows[] = {{tr("&Overwrite"), Questions::Overwrite},
-                                            {tr("Overwrite a&ll"), Questions::OverwriteAll},
-                                            {tr("&Skip"), Questions::Skip},
-                                            {tr("S&kip all"), Questions::SkipAll},
-                                            {tr("&Abort"), Questions::Abort}};
-    for (const auto &[text, result] : rows) {
-        auto *const button = new QPushButton(text, dialog);
-        // What is typed when it comes up must not lose a file.
-        button->setDefault(result == Questions::Skip);
-        if (result == Questions::Skip)
-            button->setFocus();
-        connect(button, &QPushButton::clicked, this,
-                [this, number = result] { overwriteWarningMapping(number); });
-        buttons->addWidget(button);
+    std::future<int> answer;
+    {
+        const Question question = newOverwriteWarning(parent, filePath);
+        answer = question.answer->future();
+        show(question);
     }
-    buttons->addStretch();
-    all->setContentsMargins(11, 11, 11, 11);
-    all->setSpacing(11);
-    all->addWidget(icon, 0, Qt::AlignTop);
-    all->addWidget(label, 1);
-    all->addLayout(buttons);
-    d->overwriteResult = Questions::Abort;
-    d->overwriteDialog = dialog;
-    waitFor(dialog);
-    delete dialog.data();
-    return d->overwriteResult;
-}
-
-void FileOperator::overwriteWarningMapping(int result)
-{
-    d->overwriteResult = result;
-    if (d->overwriteDialog)
-        d->overwriteDialog->accept();
+    // A loop of its own would end unanswered when the application is told to quit.
+    while (answer.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return answer.get();
 }
 
 void FileOperator::showOnTimer()

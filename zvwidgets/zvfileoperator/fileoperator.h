@@ -43,7 +43,6 @@ public:
     int overwriteWarning(QWidget *parent, const QString &filePath);
 
 private slots:
-    void overwriteWarningMapping(int result);
     void showOnTimer();
 
 private:
