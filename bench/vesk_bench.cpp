@@ -5,8 +5,12 @@
 #include "widgetbench.h"
 #include "workload.h"
 
+#include "app/components.h"
+#include "app/editors/editor.h"
 #include "app/editors/editors.h"
 #include "app/messages/messageoutput.h"
+#include "app/search/replacedialog.h"
+#include "app/search/searchmanager.h"
 #include "app/search/treesearch.h"
 #include "app/search/treewalk.h"
 #include "app/settings.h"
@@ -20,9 +24,13 @@
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
 
+#include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <memory>
 
@@ -180,29 +188,79 @@ void comment(benchmark::State &state)
     }
 }
 
-void replaceAll(benchmark::State &state)
+/// The program's window, as its user has it, with settings of its own.
+struct Program
 {
-    const std::string file = bench::needleFile(6000000, 100000);
+    Program()
+    {
+        vesk::Settings::setKeyPrefix(QStringLiteral("/vesk"));
+        vesk::Settings::setFileName(folder.filePath(QStringLiteral("vesk.ini")));
+        components = std::make_unique<vesk::Components>();
+        components->openArguments();
+        components->makePanels();
+        components->shell()->rebuildUI();
+        components->shell()->resize(900, 700);
+        components->shell()->show();
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<vesk::Components> components;
+};
+
+/// Replaces all by the command of the menu, timed from the answer to its dialog on.
+void replaceAllIn(benchmark::State &state, const QString &file)
+{
     for (auto _ : state) {
-        const Window window(file);
-        bench::PaintWatch watch(window.view());
+        const Program program;
+        vesk::Editors::self()->open(file);
+        vesk::Editor *const editor = vesk::Editors::self()->current();
+        bench::PaintWatch watch(editor->focusProxy());
         bench::settle();
-        watch.reset();
         QElapsedTimer timer;
-        timer.start();
-        const int hits = window.editor->replaceAll(QStringLiteral("needle"), QStringLiteral("pin"),
-                                                   true, false, false);
+        QTimer::singleShot(0, [&] {
+            auto *const dialog = program.components->shell()->findChild<vesk::ReplaceDialog *>();
+            dialog->findString->setEditText(QStringLiteral("needle"));
+            dialog->replaceString->setEditText(QStringLiteral("pin"));
+            dialog->caseSensitive->setChecked(true);
+            dialog->replaceAll->setChecked(true);
+            bench::settle();
+            watch.reset();
+            timer.start();
+            dialog->accept();
+        });
+        vesk::SearchManager::self()->replace();
         watch.wait();
         state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
-        if (hits != 100000)
-            state.SkipWithError("wrong number of hits");
+        if (editor->text().contains(QLatin1String("needle")))
+            state.SkipWithError("not all was replaced");
         bench::settle();
         watch.reset();
         timer.start();
-        window.document()->undoStack()->undo(1);
+        editor->undo();
         watch.wait();
         state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+        if (editor->text().contains(QLatin1String("pin")))
+            state.SkipWithError("not all was undone");
+        editor->setText(QString());
     }
+}
+
+void replaceAll(benchmark::State &state)
+{
+    replaceAllIn(state, QString::fromStdString(bench::needleFile(6000000, 100000)));
+}
+
+void longLineReplaceAll(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("line")));
+    if (!file.open(QIODevice::WriteOnly) ||
+        file.write(QByteArray("some needle 14").repeated(40000)) < 0) {
+        state.SkipWithError("cannot write");
+        return;
+    }
+    file.close();
+    replaceAllIn(state, file.fileName());
 }
 
 void findAtEnd(benchmark::State &state)
@@ -355,6 +413,7 @@ BENCHMARK(enter)->Arg(0)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchma
 BENCHMARK(paste)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(comment)->Arg(20)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(replaceAll)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(longLineReplaceAll)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(findAtEnd)->Arg(100)->Unit(benchmark::kMillisecond);
 BENCHMARK(searchLiteral)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(searchExpression)->UseRealTime()->Unit(benchmark::kMillisecond);
