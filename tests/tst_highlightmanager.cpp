@@ -33,7 +33,6 @@ class TestHighlightManager : public QObject
     Q_OBJECT
 
 private slots:
-    void orderOfBuiltIns();
     void masks_data();
     void masks();
     void userFiles();
@@ -43,21 +42,10 @@ private slots:
     void choosing_data();
     void choosing();
     void colours();
-    void damagedSettings();
 
 private:
     TextEditorManager builtIns;
 };
-
-void TestHighlightManager::orderOfBuiltIns()
-{
-    const QStringList expected =
-        QStringLiteral("ColdFusion|XML|Java|NoHighlight|TeX|PHP|JSP|Ch|PG/SQL|DB2/SQL|Ruby|"
-                       "MY/SQL|SQL|PL/SQL|Python|HTML|SB/SQL|Perl|DTML - Zope|MSS/SQL|C++")
-            .split(u'|');
-    builtIns.setResourcesDir(QString());
-    QCOMPARE(TextHighlightManager::buildRegistry(&builtIns)->keys(), expected);
-}
 
 void TestHighlightManager::masks_data()
 {
@@ -232,18 +220,6 @@ void TestHighlightManager::colours()
     // An empty background takes the item's own away.
     settings.setValue(item + u"/bgcolor"_s, QString());
     QVERIFY(!TextHighlight(u"python"_s, &manager).attribute(1)->usebg);
-}
-
-/// Masks typed into the file by hand: an unquoted comma makes a list of them.
-void TestHighlightManager::damagedSettings()
-{
-    QTemporaryDir folder;
-    const QString path = folder.filePath(u"settings.ini"_s);
-    writeFile(path, "[zveditor]\nhl\\TeX%20wildcards=*.a,*.b\n");
-    const QSettings settings(path, QSettings::IniFormat);
-    const QString key = u"/zveditor/hl/TeX wildcards"_s;
-    QCOMPARE(highlightSetting(&settings, key, QString()), u"*.a,*.b"_s);
-    QCOMPARE(highlightSetting(nullptr, key, u"x"_s), u"x"_s);
 }
 
 QTEST_MAIN(TestHighlightManager)

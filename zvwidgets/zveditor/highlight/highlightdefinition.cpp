@@ -18,23 +18,6 @@ namespace zvwidgets {
 namespace {
 
 constexpr qint64 maximumFileSize = 8 * 1024 * 1024;
-constexpr char noHighlightXml[] = R"(<!DOCTYPE Highlight>
-<Highlight name="NoHighlight" wildcards="">
- <Items>
-  <Text color="#000000" style=""/>
- </Items>
- <Break>
-  <normal>
-   <citem item="" regexp="$" mode="until"/>
-  </normal>
- </Break>
- <Contents>
-  <normal>
-   <citem item="Text" regexp="$" mode="until" lineEndContent="normal"/>
-  </normal>
- </Contents>
-</Highlight>
-)";
 
 /// A child of one of the sections and what stands in it.
 struct Section
@@ -205,7 +188,7 @@ QByteArray definitionData(const QString &name, const QString &resourcesDir)
             return file;
     }
     const QByteArray builtIn = qembed_findData(name.toLatin1().constData());
-    return builtIn.isEmpty() ? QByteArray(noHighlightXml) : builtIn;
+    return builtIn.isEmpty() ? qembed_findData("nohighlight") : builtIn;
 }
 
 } // namespace

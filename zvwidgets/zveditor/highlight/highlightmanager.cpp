@@ -190,8 +190,7 @@ QByteArray qembed_findData(const char *name)
 
 QString highlightSettingsKey(const TextEditorManager *manager)
 {
-    const QString key =
-        manager ? const_cast<TextEditorManager *>(manager)->hlSettingsKey() : QString();
+    const QString key = manager ? manager->hlSettingsKey() : QString();
     return key.isEmpty() ? QStringLiteral("/zveditor/hl") : key;
 }
 
