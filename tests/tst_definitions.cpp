@@ -219,7 +219,7 @@ const QStringList &signs()
                        "<%--|--%>|<![CDATA[|]]>|&|&amp;|;|=|=~ s/|\"\"\"|'''|=begin|=end|%q(|$|@|"
                        "{|}|(|)|[|]|a|0x1f|1'0|.5|é| |class |def |import |<a href=|\\section{|"
                        "#include |R\"(|E'|$$|<dtml-var |&dtml-|<cfset "
-                       "|#a#|`|?|!|=>|</cfscript>|<c:if |R\"x(|)x\"|%Q{|#[")
+                       "|#a#|`|?|!|=>|</cfscript>|<c:if | R\"(|)\"|%Q{|#[")
             .split(u'|');
     return list;
 }
@@ -440,7 +440,6 @@ void TestDefinitions::words_data()
         "Keyword");
     row("MSS/SQL", "msssql", "", "image try_convert", "Keyword");
     row("Ch", "ch", "", "fprintf importf remvar showvar", "Keyword");
-    row("C++", "cpp", "", "alignof asm consteval constinit register typeid co_await", "Keyword");
     row("hexadecimal fractions", "cpp", "", "0x1.8p3 0xAp-2f 1.5e3", "Float");
     row("numbers of PHP", "php", "<?php ", "0b11 0xFF_FF", "phpHex");
     row("names with signs", "ruby", "def ", "name? name! name= self.name? == <=> []= self.[]",
