@@ -21,6 +21,7 @@
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
+#include "zvwidgets/zveditor/textfolding.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
 
@@ -143,49 +144,99 @@ void enter(benchmark::State &state)
                   [&] { bench::press(window.view(), Qt::Key_Return, QStringLiteral("\r")); });
 }
 
-void paste(benchmark::State &state)
+/// Times \a edit up to its painting, then its undo.
+template <typename Edit>
+void timeEdit(benchmark::State &state, const Window &window, const Edit &edit)
 {
-    const Window window(bench::sourceFile(int(state.range(0))));
-    QApplication::clipboard()->setText(lines(10000));
     bench::PaintWatch watch(window.view());
-    for (auto _ : state) {
-        window.view()->setCursorPosition(0, 0, false);
+    const auto seconds = [&watch](const auto &step) {
         bench::settle();
         watch.reset();
         QElapsedTimer timer;
         timer.start();
-        window.editor->paste();
+        step();
         watch.wait();
-        state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
-        bench::settle();
-        watch.reset();
-        timer.start();
-        window.document()->undoStack()->undo(1);
-        watch.wait();
-        state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+        return double(timer.nsecsElapsed()) / 1e9;
+    };
+    state.SetIterationTime(seconds(edit));
+    state.counters["undo_ms"] =
+        1e3 * seconds([&window] { window.document()->undoStack()->undo(1); });
+}
+
+void paste(benchmark::State &state)
+{
+    const Window window(bench::sourceFile(int(state.range(0))));
+    QApplication::clipboard()->setText(lines(10000));
+    for (auto _ : state) {
+        window.view()->setCursorPosition(0, 0, false);
+        timeEdit(state, window, [&window] { window.editor->paste(); });
     }
 }
 
 void comment(benchmark::State &state)
 {
     const Window window(bench::openFile(int(state.range(0))));
-    bench::PaintWatch watch(window.view());
     window.view()->setCursorPosition(0, 0, false);
     for (auto _ : state) {
-        bench::settle();
-        watch.reset();
-        QElapsedTimer timer;
-        timer.start();
-        window.document()->cmdInsert(0, 0, QStringLiteral("/*"));
-        watch.wait();
-        state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
-        bench::settle();
-        watch.reset();
-        timer.start();
-        window.document()->undoStack()->undo(1);
-        watch.wait();
-        state.counters["undo_ms"] = double(timer.nsecsElapsed()) / 1e6;
+        timeEdit(state, window,
+                 [&window] { window.document()->cmdInsert(0, 0, QStringLiteral("/*")); });
     }
+}
+
+/// A window on \a count lines of \a text, all selected.
+std::unique_ptr<Window> selectedLines(int count, const QString &text)
+{
+    auto window = std::make_unique<Window>(std::string());
+    QString content = (text + QLatin1Char('\n')).repeated(count);
+    QTextStream stream(&content);
+    window->document()->load(stream);
+    const int last = window->document()->lastLine();
+    window->view()->setSelection(QPoint(0, 0), QPoint(int(text.size()), last));
+    return window;
+}
+
+// Memory counts what the steps hold for undo.
+void cutEmptyLines(benchmark::State &state)
+{
+    const auto window = selectedLines(5'000'000, QString());
+    for (auto _ : state) {
+        timeEdit(state, *window, [&window] { window->editor->cut(); });
+        state.counters["peak_MB"] = bench::peakMemory() / 1e6;
+    }
+}
+
+void pasteEmptyLines(benchmark::State &state)
+{
+    const Window window{std::string()};
+    QApplication::clipboard()->setText(QString(5'000'000, QLatin1Char('\n')));
+    for (auto _ : state) {
+        timeEdit(state, window, [&window] { window.editor->paste(); });
+        state.counters["peak_MB"] = bench::peakMemory() / 1e6;
+    }
+}
+
+void indentClosedFolds(benchmark::State &state)
+{
+    constexpr int folds = 100'000;
+    const auto window = selectedLines(4 * folds, QStringLiteral("text"));
+    FoldersState closed;
+    for (int i = 0; i < folds; ++i)
+        closed.append({false, 4 * i, 4 * i + 3});
+    window->document()->folding()->setFolderstState(closed);
+    for (auto _ : state)
+        timeEdit(state, *window, [&window] { window->editor->indent(); });
+}
+
+void cutNestedFolds(benchmark::State &state)
+{
+    constexpr int folds = 100'000;
+    const auto window = selectedLines(2 * folds, QStringLiteral("text"));
+    FoldersState nested;
+    for (int i = folds - 1; i >= 0; --i)
+        nested.append({true, i, 2 * folds - 1 - i});
+    window->document()->folding()->setFolderstState(nested);
+    for (auto _ : state)
+        timeEdit(state, *window, [&window] { window->editor->cut(); });
 }
 
 /// The program's window, as its user has it, with settings of its own.
@@ -412,6 +463,10 @@ BENCHMARK(key)->Arg(0)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark
 BENCHMARK(enter)->Arg(0)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
 BENCHMARK(paste)->Arg(100)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(comment)->Arg(20)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(cutEmptyLines)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(pasteEmptyLines)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(indentClosedFolds)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(cutNestedFolds)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(replaceAll)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(longLineReplaceAll)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(findAtEnd)->Arg(100)->Unit(benchmark::kMillisecond);
