@@ -122,8 +122,8 @@ private:
     const HitHandler *handler = nullptr;
     SearchPattern pattern;
     QStringMatcher matcher;
-    /// What a line with a hit holds; empty if that is not known. In lower case if
-    /// case does not count, and only for lines in ASCII then.
+    /// What a line with a hit holds; empty if that is not known. If case does not
+    /// count it holds for lines in ASCII only.
     ByteNeedle utf8Needle;
     ByteNeedle latin1Needle; ///< empty if the text doesn't fit in Latin-1
     bool asciiNeedle = false;

@@ -11,6 +11,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -80,11 +81,14 @@ struct TreeSearch::Private
 
     explicit Private(NextFile source) : nextFile(std::move(source)) {}
 
+    bool startThread(const SearchQuery &query);
     std::shared_ptr<Task> begin();
     void handOver(Task &task, QList<Row> *rows, qint64 size, bool isDone);
     bool goOn() const { return !isStopped.load(std::memory_order_relaxed); }
 
     std::atomic<bool> isStopped = false;
+    /// Someone takes rows meanwhile. Not if no thread could be started.
+    bool mayWait = true;
 
     std::mutex sourceMutex; ///< taken before the other one
     const NextFile nextFile;
@@ -154,6 +158,23 @@ bool TreeSearch::Private::Worker::goOn()
     return d->goOn();
 }
 
+/// False if the system has no thread left.
+bool TreeSearch::Private::startThread(const SearchQuery &query)
+{
+    {
+        const std::lock_guard lock(mutex);
+        ++workers;
+    }
+    try {
+        threads.emplace_back([this, query] { Worker(this, query).run(); });
+    } catch (const std::system_error &) {
+        const std::lock_guard lock(mutex);
+        --workers;
+        return false;
+    }
+    return true;
+}
+
 /// Null if there is nothing left to do.
 std::shared_ptr<TreeSearch::Private::Task> TreeSearch::Private::begin()
 {
@@ -177,7 +198,7 @@ void TreeSearch::Private::handOver(Task &task, QList<Row> *rows, qint64 size, bo
     task.size += size;
     task.isDone = isDone;
     waiting += size;
-    if (isDone)
+    if (isDone || !mayWait)
         return;
     // The first one must go on whatever waits after it.
     rowsWent.wait(lock,
@@ -187,9 +208,16 @@ void TreeSearch::Private::handOver(Task &task, QList<Row> *rows, qint64 size, bo
 TreeSearch::TreeSearch(const SearchQuery &query, NextFile nextFile)
     : d(std::make_unique<Private>(std::move(nextFile)))
 {
-    d->workers = qBound(1, QThread::idealThreadCount(), 16);
-    for (int i = d->workers; i > 0; --i)
-        d->threads.emplace_back([this, query] { Private::Worker(d.get(), query).run(); });
+    const int wanted = qBound(1, QThread::idealThreadCount(), 16);
+    int started = 0;
+    while (started < wanted && d->startThread(query))
+        ++started;
+    if (started > 0)
+        return;
+    // All of it here and now, better than none.
+    d->mayWait = false;
+    d->workers = 1;
+    Private::Worker(d.get(), query).run();
 }
 
 TreeSearch::~TreeSearch()
