@@ -4,7 +4,6 @@
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
 
 #include <QApplication>
-#include <QPainter>
 #include <QScreen>
 #include <QTest>
 
@@ -83,15 +82,11 @@ QImage TestTextViewPaint::shown() const
     return window.toImage().convertToFormat(QImage::Format_RGB32);
 }
 
-/// The same with the margins. When all is painted, the colour of the marks beside
-/// a selection goes on in the folding margin below them, which is meant.
+/// The same with the margins.
 QImage TestTextViewPaint::shownEditor() const
 {
     QCoreApplication::processEvents();
-    QImage image = editor->screen()->grabWindow(editor->winId()).toImage();
-    if (view->hasSelection())
-        QPainter(&image).fillRect(view->foldingMargin()->geometry(), Qt::white);
-    return image;
+    return editor->screen()->grabWindow(editor->winId()).toImage();
 }
 
 QColor TestTextViewPaint::fillAt(int column, int line) const
@@ -302,6 +297,13 @@ ViewSteps TestTextViewPaint::showingSteps()
              t->editor->folding()->createFold(6, 8);
              QCoreApplication::processEvents();
              t->editor->folding()->removeFold(7);
+         }},
+        {"last line of an open fold removed",
+         [](TestTextViewPaint *t) {
+             t->editor->folding()->createFold(3, 5);
+             t->editor->folding()->toggleFold(3);
+             QCoreApplication::processEvents();
+             t->doc->removeLine(5);
          }},
         {"scrolled down, then typed",
          [](TestTextViewPaint *t) {

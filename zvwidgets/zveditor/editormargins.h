@@ -92,6 +92,9 @@ public:
     /// True if \a line is one of at least three that are selected, which can be
     /// made a fold here.
     bool showAddFoldArea(int line) const;
+    /// Colour of the dots below a row of \a line, if \a above is that of the dots beside
+    /// it: each mark leaves its colour to the rows below it.
+    QRgb dotsBelow(int line, QRgb above) const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -279,6 +279,15 @@ void FoldingMargin::paintFoldLine(QPainter *painter, int level, bool last, int y
         horizontalLine(painter, y1 - 1, 3 * depth, 12);
 }
 
+QRgb FoldingMargin::dotsBelow(int line, QRgb above) const
+{
+    if (showAddFoldArea(line))
+        return addFoldColor.rgb();
+    const TextLine *const textLine = document->lineOf(line);
+    const bool hasMark = textLine->isFoldingStart || textLine->foldingLevel > 0;
+    return hasMark ? QColor(Qt::black).rgb() : above;
+}
+
 bool FoldingMargin::showAddFoldArea(int line) const
 {
     const QRect selected = ordered(view->selection());

@@ -36,13 +36,23 @@ struct TextRun
 /// changes. Whatever a row or the area below the rows comes to depend on belongs here.
 struct ShownPage
 {
+    struct Row
+    {
+        VisibleLine visible;
+        /// Colour of the dots in the folding margin, which the marks above decide.
+        QRgb dots = 0;
+        /// The foot of a fold is drawn here; the line below decides that too.
+        bool endsFold = false;
+
+        bool operator==(const Row &) const = default;
+    };
+
     /// What the area below the last row depends on.
     struct Rest
     {
         int top = 0; ///< pixels from the top of the view
         QRgb background = 0;
-        /// Fold marks above it decide its colours in the folding margin.
-        bool hasMarks = true;
+        QRgb dots = 0;
         /// The icon of the last line, which repeats there.
         const QPixmap *icon = nullptr;
 
@@ -50,12 +60,12 @@ struct ShownPage
     };
 
     /// The row at this place is as it was.
-    bool hasRow(size_t n, const VisibleLine &row) const
+    bool hasRow(size_t n, const Row &row) const
     {
         return n < prevUpdatedlines.size() && prevUpdatedlines[n] == row;
     }
 
-    std::vector<VisibleLine> prevUpdatedlines;
+    std::vector<Row> prevUpdatedlines;
     Rest rest;
 };
 

@@ -163,30 +163,33 @@ void TextView::Private::updateChangedLines(const LineRegion &changed)
     ShownPage page = presentPage();
     int y = 0;
     for (size_t n = 0; n < page.prevUpdatedlines.size(); ++n, y += fontHeight) {
-        const VisibleLine &shown = page.prevUpdatedlines[n];
-        const bool isChanged = shown.line >= changed.start && shown.line <= changed.end;
+        const ShownPage::Row &shown = page.prevUpdatedlines[n];
+        const int line = shown.visible.line;
+        const bool isChanged = line >= changed.start && line <= changed.end;
         if (isChanged || !shownPage.hasRow(n, shown))
             updateBand(y, fontHeight);
     }
     // A key in a short text leaves what is below it as it is.
     shownPage.rest.icon = indicatorMargin->iconBelow();
-    if (page.rest.hasMarks || page.rest != shownPage.rest)
+    if (page.rest != shownPage.rest)
         updateBand(y, std::max(q->height() - y, 0));
     shownPage = std::move(page);
 }
 
 ShownPage TextView::Private::presentPage() const
 {
-    const auto hasMark = [this](const VisibleLine &shown) {
-        const TextLine *const line = doc->lineOf(shown.line);
-        return line->isFoldingStart || line->foldingLevel > 0 ||
-               foldingMargin->showAddFoldArea(shown.line);
-    };
     const std::vector<VisibleLine> &rows = visibleLines.list();
-    ShownPage page{rows, {}};
+    ShownPage page;
+    page.prevUpdatedlines.reserve(rows.size());
+    QRgb dots = 0;
+    for (const VisibleLine &visible : rows) {
+        const bool endsFold = doc->folding()->isLastLineOfFold(visible.line);
+        page.prevUpdatedlines.push_back({visible, dots, endsFold});
+        dots = foldingMargin->dotsBelow(visible.line, dots);
+    }
     page.rest.top = int(rows.size()) * fontHeight;
     page.rest.background = manager->normalBackgroundColor.rgb();
-    page.rest.hasMarks = std::any_of(rows.begin(), rows.end(), hasMark);
+    page.rest.dots = dots;
     page.rest.icon = doc->lineOf(doc->lastLine())->linePixmap();
     return page;
 }
