@@ -90,7 +90,7 @@ public:
         std::filesystem::remove_all(root.toStdString());
     }
 
-    QByteArray path(const QByteArray &name) const { return joined(root, name); }
+    QByteArray path(const QByteArray &name) const { return joinedPath(root, name); }
     std::string text(const QByteArray &name) const { return path(name).toStdString(); }
 
     void folder(const QByteArray &name) const { ::mkdir(path(name).constData(), 0755); }
@@ -162,11 +162,12 @@ public:
             else if (operation == Operation::Move && !moved(name, source))
                 toCopy.push_back(name);
             else if (operation == Operation::Copy)
-                (void)transfer(source, to, name, joined(target, QByteArray::fromStdString(name)));
+                (void)transfer(source, to, name,
+                               joinedPath(target, QByteArray::fromStdString(name)));
         }
         for (const std::string &name : toCopy) {
             FileNode &source = from.children[name];
-            if (transfer(source, to, name, joined(target, QByteArray::fromStdString(name))))
+            if (transfer(source, to, name, joinedPath(target, QByteArray::fromStdString(name))))
                 from.children.erase(name);
         }
     }
@@ -201,7 +202,7 @@ private:
     /// Whether nothing is left to do after the first phase of a move.
     bool moved(const std::string &name, FileNode &source)
     {
-        const QByteArray path = joined(target, QByteArray::fromStdString(name));
+        const QByteArray path = joinedPath(target, QByteArray::fromStdString(name));
         const auto present = to.children.find(name);
         if (present != to.children.end()) {
             if (isOneFile(source, present->second, path) || !mayReplace(path))
@@ -233,8 +234,9 @@ private:
             FileNode &made = folder.children[name];
             made.isNew = made.isNew || !exists;
             for (auto child = source.children.begin(); child != source.children.end();) {
-                const bool gone = transfer(child->second, made, child->first,
-                                           joined(path, QByteArray::fromStdString(child->first)));
+                const bool gone =
+                    transfer(child->second, made, child->first,
+                             joinedPath(path, QByteArray::fromStdString(child->first)));
                 child = gone && removes ? source.children.erase(child) : std::next(child);
             }
             return source.children.empty();
@@ -269,7 +271,7 @@ public:
             "a", "b", "c", "-d e", "new\nline", "\xff\xfe", "%1 <b>", QByteArray(255, 'n'), ".dot"};
         for (const QByteArray &name : names) {
             if (below(3) == 0)
-                make(joined(folder, name), depth);
+                make(joinedPath(folder, name), depth);
         }
     }
 

@@ -57,7 +57,7 @@ QString decodedPath(const QByteArray &path)
     return text;
 }
 
-QByteArray folderOf(const QByteArray &path)
+QByteArray parentPath(const QByteArray &path)
 {
     const qsizetype slash = path.lastIndexOf('/');
     if (slash < 0)
@@ -65,12 +65,12 @@ QByteArray folderOf(const QByteArray &path)
     return path.first(qMax(slash, qsizetype(1)));
 }
 
-QByteArray nameOf(const QByteArray &path)
+QByteArray entryName(const QByteArray &path)
 {
     return path.sliced(path.lastIndexOf('/') + 1);
 }
 
-QByteArray joined(const QByteArray &folder, const QByteArray &name)
+QByteArray joinedPath(const QByteArray &folder, const QByteArray &name)
 {
     return folder.endsWith('/') ? folder + name : folder + '/' + name;
 }

@@ -14,9 +14,9 @@ QByteArray encodedPath(const QString &path);
 QString decodedPath(const QByteArray &path);
 
 /// The folder that \a path lies in: "/" for "/name", "." for "name".
-QByteArray folderOf(const QByteArray &path);
+QByteArray parentPath(const QByteArray &path);
 /// What follows the last "/" of \a path.
-QByteArray nameOf(const QByteArray &path);
-QByteArray joined(const QByteArray &folder, const QByteArray &name);
+QByteArray entryName(const QByteArray &path);
+QByteArray joinedPath(const QByteArray &folder, const QByteArray &name);
 
 } // namespace zvwidgets

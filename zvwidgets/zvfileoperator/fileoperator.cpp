@@ -412,7 +412,7 @@ void FileOperator::Private::Call::refresh()
     dialog->setItems(progress.items);
     dialog->setTotalSize(progress.totalBytes);
     dialog->setCurrentSize(progress.bytes);
-    dialog->setItemName(decodedPath(nameOf(progress.filePath)));
+    dialog->setItemName(decodedPath(entryName(progress.filePath)));
 }
 
 bool FileOperator::Private::run(FileOperatorProcess::Operation operation,

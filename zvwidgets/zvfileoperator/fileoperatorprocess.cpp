@@ -131,8 +131,8 @@ bool FileOperatorProcess::transferAll()
 void FileOperatorProcess::createFolder(const QByteArray &toFolderPath)
 {
     pendingFolder.clear();
-    const FilePlace place = {targets.open(folderOf(toFolderPath), FolderHandles::Missing::Create),
-                             nameOf(toFolderPath)};
+    const FilePlace place = {targets.open(parentPath(toFolderPath), FolderHandles::Missing::Create),
+                             entryName(toFolderPath)};
     // Nobody else may look into it before it has its own mode.
     constexpr mode_t untilComplete = 0700;
     struct stat info;
@@ -162,7 +162,7 @@ FileOperatorProcess::Step FileOperatorProcess::transfer(const FileOperatorTask &
 {
     begin(task.filePath);
     const quint64 before = shown.bytes;
-    const FilePlace source = {sources.open(folderOf(task.filePath)), nameOf(task.filePath)};
+    const FilePlace source = {sources.open(parentPath(task.filePath)), entryName(task.filePath)};
     struct stat info = {};
     Step step;
     if (source.folder < 0 || !look(source, &info))
@@ -182,8 +182,8 @@ FileOperatorProcess::Step FileOperatorProcess::transferFrom(const FilePlace &sou
                                                             const FileOperatorTask &task)
 {
     const FilePlace target = {
-        targets.open(folderOf(task.toFilePath), FolderHandles::Missing::Create),
-        nameOf(task.toFilePath)};
+        targets.open(parentPath(task.toFilePath), FolderHandles::Missing::Create),
+        entryName(task.toFilePath)};
     if (target.folder < 0)
         return cannotAccess(task.toFilePath);
     const auto progress = [this](qint64 bytes) {
@@ -330,7 +330,7 @@ bool FileOperatorProcess::moveAll(QByteArrayList *toCopy)
         if (aborted)
             return false;
         begin(path);
-        const Step step = moveByRename({path, joined(dest, nameOf(path))});
+        const Step step = moveByRename({path, joinedPath(dest, entryName(path))});
         if (step == Step::Abort)
             return false;
         if (step == Step::Proceed)
@@ -344,8 +344,9 @@ bool FileOperatorProcess::moveAll(QByteArrayList *toCopy)
 /// Skip if there is nothing left to do, Proceed if it has to be copied.
 FileOperatorProcess::Step FileOperatorProcess::moveByRename(const FileOperatorTask &task)
 {
-    const FilePlace source = {sources.open(folderOf(task.filePath)), nameOf(task.filePath)};
-    const FilePlace target = {targets.open(folderOf(task.toFilePath)), nameOf(task.toFilePath)};
+    const FilePlace source = {sources.open(parentPath(task.filePath)), entryName(task.filePath)};
+    const FilePlace target = {targets.open(parentPath(task.toFilePath)),
+                              entryName(task.toFilePath)};
     struct stat from;
     if (source.folder < 0 || target.folder < 0 || !look(source, &from))
         return Step::Proceed;
@@ -408,7 +409,7 @@ bool FileOperatorProcess::removeSources()
         if (aborted)
             return false;
         begin(file.filePath);
-        const FilePlace place = {sources.open(folderOf(file.filePath)), nameOf(file.filePath)};
+        const FilePlace place = {sources.open(parentPath(file.filePath)), entryName(file.filePath)};
         struct stat info;
         if (place.folder >= 0 && look(place, &info)) {
             if (isUnchanged(info, file.info))
@@ -437,7 +438,7 @@ bool FileOperatorProcess::eraseAll()
         if (aborted)
             return false;
         begin(file);
-        const FilePlace place = {sources.open(folderOf(file)), nameOf(file)};
+        const FilePlace place = {sources.open(parentPath(file)), entryName(file)};
         struct stat info = {};
         const bool removed =
             place.folder >= 0 && look(place, &info) &&
@@ -460,7 +461,7 @@ bool FileOperatorProcess::removeFolders()
         if (aborted)
             return false;
         const QByteArray &folder = foldersToRemove.at(i);
-        const FilePlace place = {sources.open(folderOf(folder)), nameOf(folder)};
+        const FilePlace place = {sources.open(parentPath(folder)), entryName(folder)};
         const bool removed =
             place.folder >= 0 &&
             retried([&] {

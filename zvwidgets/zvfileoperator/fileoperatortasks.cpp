@@ -38,7 +38,7 @@ QByteArray cleaned(const QByteArray &path)
 /// Whether \a path names an entry of a folder.
 bool isEntry(const QByteArray &path)
 {
-    const QByteArray name = nameOf(path);
+    const QByteArray name = entryName(path);
     return !name.isEmpty() && name != "." && name != "..";
 }
 
@@ -64,7 +64,7 @@ bool hasNameTwice(const QByteArrayList &paths)
     // Some file systems take two names for one that differ in case only.
     QSet<QString> names;
     for (const QByteArray &path : paths)
-        names.insert(decodedPath(nameOf(path)).toCaseFolded());
+        names.insert(decodedPath(entryName(path)).toCaseFolded());
     return names.size() < paths.size();
 }
 
@@ -87,7 +87,7 @@ bool FileOperatorProcess::prepare()
         path = cleaned(path);
         if (!isEntry(path) || ::lstat(path.constData(), &info) != 0)
             return false;
-        sources.addRoot(folderOf(path));
+        sources.addRoot(parentPath(path));
         if (S_ISDIR(info.st_mode))
             folders.append(path);
         else
@@ -132,8 +132,9 @@ bool FileOperatorProcess::isInside(const QByteArray &folder) const
 bool FileOperatorProcess::checkFoldersInPaths(const QByteArrayList &paths)
 {
     for (const QByteArray &path : paths) {
-        const QByteArray toPath = operation == Operation::Erase ? dest : joined(dest, nameOf(path));
-        const FilePlace place = {sources.open(folderOf(path)), nameOf(path)};
+        const QByteArray toPath =
+            operation == Operation::Erase ? dest : joinedPath(dest, entryName(path));
+        const FilePlace place = {sources.open(parentPath(path)), entryName(path)};
         struct stat info;
         struct stat target;
         const bool isFolder =
@@ -184,8 +185,9 @@ bool FileOperatorProcess::addFolderToTaskList(FileHandle folder, const QByteArra
     int files = 0;
     quint64 bytes = 0;
     for (const QByteArray &name : std::as_const(names)) {
-        const QByteArray path = joined(folderPath, name);
-        const QByteArray toPath = operation == Operation::Erase ? dest : joined(toFolderPath, name);
+        const QByteArray path = joinedPath(folderPath, name);
+        const QByteArray toPath =
+            operation == Operation::Erase ? dest : joinedPath(toFolderPath, name);
         struct stat info = {};
         if (::fstatat(::dirfd(list.get()), name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
             S_ISDIR(info.st_mode)) {
@@ -203,8 +205,9 @@ bool FileOperatorProcess::addFolderToTaskList(FileHandle folder, const QByteArra
     for (const QByteArray &name : std::as_const(folders)) {
         if (aborted)
             return false;
-        const QByteArray path = joined(folderPath, name);
-        const QByteArray toPath = operation == Operation::Erase ? dest : joined(toFolderPath, name);
+        const QByteArray path = joinedPath(folderPath, name);
+        const QByteArray toPath =
+            operation == Operation::Erase ? dest : joinedPath(toFolderPath, name);
         addFolderTasks(path, toPath);
         const int above = ::dirfd(list.get());
         FileHandle below(retried([&] { return ::openat(above, name.constData(), listFlags); }));

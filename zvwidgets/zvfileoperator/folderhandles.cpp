@@ -30,7 +30,7 @@ QByteArray FolderHandles::rootOf(const QByteArray &folder) const
 {
     QByteArray root = folder;
     while (!roots.contains(root)) {
-        const QByteArray above = folderOf(root);
+        const QByteArray above = parentPath(root);
         if (above == root)
             return {};
         root = above;
