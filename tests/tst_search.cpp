@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -342,6 +343,10 @@ void TestSearch::keysOfAnOpenList()
         QTest::keyClick(combo->view(), Qt::Key_Down);
         QTest::keyClick(combo->view(), Qt::Key(key));
         QTRY_VERIFY(!combo->view()->isVisible());
+        // A button that is pressed by its key takes a moment.
+        const QList<QPushButton *> buttons = dialog->findChildren<QPushButton *>();
+        for (const QPushButton *const button : buttons)
+            QVERIFY(!button->isDown());
         QVERIFY(dialog->isVisible());
         QCOMPARE(combo->currentText(), text);
         QTest::keyClick(combo, Qt::Key_Escape);

@@ -309,6 +309,8 @@ void TestTextEditor::replaceInSelection_data()
     row("stream, longer", "a a\na\na a", "a", "bb", 1, 1, Plain, "a bb\nbb\nbb a");
     row("stream, shorter", "aa aa\naa\naa aa", "aa", "b", 2, 2, Plain, "aa b\nb\nb aa");
     row("stream, by lines", "a a\na\na a", "a", "b\nb", 1, 1, Plain, "a b\nb\nb\nb\nb\nb a");
+    row("stream, the last line longer", "\n\na a a", "a", "bb", 0, 3, Plain, "\n\nbb bb a");
+    row("stream, the last line shorter", "\n\naa aa aa", "aa", "b", 0, 5, Plain, "\n\nb b aa");
     row("box, longer", "aaaa\naaaa\naaaa", "a", "bb", 1, 3, Box, "abbbba\nabbbba\nabbbba");
     row("box, shorter", "aaaa\naaaa\naaaa", "aa", "b", 1, 3, Box, "aba\naba\naba");
     row("box, by lines", "aaa\naaa\naaa", "aa", "b\nc", 1, 3, Box, "ab\nc\nab\nc\nab\nc");
