@@ -76,7 +76,6 @@ private:
     struct stat info = {};
     bool changed = false;
     bool incomplete = false;
-    bool copiesInKernel = true;
     std::vector<char> buffer;
 };
 
