@@ -29,6 +29,28 @@ constexpr int refreshInterval = 100;
 
 using Questions = FileOperatorQuestions;
 
+/// \a path with places where a line may be broken, if it is long: neither a path nor a
+/// name needs to have a blank.
+QString shownPath(const QByteArray &path)
+{
+    constexpr qsizetype longPath = 80;
+    constexpr qsizetype longName = 40;
+    const QString text = decodedPath(path);
+    if (text.size() <= longPath)
+        return text;
+    QString result;
+    qsizetype unbroken = 0;
+    for (const QChar character : text) {
+        result += character;
+        const bool isEnd = character == u'/' || ++unbroken >= longName;
+        if (isEnd && !character.isHighSurrogate()) {
+            result += QChar(0x200b);
+            unbroken = 0;
+        }
+    }
+    return result;
+}
+
 /// What a dialog was answered with, for a thread that waits. A dialog that vanishes
 /// with its parent counts as left by Escape.
 class Answer
@@ -107,6 +129,8 @@ Question newOverwriteWarning(QWidget *parent, const QString &filePath)
     dialog->setWindowTitle(FileOperator::tr("File exists"));
     auto *const label = new QLabel(dialog);
     label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setMinimumWidth(label->fontMetrics().averageCharWidth() * 60);
     label->setText(
         FileOperator::tr("File %1 already exists.\nOverwrite this target?").arg(filePath));
     const std::pair<QString, int> rows[] = {
@@ -250,7 +274,7 @@ QString notesText(const Questions::Notes &notes)
             if (note != kind)
                 continue;
             if (lines.size() < shown)
-                lines.append(decodedPath(path));
+                lines.append(shownPath(path));
             else
                 ++more;
         }
@@ -318,7 +342,7 @@ int FileOperator::Private::Call::ask(const QString &caption, const QString &text
 FileOperatorQuestions::Overwriting FileOperator::Private::Call::overwrite(const QByteArray &target)
 {
     return Overwriting(
-        ask([&] { return newOverwriteWarning(Utils::mainWindow(), decodedPath(target)); }));
+        ask([&] { return newOverwriteWarning(Utils::mainWindow(), shownPath(target)); }));
 }
 
 FileOperatorQuestions::Failure FileOperator::Private::Call::cannotAccess(const QByteArray &path,
@@ -326,7 +350,7 @@ FileOperatorQuestions::Failure FileOperator::Private::Call::cannotAccess(const Q
 {
     return Failure(ask(tr("Access denied"),
                        tr("Can't access file %1.\n%2\nContinue operations?")
-                           .arg(decodedPath(path), ioDeviceStatus(status)),
+                           .arg(shownPath(path), ioDeviceStatus(status)),
                        {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
 }
 
@@ -335,27 +359,26 @@ FileOperatorQuestions::Failure FileOperator::Private::Call::transferFailed(const
 {
     return Failure(
         ask(tr("Critical error"),
-            ioDeviceStatus(status) + tr("\n%1\nContinue operations?").arg(decodedPath(path)),
+            ioDeviceStatus(status) + tr("\n%1\nContinue operations?").arg(shownPath(path)),
             {tr("&Skip"), tr("Skip a&ll"), tr("&Abort")}, int(Failure::Abort)));
 }
 
 bool FileOperator::Private::Call::deleteIncomplete(const QByteArray &target)
 {
-    return ask(tr("Incomplete operation"),
-               tr("Delete incomplete file %1?").arg(decodedPath(target)),
+    return ask(tr("Incomplete operation"), tr("Delete incomplete file %1?").arg(shownPath(target)),
                {tr("&Delete"), tr("&Cancel")}, 1) == 0;
 }
 
 FileOperatorQuestions::Failure FileOperator::Private::Call::cannotDelete(const QByteArray &path)
 {
     return Failure(ask(tr("Access denied"),
-                       tr("Can't delete file:\n%1\nContinue operations?").arg(decodedPath(path)),
+                       tr("Can't delete file:\n%1\nContinue operations?").arg(shownPath(path)),
                        {tr("Skip"), tr("Skip all"), tr("Abort")}, int(Failure::Abort)));
 }
 
 void FileOperator::Private::Call::intoItself(const QByteArray &folder)
 {
-    ask(tr("Access denied"), tr("Folder %1 can't be put into itself.").arg(decodedPath(folder)),
+    ask(tr("Access denied"), tr("Folder %1 can't be put into itself.").arg(shownPath(folder)),
         {tr("OK")}, 0);
 }
 

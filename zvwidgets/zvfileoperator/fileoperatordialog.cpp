@@ -133,6 +133,9 @@ void FileOperatorDialog::show()
         windowHandle()->setTransientParent(window->windowHandle());
     }
     QWidget::show();
+    // A question that is open must not be covered.
+    if (QWidget *const question = QApplication::activeModalWidget())
+        question->raise();
     // A window manager may give it the focus all the same, a moment later.
     QTimer::singleShot(0, this, [this, focused] {
         if (focused && isActiveWindow()) {
