@@ -18,21 +18,21 @@ bool hasSlot(const QObject *receiver, const char *slot)
     return receiver->metaObject()->indexOfSlot(signature) >= 0;
 }
 
-QString labelOf(const ActionRow &row, const QObject *receiver)
+QString labelOf(const ActionRow &row, const QObject *receiver, Labels labels)
 {
-    if (row.labelKind == ActionRow::Label::Translated)
+    if (labels == Labels::Translated)
         return QCoreApplication::translate(receiver->metaObject()->className(), row.label);
     return QString::fromLatin1(row.label);
 }
 
 } // namespace
 
-void addActions(QObject *receiver, std::span<const ActionRow> rows)
+void addActions(QObject *receiver, std::span<const ActionRow> rows, Labels labels)
 {
     for (const ActionRow &row : rows) {
         Q_ASSERT_X(hasSlot(receiver, row.slot), row.name, row.slot);
         Action *const action =
-            Actions::createAction(labelOf(row, receiver), QString::fromLatin1(row.name),
+            Actions::createAction(labelOf(row, receiver, labels), QString::fromLatin1(row.name),
                                   row.key.toCombined(), receiver, row.slot);
         if (row.icon)
             action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));

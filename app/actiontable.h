@@ -13,12 +13,6 @@ constexpr QKeyCombination noKey = QKeyCombination::fromCombined(0);
 /// One command of a component, as data.
 struct ActionRow
 {
-    enum class Label
-    {
-        AsItIs,
-        /// Marked with QT_TRANSLATE_NOOP for the receiver's class.
-        Translated
-    };
     /// A separator in the group, beside this action.
     enum class Separator
     {
@@ -38,11 +32,18 @@ struct ActionRow
     /// The path of a group of the shell.
     const char *group;
     Separator separator = Separator::None;
-    Label labelKind = Label::AsItIs;
+};
+
+enum class Labels
+{
+    AsTheyStand,
+    /// Marked with QT_TRANSLATE_NOOP for the receiver's class.
+    Translated
 };
 
 /// Creates the actions of \a rows in order, each for its slot of \a receiver, and
 /// puts them into their groups.
-void addActions(QObject *receiver, std::span<const ActionRow> rows);
+void addActions(QObject *receiver, std::span<const ActionRow> rows,
+                Labels labels = Labels::AsTheyStand);
 
 } // namespace vesk

@@ -20,13 +20,12 @@ constexpr int timerPeriod = 100; // ms
 
 const ActionRow actionRows[] = {
     {"Shell/showHideLeftPanel", QT_TRANSLATE_NOOP("vesk::Shell", "Show/hide &left panel"),
-     Qt::CTRL | Qt::Key_L, SLOT(leftDockShowHide()), nullptr, "menu/Window/Docks",
-     ActionRow::Separator::None, ActionRow::Label::Translated},
+     Qt::CTRL | Qt::Key_L, SLOT(leftDockShowHide()), nullptr, "menu/Window/Docks"},
     {"Shell/showHideBottomPanel", QT_TRANSLATE_NOOP("vesk::Shell", "Show/hide &bottom panel"),
      Qt::CTRL | Qt::Key_D, SLOT(bottomDockShowHide()), nullptr, "menu/Window/Docks",
-     ActionRow::Separator::After, ActionRow::Label::Translated},
+     ActionRow::Separator::After},
     {"Shell/exit", QT_TRANSLATE_NOOP("vesk::Shell", "&Exit"), Qt::CTRL | Qt::Key_Q, SLOT(exit()),
-     nullptr, "menu/File/Quit", ActionRow::Separator::Before, ActionRow::Label::Translated},
+     nullptr, "menu/File/Quit", ActionRow::Separator::Before},
 };
 
 } // namespace
@@ -45,7 +44,7 @@ Shell::Shell(QWidget *parent, const QString &name)
     initActionGroups();
     initStatusBar();
     initWorkspace();
-    vesk::addActions(this, actionRows);
+    vesk::addActions(this, actionRows, Labels::Translated);
     // actionGroup() never notes Help, so that it comes after all these.
     d->menuGroups.append(QStringLiteral("Help"));
     connect(this, &Shell::uiRebuilded, this, &Shell::postPrepare);

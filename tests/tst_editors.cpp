@@ -22,6 +22,7 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTest>
+#include <QToolBar>
 #include <QToolButton>
 #include <QTranslator>
 
@@ -78,6 +79,8 @@ private slots:
     void caption();
     void statusFields();
     void actionsFollowTheFocus();
+    void everyActionActs_data();
+    void everyActionActs();
     void popupListsAndRaises();
     void tabsMirrorTheEditors();
     void tabOfUnsavedTextIsBlue();
@@ -95,6 +98,7 @@ private:
     void expectName(const QString &name, const QString &filter = QString());
     QStringList fileNames() const;
     QString statusText() const;
+    QAction *actionAt(const QString &place) const;
     Editors *editors() const { return Editors::self(); }
 
     std::unique_ptr<Responder> responder;
@@ -763,6 +767,109 @@ void TestEditors::actionsFollowTheFocus()
     editors()->setFocus();
     QVERIFY(isOn("Editors/undo"));
     QVERIFY(isOn("Editors/toolbar/paste"));
+}
+
+/// Each row is a place in the menus or on the tool bars, and what is different after
+/// its command: the files, "/", the text of the current editor with its selection in
+/// brackets, "/", what b.txt holds.
+void TestEditors::everyActionActs_data()
+{
+    const Rows<QString, bool, QString> row("place", "hasIcon", "after");
+    row("new", "File/New", true, "a.txt b.txt -//text");
+    row("open", "File/Open", true, "a.txt b.txt c.txt/text/text");
+    row("close", "File/Close", false, "a.txt/Atext/word wolf wo");
+    row("save", "File/Save", true, "a.txt b.txt/word wolf wo/word wolf wo");
+    row("save as", "File/Save as...", false, "a.txt c.txt/word wolf wo/text");
+    row("save all", "File/Save all", false, "a.txt b.txt/word wolf wo/word wolf wo");
+    row("undo", "Edit/Undo", true, "a.txt b.txt/word wolf w/text");
+    row("redo", "Edit/Redo", true, "a.txt b.txt/word wolf wo/text");
+    row("cut", "Edit/Cut", true, "a.txt b.txt/word wolf w/text");
+    row("copy", "Edit/Copy", true, "a.txt b.txt/word wolf w[o]/text");
+    row("paste", "Edit/Paste", true, "a.txt b.txt/word wolf woclip/text");
+    row("select all", "Edit/Select All", false, "a.txt b.txt/[word wolf wo]/text");
+    row("indent", "Edit/Indent", true, "a.txt b.txt/\tword wolf wo/text");
+    row("unindent", "Edit/Unindent", true, "a.txt b.txt/word wolf wo/text");
+    row("wrap", "Edit/Word wrap", false, "a.txt b.txt/word wolf wo/text/unwrapped");
+    row("next completion", "Edit/Next completion", false, "a.txt b.txt/word wolf wolf/text");
+    row("previous completion", "Edit/Prev completion", false, "a.txt b.txt/word wolf word/text");
+    row("previous editor", "View/Prev Editor", false, "a.txt b.txt/Atext/text");
+    row("next editor", "View/Next Editor", false, "a.txt b.txt/Atext/text");
+    row("new, bar", "bar/New", true, "a.txt b.txt -//text");
+    row("open, bar", "bar/Open", true, "a.txt b.txt c.txt/text/text");
+    row("save, bar", "bar/Save", true, "a.txt b.txt/word wolf wo/word wolf wo");
+    row("undo, bar", "bar/Undo", true, "a.txt b.txt/word wolf w/text");
+    row("redo, bar", "bar/Redo", true, "a.txt b.txt/word wolf wo/text");
+    row("cut, bar", "bar/Cut", true, "a.txt b.txt/word wolf w/text");
+    row("copy, bar", "bar/Copy", true, "a.txt b.txt/word wolf w[o]/text");
+    row("paste, bar", "bar/Paste", true, "a.txt b.txt/word wolf woclip/text");
+}
+
+void TestEditors::everyActionActs()
+{
+    QFETCH(QString, place);
+    QFETCH(bool, hasIcon);
+    QFETCH(QString, after);
+    const auto is = [&place](const char *command) {
+        return place.section(u'/', 1) == QLatin1String(command);
+    };
+    open({"a.txt"});
+    type(u"A"_s);
+    open({"b.txt"});
+    editors()->current()->setText(QString());
+    type(is("Unindent") ? u"  word wolf wo"_s : u"word wolf wo"_s);
+    QWidget *const view = editors()->current()->focusProxy();
+    QClipboard *const clipboard = QGuiApplication::clipboard();
+    clipboard->setText(u"clip"_s);
+    if (is("Cut") || is("Copy"))
+        QTest::keyClick(view, Qt::Key_Left, Qt::ShiftModifier);
+    if (is("Redo"))
+        editors()->undo();
+    if (is("Open"))
+        expectName(write(u"c.txt"_s));
+    if (is("Save as..."))
+        expectName(path(u"c.txt"_s));
+    if (is("Close"))
+        responder->expect(QMessageBox::Yes);
+
+    QAction *const action = actionAt(place);
+    QVERIFY(action);
+    QCOMPARE(!action->icon().isNull(), hasIcon);
+    action->trigger();
+    Editor *const current = editors()->current();
+    QString text = current->text();
+    const QString selected = current->selection();
+    if (!selected.isEmpty())
+        text.replace(text.lastIndexOf(selected), selected.size(), u'[' + selected + u']');
+    QStringList names = fileNames();
+    names.replaceInStrings(QRegularExpression(u"^$"_s), u"-"_s);
+    const QString wrap = current->getWrap() ? QString() : u"/unwrapped"_s;
+    QCOMPARE(names.join(u' ') + u'/' + text + u'/' + QString::fromUtf8(readFile(path(u"b.txt"_s))) +
+                 wrap,
+             after);
+    const bool isCopied = is("Cut") || is("Copy");
+    QCOMPARE(clipboard->text(), isCopied ? u"o"_s : u"clip"_s);
+    QCOMPARE(readFile(path(u"a.txt"_s)), QByteArray(is("Save all") ? "Atext" : "text"));
+}
+
+/// "menu/entry" or "bar/button", by the texts that the user reads.
+QAction *TestEditors::actionAt(const QString &place) const
+{
+    QList<QAction *> found;
+    const auto plain = [](QString text) { return text.remove(u'&'); };
+    for (QAction *const title : shell->menuBar()->actions()) {
+        if (plain(title->text()) == place.section(u'/', 0, 0))
+            found = title->menu()->actions();
+    }
+    if (place.startsWith(u"bar/"_s)) {
+        for (const QToolBar *const bar : shell->findChildren<QToolBar *>())
+            found += bar->actions();
+    }
+    for (QAction *const action : std::as_const(found)) {
+        const auto *const ours = qobject_cast<Action *>(action);
+        if (ours && (plain(ours->menuText()) == place.section(u'/', 1)))
+            return action;
+    }
+    return nullptr;
 }
 
 void TestEditors::popupListsAndRaises()

@@ -63,8 +63,11 @@ const ActionRow actionRows[] = {
      "menu/Options/std"},
     {"Editors/configure_hl", "Configure &highlighting", noKey, SLOT(configureHighlighting()),
      nullptr, "menu/Options/std"},
+};
+
+const ActionRow focusRow[] = {
     {"Editors/focus", QT_TRANSLATE_NOOP("vesk::Editors", "&Editor window"), Qt::CTRL | Qt::Key_E,
-     SLOT(setFocus()), nullptr, "menu/Window/Docks", Separator::None, ActionRow::Label::Translated},
+     SLOT(setFocus()), nullptr, "menu/Window/Docks"},
 };
 
 /// Work only while the editors have the focus of the window's components.
@@ -81,6 +84,7 @@ constexpr const char *focusActions[] = {
 void Editors::createActions()
 {
     addActions(this, actionRows);
+    addActions(this, focusRow, Labels::Translated);
     Action *const open = Actions::action(QStringLiteral("Editors/toolbar/open"));
     open->setUsesTextLabel(true);
     open->setTextPosition(Qt::ToolButtonTextBesideIcon);

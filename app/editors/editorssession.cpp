@@ -13,9 +13,9 @@ namespace vesk {
 
 namespace {
 
-const QString openedFilesKey = QStringLiteral("/editors/openedFiles");
-const QString openedFilePosesKey = QStringLiteral("/editors/openedFilePoses");
-const QString openedCurrentKey = QStringLiteral("/editors/openedCurrent");
+constexpr QLatin1String openedFilesKey("/editors/openedFiles");
+constexpr QLatin1String openedFilePosesKey("/editors/openedFilePoses");
+constexpr QLatin1String openedCurrentKey("/editors/openedCurrent");
 
 } // namespace
 

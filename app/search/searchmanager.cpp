@@ -1,6 +1,6 @@
 #include "app/search/searchmanager.h"
 
-#include "app/actions.h"
+#include "app/actiontable.h"
 #include "app/editors/editor.h"
 #include "app/editors/editors.h"
 #include "app/message.h"
@@ -12,7 +12,6 @@
 #include "app/search/searchinfiles.h"
 #include "app/search/searchprogress.h"
 #include "app/shell.h"
-#include "app/utils.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,21 +22,6 @@ namespace vesk {
 
 namespace {
 
-struct ActionRow
-{
-    const char *name;
-    const char *label;
-    QKeyCombination accelerator;
-    const char *slot;
-    /// Null for none.
-    const char *icon;
-    const char *group;
-    /// A separator stands behind it in its group.
-    bool isSeparated = false;
-};
-
-constexpr QKeyCombination noKey = QKeyCombination::fromCombined(0);
-
 // "Misk" is written so on purpose: a section of its own at the end of the menu.
 const ActionRow actionRows[] = {
     {"Search/Find", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Find"), Qt::CTRL | Qt::Key_F,
@@ -46,9 +30,9 @@ const ActionRow actionRows[] = {
      SLOT(findNext()), "16x16_FindNext", "menu/Search/Find"},
     {"Search/FindInFiles", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Search in files"),
      Qt::CTRL | Qt::ALT | Qt::Key_F, SLOT(findInFiles()), "16x16_FindInFiles", "menu/Search/Find",
-     true},
+     ActionRow::Separator::After},
     {"Search/Replace", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Replace"), Qt::CTRL | Qt::Key_R,
-     SLOT(replace()), "16x16_Replace", "menu/Search/Replace", true},
+     SLOT(replace()), "16x16_Replace", "menu/Search/Replace", ActionRow::Separator::After},
     {"Search/goToLine", QT_TRANSLATE_NOOP("vesk::SearchManager", "&Go to Line"),
      Qt::CTRL | Qt::Key_G, SLOT(goToLine()), nullptr, "menu/Search/Misk"},
     {"Search/toolbar/Find", QT_TRANSLATE_NOOP("vesk::SearchManager", "Find"), noKey,
@@ -133,7 +117,7 @@ SearchManager *SearchManager::Private::self = nullptr;
 SearchManager::SearchManager() : QObject(Shell::self()), d(std::make_unique<Private>())
 {
     Private::self = this;
-    createActions();
+    addActions(this, actionRows, Labels::Translated);
 }
 
 SearchManager::~SearchManager()
@@ -146,20 +130,6 @@ SearchManager *SearchManager::self()
     if (!Private::self)
         new SearchManager;
     return Private::self;
-}
-
-void SearchManager::createActions()
-{
-    for (const ActionRow &row : actionRows) {
-        Action *const action = Actions::createAction(tr(row.label), QString::fromLatin1(row.name),
-                                                     row.accelerator.toCombined(), this, row.slot);
-        if (row.icon)
-            action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));
-        ActionGroup *const group = Shell::self()->actionGroup(QString::fromLatin1(row.group));
-        group->add(action);
-        if (row.isSeparated)
-            group->addSeparator();
-    }
 }
 
 void SearchManager::ensureFindDialog()

@@ -32,7 +32,6 @@ public slots:
 private:
     SearchManager();
 
-    void createActions();
     void ensureFindDialog();
     void tellNotFound();
 

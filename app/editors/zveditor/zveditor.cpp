@@ -33,6 +33,14 @@ namespace vesk {
 
 namespace {
 
+constexpr QLatin1String foldingPrefix("/editors/folding/");
+constexpr QLatin1String highlightPrefix("/zveditor/hl");
+constexpr QLatin1String tabWidthKey("/zveditor/TabWidth");
+constexpr QLatin1String fontKey("/zveditor/Font");
+/// Nothing writes it: the width for other programs' use does not follow the width on
+/// screen.
+constexpr QLatin1String otherTabWidthKey("/Editor/TabWidth");
+
 constexpr int reloadCheckInterval = 1000; // ms
 constexpr int contextLines = 10;
 
@@ -48,7 +56,7 @@ QString md5sum(const QString &text)
 
 QString foldsKey(const QString &path)
 {
-    return QStringLiteral("/editors/folding/") + md5sum(path);
+    return foldingPrefix + md5sum(path);
 }
 
 QString foldsToText(const FoldersState &state)
@@ -210,16 +218,16 @@ void ZVEditor::loadConfig()
 {
     TextEditorManager *const m = manager();
     m->setGlobalConfig(Settings::self());
-    m->setHlSettingsKey(Settings::storeKey(Settings::keyPrefix() + QStringLiteral("/zveditor/hl")));
+    m->setHlSettingsKey(Settings::storeKey(Settings::keyPrefix() + highlightPrefix));
     for (const FlagOption &option : flagOptions)
         m->*option.flag = Settings::readBool(QString::fromLatin1(option.key), option.value);
     m->fIndentationGuides = false;
     for (const SetterOption &option : setterOptions)
         (m->*option.set)(Settings::readBool(QString::fromLatin1(option.key), option.value));
-    m->setTabWidth(Settings::readNum(QStringLiteral("/zveditor/TabWidth"), 4));
+    m->setTabWidth(Settings::readNum(tabWidthKey, 4));
     QFont font;
-    font.fromString(Settings::read(QStringLiteral("/zveditor/Font"),
-                                   QStringLiteral("Luxi Mono [Zvc],11,-1,5,50,0,0,0,0,0")));
+    font.fromString(
+        Settings::read(fontKey, QStringLiteral("Luxi Mono [Zvc],11,-1,5,50,0,0,0,0,0")));
     m->setFont(font);
     m->currentLineColor = QColor(QStringLiteral("#efefff"));
 }
@@ -517,9 +525,7 @@ bool ZVEditor::replaceTabs() const
 
 int ZVEditor::tabWidthInSpaces() const
 {
-    // A key of its own that nothing writes: the width for other programs' use
-    // does not follow the width on screen.
-    return Settings::readNum(QStringLiteral("/Editor/TabWidth"), 4);
+    return Settings::readNum(otherTabWidthKey, 4);
 }
 
 void ZVEditor::completeWordNext()
