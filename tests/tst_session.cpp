@@ -45,7 +45,6 @@ private slots:
     void init();
     void cleanup() { dropSession(); }
 
-    void splashShowsWhileFilesLoad();
     void typingAndUndo();
     void movesAndIndentsByKeys();
     void mouse();
@@ -98,27 +97,6 @@ void TestSession::find(const QString &text)
     session->type(text);
     session->keys(u"Return"_s);
     QVERIFY(XSession::waitForFile(u"source.cpp"_s));
-}
-
-void TestSession::splashShowsWhileFilesLoad()
-{
-    const QString path =
-        session->write(u"large.txt"_s, QByteArray("some words\n").repeated(8 << 20));
-    QVERIFY(session->launch({path}));
-    const auto coloursInTheMiddle = [] {
-        const QImage screen = XSession::screenshot();
-        QSet<QRgb> colours;
-        for (int y = -50; y < 50; ++y) {
-            for (int x = -100; x < 100; ++x)
-                colours.insert(screen.pixel(screen.rect().center() + QPoint(x, y)));
-        }
-        return colours.size();
-    };
-    // Nothing else on the screen has so many; the window is not there yet.
-    QTRY_VERIFY_WITH_TIMEOUT(coloursInTheMiddle() > 50, XSession::patience);
-    QVERIFY(XSession::isShown(u"Loading..."_s));
-    QVERIFY(XSession::waitForFile(u"large.txt"_s));
-    QVERIFY(!XSession::isShown(u"Loading..."_s));
 }
 
 void TestSession::typingAndUndo()

@@ -58,9 +58,9 @@ public:
         return QSettings(settingsFile(), QSettings::IniFormat).value(key);
     }
 
-    /// Starts the editor without waiting for a window. With \a launcher that program
-    /// is started instead, and gets the editor's path behind its arguments.
-    [[nodiscard]] bool launch(const QStringList &arguments, const QStringList &launcher = {})
+    /// Starts the editor; true once its window takes keys. With \a launcher that
+    /// program is started instead, and gets the editor's path behind its arguments.
+    [[nodiscard]] bool start(const QStringList &arguments, const QStringList &launcher = {})
     {
         QStringList command = launcher;
         command += QStringLiteral(VESK_EXECUTABLE);
@@ -69,14 +69,8 @@ public:
         process.setWorkingDirectory(dir.path());
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         process.start(command.takeFirst(), command);
-        return process.waitForStarted(patience);
-    }
-
-    /// The same; true once the editor's window takes keys.
-    [[nodiscard]] bool start(const QStringList &arguments, const QStringList &launcher = {})
-    {
         // The splash screen may be there before.
-        return launch(arguments, launcher) &&
+        return process.waitForStarted(patience) &&
                QTest::qWaitFor(
                    [this] {
                        const QString title = activeTitle();
@@ -154,13 +148,6 @@ public:
     [[nodiscard]] static QString activeTitle()
     {
         return tool({QStringLiteral("getwindowfocus"), QStringLiteral("getwindowname")});
-    }
-
-    [[nodiscard]] static bool isShown(const QString &title)
-    {
-        return !tool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                      QStringLiteral("--name"), QStringLiteral("^%1$").arg(title)})
-                    .isEmpty();
     }
 
     [[nodiscard]] static bool waitForTitle(const QString &title)
