@@ -1,11 +1,12 @@
 #include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlight/builtindefinitions.h"
 #include "zvwidgets/zveditor/highlight/highlightdefinition.h"
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
 #include "zvwidgets/zveditor/pattern/filemask.h"
 #include "zvwidgets/zveditor/textline.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QColor>
 #include <QDir>
@@ -546,13 +547,13 @@ void TestDefinitions::documentedExample()
 
     const QTemporaryDir dir;
     writeFile(dir.filePath(u"example-ini"_s), example);
-    TextEditorManager manager;
-    manager.setResourcesDir(dir.path());
-    const auto registry = TextHighlightManager::buildRegistry(&manager);
+    HighlightSettings settings;
+    settings.setResourcesDir(dir.path());
+    const auto registry = TextHighlightManager::buildRegistry(&settings);
     const HighlightData *const ini = registry->find(u"Ini"_s);
     QVERIFY(ini && matchesFileMasks(ini->mask, u"vesk.ini"_s));
 
-    TextHighlight highlight(ini->path, &manager);
+    TextHighlight highlight(ini->path, &settings);
     QStringList items;
     int context = 0;
     for (const auto text :

@@ -6,7 +6,7 @@
 #include "app/editors/zveditor/zveditor.h"
 #include "app/widgetstack.h"
 #include "tests/apptest.h"
-#include "zvwidgets/zveditor/lines/keptcopies.h"
+#include "zvwidgets/zvfiles/keptcopies.h"
 
 #include <QAbstractButton>
 #include <QClipboard>

@@ -1,8 +1,8 @@
 #include "tests/testing.h"
-#include "zvwidgets/zveditor/lines/filesave.h"
-#include "zvwidgets/zveditor/lines/keptcopies.h"
 #include "zvwidgets/zveditor/lines/textfile.h"
 #include "zvwidgets/zveditor/lines/textlinearray.h"
+#include "zvwidgets/zvfiles/filesave.h"
+#include "zvwidgets/zvfiles/keptcopies.h"
 
 #include <QBuffer>
 #include <QDir>

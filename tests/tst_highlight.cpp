@@ -1,13 +1,12 @@
 #include "zvwidgets/zveditor/highlight.h"
 
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
 #include "zvwidgets/zveditor/lines/scanmarks.h"
 #include "zvwidgets/zveditor/textline.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QFile>
 #include <QRandomGenerator>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -161,6 +160,16 @@ QString randomSection(QRandomGenerator &random)
     return section;
 }
 
+struct Settings : HighlightSettings
+{
+    void ruleDropped(const QString &, const QString &expression) override
+    {
+        dropped.append(expression);
+    }
+
+    QStringList dropped;
+};
+
 } // namespace
 
 class TestHighlight : public QObject
@@ -168,7 +177,7 @@ class TestHighlight : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { manager.setResourcesDir(folder.path()); }
+    void initTestCase() { settings.setResourcesDir(folder.path()); }
     void colouring_data();
     void colouring();
     void following_data();
@@ -201,7 +210,7 @@ private:
                                int edits, QRandomGenerator *random);
 
     QTemporaryDir folder;
-    TextEditorManager manager;
+    Settings settings;
     int files = 0;
 };
 
@@ -212,7 +221,7 @@ std::unique_ptr<TextHighlight> TestHighlight::make(const QByteArray &xml)
     if (!file.open(QIODevice::WriteOnly) || file.write(xml) != xml.size())
         qFatal("cannot write a definition");
     file.close();
-    return std::make_unique<TextHighlight>(name, &manager);
+    return std::make_unique<TextHighlight>(name, &settings);
 }
 
 /// The attribute numbers as digits.
@@ -513,7 +522,8 @@ void TestHighlight::costlyRulesAreDropped_data()
     const QString letters(5000, u'a');
     QTest::newRow("all ways at once")
         << QStringLiteral("((a|b)*a(a|b){12})x") << letters + u'b' + QString(12, u'a') + u'x';
-    QTest::newRow("back-reference") << QStringLiteral("(a+)b\\1c") << letters + QStringLiteral("bc");
+    QTest::newRow("back-reference")
+        << QStringLiteral("(a+)b\\1c") << letters + QStringLiteral("bc");
 }
 
 void TestHighlight::costlyRulesAreDropped()
@@ -524,14 +534,14 @@ void TestHighlight::costlyRulesAreDropped()
                                          "<c item=\"B\" regexp=\".\"/></n>")
                               .arg(expression);
     const auto hl = make(rules, rules);
-    QSignalSpy dropped(&manager, &TextEditorManager::highlightRuleDropped);
+    QStringList &dropped = settings.dropped;
+    dropped.clear();
     const QString dull(5000, u'c');
     QCOMPARE(colours(hl.get(), dull), QString(dull.size(), u'2'));
     QCOMPARE(dropped.count(), 0);
     for (int i = 0; i < 3; ++i)
         QCOMPARE(colours(hl.get(), text), QString(text.size(), u'2'));
-    QCOMPARE(dropped.count(), 1);
-    QCOMPARE(dropped.first().last().toString(), expression);
+    QCOMPARE(dropped, QStringList(expression));
 }
 
 void TestHighlight::compareWithFresh(TextHighlight *hl, TextLine *line, int ctx, bool coloured)
@@ -670,9 +680,8 @@ void TestHighlight::editedLongLinesOfAllKinds()
         QStringLiteral("x~ ~\"~'~/*~*/~//~#~\\~<~>~<!--~-->~(~)~{~;~0~12.5e3~if~<?php~?>~$a~&amp;~"
                        "-- ~\t~@~%~=~`~word <b a=\"1\">~\"text\"~/* c */~Q_OBJECT ")
             .split(u'~');
-    TextEditorManager all;
-    for (const QString &name : all.highlightsNames()) {
-        const std::unique_ptr<TextHighlight> hl(TextHighlightManager::highlight(&all, name));
+    for (const QString &name : TextHighlightManager::highlights(nullptr).keys()) {
+        const std::unique_ptr<TextHighlight> hl(TextHighlightManager::highlight(nullptr, name));
         QString text;
         while (text.size() < 2 * ScanMarks::longLine)
             text += oneOf(random, code) + QStringLiteral("word ").repeated(random.bounded(2));

@@ -1,8 +1,9 @@
 #include "tests/testing.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
+#include "zvwidgets/zveditor/highlight/textattribute.h"
 #include "zvwidgets/zveditor/pattern/filemask.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QDir>
 #include <QSettings>
@@ -44,7 +45,7 @@ private slots:
     void colours();
 
 private:
-    TextEditorManager builtIns;
+    HighlightSettings builtIns;
 };
 
 void TestHighlightManager::masks_data()
@@ -90,10 +91,10 @@ void TestHighlightManager::userFiles()
     writeFile(folder.filePath(u"binary"_s), QByteArray(1000, '\0'));
     QCOMPARE(::mkfifo(QFile::encodeName(folder.filePath(u"pipe"_s)), 0600), 0);
     QVERIFY(QDir(folder.path()).mkdir(u"folder"_s));
-    TextEditorManager manager;
-    manager.setResourcesDir(folder.path());
+    HighlightSettings hlSettings;
+    hlSettings.setResourcesDir(folder.path());
 
-    const auto registry = TextHighlightManager::buildRegistry(&manager);
+    const auto registry = TextHighlightManager::buildRegistry(&hlSettings);
     QCOMPARE(registry->count(), 22);
     QCOMPARE(pathOf(*registry, u"Snake"_s), u"python"_s);
     QVERIFY(!registry->find(u"Python"_s));
@@ -102,9 +103,9 @@ void TestHighlightManager::userFiles()
     QCOMPARE(registry->find(u"NoHighlight"_s)->mask, QString());
 
     // A path key is a file first, then a built-in key, then plain text.
-    QCOMPARE(TextHighlight(u"mine.xml"_s, &manager).name(), u"Mine"_s);
-    QCOMPARE(TextHighlight(u"cpp"_s, &manager).name(), u"C++"_s);
-    QCOMPARE(TextHighlight(u"folder"_s, &manager).name(), u"NoHighlight"_s);
+    QCOMPARE(TextHighlight(u"mine.xml"_s, &hlSettings).name(), u"Mine"_s);
+    QCOMPARE(TextHighlight(u"cpp"_s, &hlSettings).name(), u"C++"_s);
+    QCOMPARE(TextHighlight(u"folder"_s, &hlSettings).name(), u"NoHighlight"_s);
 }
 
 /// Without a folder of definitions the one the program was started in is not one.
@@ -114,12 +115,12 @@ void TestHighlightManager::noFolder()
     writeFile(folder.filePath(u"ruby"_s), "<H name='Stone' wildcards='*.rb'/>");
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(folder.path()));
-    TextEditorManager manager;
-    manager.setResourcesDir(QString());
-    const auto registry = TextHighlightManager::buildRegistry(&manager);
-    const QString name = TextHighlight(u"ruby"_s, &manager).name();
-    manager.setResourcesDir(folder.filePath(u"missing"_s));
-    const int count = TextHighlightManager::buildRegistry(&manager)->count();
+    HighlightSettings hlSettings;
+    hlSettings.setResourcesDir(QString());
+    const auto registry = TextHighlightManager::buildRegistry(&hlSettings);
+    const QString name = TextHighlight(u"ruby"_s, &hlSettings).name();
+    hlSettings.setResourcesDir(folder.filePath(u"missing"_s));
+    const int count = TextHighlightManager::buildRegistry(&hlSettings)->count();
     QVERIFY(QDir::setCurrent(before));
     QVERIFY(!registry->find(u"Stone"_s));
     QCOMPARE(name, u"Ruby"_s);
@@ -145,17 +146,17 @@ void TestHighlightManager::overriddenMasks()
     settings.setValue(u"/zveditor/hl/Python wildcards"_s, u"*.snake"_s);
     settings.setValue(u"/zveditor/hl/DB2/SQL wildcards"_s, QString());
     settings.setValue(u"/other/hl/Ruby wildcards"_s, u"*.stone"_s);
-    TextEditorManager manager;
-    manager.setResourcesDir(QString());
-    manager.setGlobalConfig(&settings);
-    const auto mask = [&manager](const char *name) {
-        const auto registry = TextHighlightManager::buildRegistry(&manager);
+    HighlightSettings hlSettings;
+    hlSettings.setResourcesDir(QString());
+    hlSettings.setGlobalConfig(&settings);
+    const auto mask = [&hlSettings](const char *name) {
+        const auto registry = TextHighlightManager::buildRegistry(&hlSettings);
         return registry->find(QLatin1String(name))->mask;
     };
     QCOMPARE(mask("Python"), u"*.snake"_s);
     QCOMPARE(mask("DB2/SQL"), QString());
     QCOMPARE(mask("Ruby"), u"*.rb"_s);
-    manager.setHlSettingsKey(u"/other/hl"_s);
+    hlSettings.setHlSettingsKey(u"/other/hl"_s);
     QCOMPARE(mask("Ruby"), u"*.stone"_s);
     QCOMPARE(mask("Python"), u"*.py"_s);
 }
@@ -201,11 +202,11 @@ void TestHighlightManager::colours()
     settings.setValue(item + u"/color"_s, u"#010203"_s);
     settings.setValue(item + u"/bgcolor"_s, u"#040506"_s);
     settings.setValue(u"/zveditor/hl/Python/Gone/color"_s, u"#070809"_s);
-    TextEditorManager manager;
-    manager.setResourcesDir(QString());
-    const TextHighlight before(u"python"_s, &manager);
-    manager.setGlobalConfig(&settings);
-    const TextHighlight after(u"python"_s, &manager);
+    HighlightSettings hlSettings;
+    hlSettings.setResourcesDir(QString());
+    const TextHighlight before(u"python"_s, &hlSettings);
+    hlSettings.setGlobalConfig(&settings);
+    const TextHighlight after(u"python"_s, &hlSettings);
 
     QCOMPARE(before.attribute(1)->itemName, u"Keyword"_s);
     QCOMPARE(before.attribute(1)->color, QColor(0x0f, 0x0f, 0xf0));
@@ -219,7 +220,7 @@ void TestHighlightManager::colours()
 
     // An empty background takes the item's own away.
     settings.setValue(item + u"/bgcolor"_s, QString());
-    QVERIFY(!TextHighlight(u"python"_s, &manager).attribute(1)->usebg);
+    QVERIFY(!TextHighlight(u"python"_s, &hlSettings).attribute(1)->usebg);
 }
 
 QTEST_MAIN(TestHighlightManager)

@@ -117,6 +117,8 @@ class TestTextDoc : public QObject
 private slots:
     void loadAndSave_data();
     void loadAndSave();
+    void loadedContexts_data();
+    void loadedContexts();
     void loadStartsAnew();
     void failedSaveStaysModified();
     void longestLine();
@@ -155,6 +157,56 @@ void TestTextDoc::loadAndSave()
     QTEST(doc.lastLine() + 1, "lines");
     QTEST(saved(doc), "expected");
     QTEST(doc.text(), "expected");
+}
+
+void TestTextDoc::loadedContexts_data()
+{
+    const Rows<QStringList> row("highlights");
+    row("no view", {});
+    row("one view", {u"C++"_s});
+    row("chained highlights", {u"C++"_s, u"Python"_s});
+}
+
+// Large enough for several threads.
+void TestTextDoc::loadedContexts()
+{
+    QFETCH(QStringList, highlights);
+    static constexpr const char *pieces[] = {"int function(int argument);\n", "/* b", "*/\n",
+                                             "\"\"\"\n", "\tc of some length\n"};
+    QRandomGenerator random(1);
+    QByteArray bytes;
+    while (bytes.size() < 2'000'000)
+        bytes += pieces[random.bounded(5)];
+    bytes += QByteArray(700, 'W');
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+
+    TextEditorManager manager;
+    auto *document = new TextDocument(&manager);
+    std::vector<std::unique_ptr<TextEditor>> editors;
+    for (const QString &highlight : highlights) {
+        editors.push_back(std::make_unique<TextEditor>(document, nullptr));
+        manager.addEditor(editors.back().get(), document);
+        editors.back()->setHighlight(highlight);
+    }
+    const std::unique_ptr<TextDocument> own(highlights.isEmpty() ? document : nullptr);
+    const auto contexts = [document] {
+        QList<int> all;
+        for (int line = 0; line <= document->lastLine(); ++line) {
+            const TextLine *const textLine = document->lineOf(line);
+            all << textLine->highlightContext() << textLine->context() << textLine->needsScan();
+        }
+        return all;
+    };
+    QVERIFY(document->load(device));
+    const QList<int> loaded = contexts();
+    const int width = document->documentWidth();
+    QCOMPARE(document->lineOf(document->lastLine())->textLength(), 700);
+    QVERIFY(width > 0);
+
+    document->updateLines();
+    QVERIFY(contexts() == loaded);
+    QCOMPARE(document->documentWidth(), width);
 }
 
 void TestTextDoc::loadStartsAnew()

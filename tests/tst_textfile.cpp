@@ -5,10 +5,6 @@
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
 #include "zvwidgets/zveditor/lines/textfile.h"
 #include "zvwidgets/zveditor/lines/textlinearray.h"
-#include "zvwidgets/zveditor/textdoc.h"
-#include "zvwidgets/zveditor/texteditor.h"
-#include "zvwidgets/zveditor/textmanager.h"
-#include "zvwidgets/zveditor/textview.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -58,28 +54,17 @@ QStringList linesOf(const Text &text)
 }
 
 /// All that is known of the lines after reading, one entry a line.
-template <typename LineAt>
-QStringList described(int count, const LineAt &lineAt)
+QStringList described(const Text &text)
 {
     QStringList lines;
-    for (int i = 0; i < count; ++i) {
-        const TextLine *line = lineAt(i);
+    for (int i = 0; i < text.lines.size(); ++i) {
+        const TextLine *line = text.lines.at(i);
         lines.append(QString::asprintf("%d %d %d %d %d ", line->highlightContext(), line->context(),
                                        line->mayHaveTabs(), int(line->lineEnd()),
                                        line->needsScan()) +
                      QStringView(*line).toString());
     }
     return lines;
-}
-
-QStringList described(const Text &text)
-{
-    return described(text.lines.size(), [&text](int i) { return text.lines.at(i); });
-}
-
-QStringList described(const TextDocument &document)
-{
-    return described(document.lastLine() + 1, [&](int i) { return document.lineOf(i); });
 }
 
 ReadOptions::Follow follower(const HighlightDefinition &definition)
@@ -132,8 +117,6 @@ private slots:
     void tenMegabyteLine();
     void chunks_data();
     void chunks();
-    void documentContexts_data();
-    void documentContexts();
     void sequentialDevice();
     void readFailure();
     void mixedLineEnds();
@@ -368,46 +351,6 @@ void TestTextFile::chunks()
         QCOMPARE(written(&shared), written(&alone));
     }
     QCOMPARE(isMarked, damagedAt < 0 && (pieces.join().contains('*') || head.contains('*')));
-}
-
-void TestTextFile::documentContexts_data()
-{
-    const Rows<QStringList> row("highlights");
-    row("no view", {});
-    row("one view", {u"C++"_s});
-    row("chained highlights", {u"C++"_s, u"Python"_s});
-}
-
-// Large enough for several threads.
-void TestTextFile::documentContexts()
-{
-    QFETCH(QStringList, highlights);
-    QRandomGenerator random(1);
-    QByteArray bytes =
-        anyOf({"int function(int argument);\n", "/* b", "*/\n", "\"\"\"\n", "\tc of some length\n"},
-              2'000'000, &random) +
-        QByteArray(700, 'W');
-    QBuffer device(&bytes);
-    device.open(QIODevice::ReadOnly);
-
-    TextEditorManager manager;
-    auto *document = new TextDocument(&manager);
-    std::vector<std::unique_ptr<TextEditor>> editors;
-    for (const QString &highlight : highlights) {
-        editors.push_back(std::make_unique<TextEditor>(document, nullptr));
-        manager.addEditor(editors.back().get(), document);
-        editors.back()->setHighlight(highlight);
-    }
-    const std::unique_ptr<TextDocument> own(highlights.isEmpty() ? document : nullptr);
-    QVERIFY(document->load(device));
-    const QStringList loaded = described(*document);
-    const int width = document->documentWidth();
-    QCOMPARE(document->lineOf(document->lastLine())->textLength(), 700);
-    QVERIFY(width > 0);
-
-    document->updateLines();
-    QVERIFY(described(*document) == loaded);
-    QCOMPARE(document->documentWidth(), width);
 }
 
 void TestTextFile::sequentialDevice()

@@ -163,6 +163,10 @@ void TestTextManager::highlightsAreBuiltAnew()
     QCOMPARE(editor->highlight(), u"C++"_s);
     QVERIFY(editor->view()->hl->attribute(1)->color != QColor(1, 2, 3));
     QCOMPARE(editor->view()->highlight(), editor->view()->hl);
+
+    QSignalSpy dropped(&manager, &TextEditorManager::highlightRuleDropped);
+    manager.ruleDropped(u"C++"_s, u"(a|b)*"_s);
+    QCOMPARE(dropped.takeLast(), QVariantList({u"C++"_s, u"(a|b)*"_s}));
 }
 
 QTEST_MAIN(TestTextManager)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "zvwidgets/zveditor/highlight/highlightrules.h"
+#include "zvwidgets/zveditor/highlight/highlightdefinition.h"
 
 #include <QString>
 
@@ -8,9 +8,8 @@
 
 namespace zvwidgets {
 
-struct HighlightDefinition;
 class HighlightScanner;
-class TextEditorManager;
+class HighlightSettings;
 class TextLine;
 struct TextAttribute;
 
@@ -20,13 +19,12 @@ struct TextAttribute;
 class TextHighlight
 {
 public:
-    /// Entries of each table; what a definition has beyond it is ignored.
-    static constexpr int tableSize = 256;
+    static constexpr int tableSize = HighlightDefinition::tableSize;
 
-    /// \a name is a file name in the manager's resources directory or the key of
-    /// a built-in definition; an unknown one gives plain text. Without \a manager
-    /// only built-in definitions are found and no settings are read.
-    TextHighlight(const QString &name, TextEditorManager *manager);
+    /// \a name is a file name in the resources directory of \a settings or the key of
+    /// a built-in definition; an unknown one gives plain text. Without \a settings,
+    /// which are not owned, only built-in definitions are found and none is read.
+    TextHighlight(const QString &name, HighlightSettings *settings);
     virtual ~TextHighlight();
 
     /// Colours \a textLine, beginning in the context the line starts in.
@@ -51,10 +49,10 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(TextHighlight)
-    void createItemData(TextEditorManager *manager);
+    void createItemData();
     void tellDropped(HighlightScanner *scanner) const;
 
-    TextEditorManager *const owner; ///< hears of rules that are dropped; may be null
+    HighlightSettings *const settings; ///< may be null
     std::shared_ptr<const HighlightDefinition> definition;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
+
 #include <QColor>
 #include <QFont>
 #include <QFontMetrics>
@@ -12,7 +14,6 @@
 #include <memory>
 
 class QPrinter;
-class QSettings;
 
 namespace zvwidgets {
 
@@ -44,7 +45,7 @@ struct FontData
 /// printer, and the registers of the living documents and editors, to which
 /// every setter hands a change on. The program makes one and keeps it until all
 /// documents are gone. Owns no document and no editor.
-class TextEditorManager : public QObject
+class TextEditorManager : public QObject, public HighlightSettings
 {
     Q_OBJECT
 public:
@@ -108,17 +109,8 @@ public:
     /// Printable width in device pixels.
     int printWidth() const;
 
-    /// Where the system's highlight definitions are.
-    QString resourcesDir() const;
-    void setResourcesDir(const QString &dir);
-    /// "local" below the resources directory if none was set.
-    QString localResourcesDir() const;
-    void setLocalResourcesDir(const QString &dir);
-    virtual void setHlSettingsKey(const QString &key);
-    QString hlSettingsKey() const;
-    /// \a config is not owned and may be null.
-    void setGlobalConfig(QSettings *config);
-    QSettings *globalConfig() const;
+    /// Emits highlightRuleDropped().
+    void ruleDropped(const QString &highlight, const QString &expression) override;
 
     bool fCursorWrap = false; ///< Left and Right cross line ends
     /// Tabs are kept and not replaced by blanks. The option of the opposite
@@ -137,7 +129,6 @@ public:
     bool fLineNumberMargin = true;
     bool fFoldingMargin = true;
     QRect margins;
-    QString hlSettings;
     QColor normalBackgroundColor;
     QColor selectedBackgroundColor;
     QColor foundBackgroundColor; ///< kept for clients

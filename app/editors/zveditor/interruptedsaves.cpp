@@ -1,7 +1,7 @@
 #include "app/editors/zveditor/interruptedsaves.h"
 
 #include "app/message.h"
-#include "zvwidgets/zveditor/lines/keptcopies.h"
+#include "zvwidgets/zvfiles/keptcopies.h"
 
 #include <vector>
 

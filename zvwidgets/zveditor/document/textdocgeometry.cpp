@@ -2,7 +2,7 @@
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/textattribute.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
 

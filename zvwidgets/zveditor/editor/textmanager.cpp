@@ -10,10 +10,8 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
-#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
-#include <QSettings>
 
 #include <utility>
 
@@ -65,10 +63,7 @@ struct TextEditorManager::Private
     /// False: the fonts are those before fnt.
     bool areFontsMade = false;
     int tabWidth = 8;
-    QString resourceDir;
-    QString localResourceDir;
     QMap<int, QStringList> addedCompleteWords;
-    QPointer<QSettings> config;
     std::unique_ptr<QPrinter> printer;
 };
 
@@ -316,46 +311,9 @@ int TextEditorManager::printWidth() const
            (margins.x() + margins.width()) * device->logicalDpiX() / pointsPerInch;
 }
 
-QString TextEditorManager::resourcesDir() const
+void TextEditorManager::ruleDropped(const QString &highlight, const QString &expression)
 {
-    return d->resourceDir;
-}
-
-void TextEditorManager::setResourcesDir(const QString &dir)
-{
-    d->resourceDir = dir;
-}
-
-QString TextEditorManager::localResourcesDir() const
-{
-    if (d->localResourceDir.isEmpty())
-        return d->resourceDir + QLatin1String("/local/");
-    return d->localResourceDir;
-}
-
-void TextEditorManager::setLocalResourcesDir(const QString &dir)
-{
-    d->localResourceDir = dir;
-}
-
-void TextEditorManager::setHlSettingsKey(const QString &key)
-{
-    hlSettings = key;
-}
-
-QString TextEditorManager::hlSettingsKey() const
-{
-    return hlSettings;
-}
-
-void TextEditorManager::setGlobalConfig(QSettings *config)
-{
-    d->config = config;
-}
-
-QSettings *TextEditorManager::globalConfig() const
-{
-    return d->config;
+    emit highlightRuleDropped(highlight, expression);
 }
 
 } // namespace zvwidgets

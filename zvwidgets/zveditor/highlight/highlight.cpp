@@ -1,10 +1,9 @@
 #include "zvwidgets/zveditor/highlight.h"
 
-#include "zvwidgets/zveditor/highlight/highlightdefinition.h"
-#include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
+#include "zvwidgets/zveditor/highlight/textattribute.h"
 #include "zvwidgets/zveditor/textline.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QSettings>
 
@@ -12,15 +11,15 @@
 
 namespace zvwidgets {
 
-TextHighlight::TextHighlight(const QString &name, TextEditorManager *manager)
+TextHighlight::TextHighlight(const QString &name, HighlightSettings *from)
     : contextList{}
     , ctnList{}
     , attributeList{}
-    , owner(manager)
-    , definition(highlightDefinition(name, manager ? manager->resourcesDir() : QString()))
+    , settings(from)
+    , definition(highlightDefinition(name, settings ? settings->resourcesDir() : QString()))
 {
     hname = definition->name;
-    createItemData(manager);
+    createItemData();
     for (size_t i = 0; i < definition->breaks.size(); ++i)
         ctnList[i] = definition->breaks[i].get();
     for (size_t i = 0; i < definition->contents.size(); ++i)
@@ -32,16 +31,16 @@ TextHighlight::~TextHighlight()
     qDeleteAll(std::begin(attributeList), std::end(attributeList));
 }
 
-void TextHighlight::createItemData(TextEditorManager *manager)
+void TextHighlight::createItemData()
 {
-    const QSettings *settings = manager ? manager->globalConfig() : nullptr;
-    const QString prefix = highlightSettingsKey(manager) + QLatin1Char('/') + hname;
+    const QSettings *config = settings ? settings->globalConfig() : nullptr;
+    const QString prefix = highlightSettingsKey(settings) + QLatin1Char('/') + hname;
     int number = 0;
     for (const HighlightDefinition::Item &item : definition->items) {
         const auto read = [&](const char *field, const QString &fromDefinition) {
             if (hname.isEmpty())
                 return fromDefinition;
-            return highlightSetting(settings,
+            return highlightSetting(config,
                                     prefix + QLatin1Char('/') + item.name + QLatin1Char('/') +
                                         QLatin1String(field),
                                     fromDefinition);
@@ -75,10 +74,10 @@ void TextHighlight::tellDropped(HighlightScanner *scanner) const
 {
     const QStringList expressions = scanner->takeDroppedRules();
     for (const QString &expression : expressions) {
-        if (!owner || definition->droppedRules.contains(expression))
+        if (!settings || definition->droppedRules.contains(expression))
             continue;
         definition->droppedRules.insert(expression);
-        emit owner->highlightRuleDropped(hname, expression);
+        settings->ruleDropped(hname, expression);
     }
 }
 

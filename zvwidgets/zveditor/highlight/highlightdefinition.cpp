@@ -1,10 +1,10 @@
 #include "zvwidgets/zveditor/highlight/highlightdefinition.h"
 
-#include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/builtindefinitions.h"
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
 #include "zvwidgets/zveditor/pattern/patternsyntax.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -60,7 +60,7 @@ Section readSection(QXmlStreamReader &xml)
             child.rules.append(xml.attributes());
             xml.skipCurrentElement();
         }
-        if (section.children.size() < TextHighlight::tableSize)
+        if (section.children.size() < HighlightDefinition::tableSize)
             section.children.append(child);
     }
     return section;
@@ -192,6 +192,11 @@ QByteArray definitionData(const QString &name, const QString &resourcesDir)
 }
 
 } // namespace
+
+QString findHighlightPath(const QString &name, const QString &resourceDir)
+{
+    return QFileInfo(QDir(resourceDir), name).filePath();
+}
 
 HighlightDefinition::HighlightDefinition() = default;
 HighlightDefinition::~HighlightDefinition() = default;

@@ -19,6 +19,9 @@ class HighlightScanner;
 /// without colours of the user.
 struct HighlightDefinition
 {
+    /// Entries of each table; what a definition has beyond it is ignored.
+    static constexpr int tableSize = 256;
+
     using Contexts = std::vector<std::unique_ptr<HighlightContext>>;
 
     /// One child of `Items`.
@@ -61,6 +64,9 @@ HighlightHead peekHighlightHead(const QByteArray &xml);
 
 /// The definition \a xml; without name, items and contexts if it is not well-formed.
 std::shared_ptr<const HighlightDefinition> readHighlightDefinition(const QByteArray &xml);
+
+/// Path of \a name inside \a resourceDir; the file need not exist.
+QString findHighlightPath(const QString &name, const QString &resourceDir);
 
 /// The bytes of the definition file at \a path; null if it is no regular file, can't
 /// be read, or is larger than any definition.

@@ -1,23 +1,15 @@
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
 
 #include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/highlight/builtindefinitions.h"
 #include "zvwidgets/zveditor/highlight/highlightdefinition.h"
+#include "zvwidgets/zveditor/highlight/highlightsettings.h"
 #include "zvwidgets/zveditor/pattern/filemask.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QHash>
-#include <QResource>
-#include <QSettings>
 
 #include <algorithm>
-
-// Outside of the namespace: the macro declares a function of the resource file.
-static void initHighlightResource()
-{
-    Q_INIT_RESOURCE(highlight);
-}
 
 namespace zvwidgets {
 
@@ -118,10 +110,10 @@ int HighlightDataDict::count() const
     return int(entries().size());
 }
 
-std::unique_ptr<HighlightDataDict> TextHighlightManager::buildRegistry(TextEditorManager *manager)
+std::unique_ptr<HighlightDataDict> TextHighlightManager::buildRegistry(HighlightSettings *settings)
 {
-    const QString resourcesDir = manager ? manager->resourcesDir() : QString();
-    const QSettings *settings = manager ? manager->globalConfig() : nullptr;
+    const QString resourcesDir = settings ? settings->resourcesDir() : QString();
+    const QSettings *config = settings ? settings->globalConfig() : nullptr;
     auto registry = std::make_unique<HighlightDataDict>();
     for (const QString &entry : definitionList(resourcesDir)) {
         const HighlightHead head = headOf(entry, resourcesDir);
@@ -130,79 +122,41 @@ std::unique_ptr<HighlightDataDict> TextHighlightManager::buildRegistry(TextEdito
         auto data = std::make_unique<HighlightData>();
         data->name = head.name;
         data->path = entry.startsWith(builtInMark) ? entry.mid(1) : entry;
-        data->mask = highlightSetting(settings,
-                                      highlightSettingsKey(manager) + QLatin1Char('/') + head.name +
-                                          QLatin1String(" wildcards"),
+        data->mask = highlightSetting(config,
+                                      highlightSettingsKey(settings) + QLatin1Char('/') +
+                                          head.name + QLatin1String(" wildcards"),
                                       head.wildcards);
         registry->insert(std::move(data));
     }
     return registry;
 }
 
-HighlightDataDict &TextHighlightManager::highlights(TextEditorManager *manager)
+HighlightDataDict &TextHighlightManager::highlights(HighlightSettings *settings)
 {
-    static const std::unique_ptr<HighlightDataDict> highlightingDict = buildRegistry(manager);
+    static const std::unique_ptr<HighlightDataDict> highlightingDict = buildRegistry(settings);
     return *highlightingDict;
 }
 
-TextHighlight *TextHighlightManager::findHighlight(TextEditorManager *manager,
+TextHighlight *TextHighlightManager::findHighlight(HighlightSettings *settings,
                                                    const QString &fileName)
 {
     const QString baseName = QFileInfo(fileName).fileName();
-    for (const HighlightData *data : highlights(manager).entries()) {
+    for (const HighlightData *data : highlights(settings).entries()) {
         if (matchesFileMasks(data->mask, baseName))
-            return std::make_unique<TextHighlight>(data->path, manager).release();
+            return std::make_unique<TextHighlight>(data->path, settings).release();
     }
-    return highlight(manager, plainTextName());
+    return highlight(settings, plainTextName());
 }
 
-TextHighlight *TextHighlightManager::highlight(TextEditorManager *manager,
+TextHighlight *TextHighlightManager::highlight(HighlightSettings *settings,
                                                const QString &highlightName)
 {
-    const HighlightDataDict &registry = highlights(manager);
+    const HighlightDataDict &registry = highlights(settings);
     const HighlightData *data = highlightName.isEmpty() ? nullptr : registry.find(highlightName);
     if (!data)
         data = registry.find(plainTextName());
     const QString path = data ? data->path : QString();
-    return std::make_unique<TextHighlight>(path, manager).release();
-}
-
-QString findHighlightPath(const QString &name, const QString &resourceDir)
-{
-    return QFileInfo(QDir(resourceDir), name).filePath();
-}
-
-QByteArray qembed_findData(const char *name)
-{
-    static QHash<QByteArray, QByteArray> dictionary;
-    const QByteArray key(name);
-    const auto known = dictionary.constFind(key);
-    if (known != dictionary.constEnd())
-        return *known;
-    initHighlightResource();
-    const QResource resource(QLatin1String(":/zveditor/highlight/") + QLatin1String(name));
-    if (key.isEmpty() || !resource.isValid() || resource.size() <= 0)
-        return {};
-    QByteArray data = resource.uncompressedData();
-    dictionary.insert(key, data);
-    return data;
-}
-
-QString highlightSettingsKey(const TextEditorManager *manager)
-{
-    const QString key = manager ? manager->hlSettingsKey() : QString();
-    return key.isEmpty() ? QStringLiteral("/zveditor/hl") : key;
-}
-
-QString highlightSetting(const QSettings *settings, const QString &key, const QString &defaultValue)
-{
-    if (!settings || !settings->contains(key))
-        return defaultValue;
-    const QVariant stored = settings->value(key);
-    // An unquoted comma in the file makes a list of the text.
-    if (stored.typeId() == QMetaType::QStringList)
-        return stored.toStringList().join(QLatin1Char(','));
-    return stored.toString();
+    return std::make_unique<TextHighlight>(path, settings).release();
 }
 
 } // namespace zvwidgets

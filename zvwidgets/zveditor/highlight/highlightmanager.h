@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QByteArray>
-#include <QColor>
+#include "zvwidgets/zveditor/highlight/textattribute.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -9,22 +9,10 @@
 #include <memory>
 #include <vector>
 
-class QSettings;
-
 namespace zvwidgets {
 
-class TextEditorManager;
+class HighlightSettings;
 class TextHighlight;
-
-/// One colour item of a definition at run time.
-struct TextAttribute
-{
-    QString itemName;
-    QColor color;
-    bool usebg = false; ///< the item has a background of its own
-    QColor bgcolor;
-    int fontType = 0; ///< bit 0 italic, bit 1 bold: index of the manager's font
-};
 
 /// What the options dialog edits for one definition.
 struct HLConfigData
@@ -72,33 +60,17 @@ private:
 class TextHighlightManager
 {
 public:
-    /// \a manager may be null: built-in definitions, no settings.
-    static HighlightDataDict &highlights(TextEditorManager *manager);
+    /// \a settings may be null: built-in definitions, no settings.
+    static HighlightDataDict &highlights(HighlightSettings *settings);
     /// The definition whose masks take the base name of \a fileName, plain text
     /// if none does. The caller owns the result.
-    static TextHighlight *findHighlight(TextEditorManager *manager, const QString &fileName);
+    static TextHighlight *findHighlight(HighlightSettings *settings, const QString &fileName);
     /// The definition called \a highlightName, plain text if there is none. The
     /// caller owns the result.
-    static TextHighlight *highlight(TextEditorManager *manager, const QString &highlightName);
+    static TextHighlight *highlight(HighlightSettings *settings, const QString &highlightName);
 
     /// A registry of its own, as highlights() builds it once.
-    static std::unique_ptr<HighlightDataDict> buildRegistry(TextEditorManager *manager);
+    static std::unique_ptr<HighlightDataDict> buildRegistry(HighlightSettings *settings);
 };
-
-/// Path of \a name inside \a resourceDir; the file need not exist.
-QString findHighlightPath(const QString &name, const QString &resourceDir);
-
-/// The built-in definition of the key \a name; empty for an unknown key. The
-/// bytes are not copied and stay valid for the life of the process.
-QByteArray qembed_findData(const char *name);
-
-/// Key of the highlight settings without a trailing "/"; see
-/// TextEditorManager::hlSettingsKey().
-QString highlightSettingsKey(const TextEditorManager *manager);
-
-/// The settings' text under \a key, \a defaultValue if there is none.
-/// \a settings may be null.
-QString highlightSetting(const QSettings *settings, const QString &key,
-                         const QString &defaultValue);
 
 } // namespace zvwidgets

@@ -1,9 +1,9 @@
 #include "zvwidgets/zveditor/lines/byteordermark.h"
-#include "zvwidgets/zveditor/lines/filesave.h"
 #include "zvwidgets/zveditor/lines/keptbytes.h"
-#include "zvwidgets/zveditor/lines/posixfile.h"
 #include "zvwidgets/zveditor/lines/textfile.h"
 #include "zvwidgets/zveditor/lines/textlinearray.h"
+#include "zvwidgets/zvfiles/filesave.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QFileInfo>
 #include <QIODevice>

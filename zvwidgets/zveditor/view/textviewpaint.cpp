@@ -3,7 +3,7 @@
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
-#include "zvwidgets/zveditor/highlight/highlightmanager.h"
+#include "zvwidgets/zveditor/highlight/textattribute.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/view/textview_p.h"

@@ -1,4 +1,4 @@
-#include "zvwidgets/zveditor/lines/posixfile.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QRandomGenerator>
 

@@ -1,4 +1,4 @@
-#include "zvwidgets/zveditor/lines/keptcopies.h"
+#include "zvwidgets/zvfiles/keptcopies.h"
 
 #include <QCoreApplication>
 #include <QDir>

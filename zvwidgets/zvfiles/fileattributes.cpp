@@ -1,6 +1,6 @@
-#include "zvwidgets/zveditor/lines/fileattributes.h"
+#include "zvwidgets/zvfiles/fileattributes.h"
 
-#include "zvwidgets/zveditor/lines/posixfile.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QByteArrayList>
 

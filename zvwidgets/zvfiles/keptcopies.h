@@ -1,6 +1,6 @@
 #pragma once
 
-#include "zvwidgets/zveditor/lines/posixfile.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QByteArray>
 #include <QString>

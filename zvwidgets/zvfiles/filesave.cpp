@@ -1,10 +1,10 @@
-#include "zvwidgets/zveditor/lines/filesave.h"
+#include "zvwidgets/zvfiles/filesave.h"
 
-#include "zvwidgets/zveditor/lines/fileattributes.h"
-#include "zvwidgets/zveditor/lines/keptcopies.h"
-#include "zvwidgets/zveditor/lines/posixfile.h"
-#include "zvwidgets/zveditor/lines/textfile.h"
+#include "zvwidgets/zvfiles/fileattributes.h"
+#include "zvwidgets/zvfiles/keptcopies.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QIODevice>
 
@@ -15,6 +15,12 @@
 namespace zvwidgets {
 
 namespace {
+
+/// Whom the texts below belong to.
+struct FileSave
+{
+    Q_DECLARE_TR_FUNCTIONS(FileSave)
+};
 
 /// NotPossible leaves the file as it was, and another way may succeed.
 enum class Replacement
@@ -129,8 +135,8 @@ int reserve(int file, qint64 size, qint64 wanted)
 bool refuse(int number, QString *error)
 {
     *error = number == ENOSPC
-                 ? TextFile::tr("No room for a copy of the file")
-                 : TextFile::tr("No copy of the file can be kept: %1").arg(systemError(number));
+                 ? FileSave::tr("No room for a copy of the file")
+                 : FileSave::tr("No copy of the file can be kept: %1").arg(systemError(number));
     return false;
 }
 
@@ -159,7 +165,7 @@ bool overwriteFile(const QByteArray &path, const WriteContent &write, QString *e
                : overwrite(file.descriptor(), copies.former(), formerSize);
     if (!isRestored) {
         copies.keep();
-        *error = TextFile::tr("%1; the former content is in %2").arg(*error, copies.formerPath());
+        *error = FileSave::tr("%1; the former content is in %2").arg(*error, copies.formerPath());
     }
     return false;
 }
@@ -176,7 +182,7 @@ bool saveContent(const QString &path, const WriteContent &write, QString *error)
         return false;
     }
     if (exists && !S_ISREG(old.st_mode)) {
-        *error = TextFile::tr("Not a regular file");
+        *error = FileSave::tr("Not a regular file");
         return false;
     }
     Replacement outcome = Replacement::NotPossible;
