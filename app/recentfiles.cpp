@@ -23,22 +23,21 @@ const QString projectNamesKey = u"/project/recentNames"_s;
 /// Entries of a list that outlive the run.
 constexpr qsizetype keptEntries = 10;
 
+/// A path longer than a line of this many pixels is cut in its middle.
+constexpr int labelWidth = 800;
+
 void addEntry(QMenu *menu, const QString &path, const QIcon &icon = {})
 {
     QString label = path;
+    // A tab would part a shortcut from the label.
+    label.replace(u'\t', u' ').replace(u'\n', u' ');
+    label = menu->fontMetrics().elidedText(label, Qt::ElideMiddle, labelWidth);
     label.replace(u'&', u"&&"_s);
     menu->addAction(icon, label)->setData(path);
 }
 
-/// Opens what was chosen the way any file is opened: a project goes to the
-/// handler of its type.
-void openEntry(const QAction *entry)
-{
-    FileTypeManager::self()->openFile(entry->data().toString());
-}
-
 /// Puts \a menu next to the action \a name in the menu that shows it last.
-void insertBehind(const QString &name, QMenu *menu)
+void insertAfter(const QString &name, QMenu *menu)
 {
     Action *action = Actions::action(name);
     if (!action || action->menus.isEmpty() || !action->menus.last())
@@ -58,7 +57,7 @@ struct RecentFiles::Private
     {
         auto *menu = new QMenu(title, Shell::self());
         connect(menu, &QMenu::aboutToShow, q, &RecentFiles::updateRecentMenu);
-        connect(menu, &QMenu::triggered, q, &openEntry);
+        connect(menu, &QMenu::triggered, q, &RecentFiles::openInternal);
         return menu;
     }
 
@@ -156,8 +155,8 @@ void RecentFiles::integrate()
         d->button->setMenu(d->recentMenu);
         d->setButtonMode();
     }
-    insertBehind(u"Editors/open"_s, d->recentFilesMenu);
-    insertBehind(u"Project/open"_s, d->recentProjectsMenu);
+    insertAfter(u"Editors/open"_s, d->recentFilesMenu);
+    insertAfter(u"Project/open"_s, d->recentProjectsMenu);
 }
 
 void RecentFiles::updateRecentMenu()
@@ -207,6 +206,11 @@ void RecentFiles::removeRecentProject(const QString &fileName)
         d->recentProjectsNames.removeAt(index);
     }
     d->setButtonMode();
+}
+
+void RecentFiles::openInternal(const QAction *entry)
+{
+    FileTypeManager::self()->openFile(entry->data().toString());
 }
 
 } // namespace vesk

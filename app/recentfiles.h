@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class QAction;
 class QMenu;
 
 namespace vesk {
@@ -13,8 +14,8 @@ namespace vesk {
 /// menus that offer them. A list grows while the program runs; its first ten
 /// entries are there again after a restart.
 ///
-/// The first self() makes the object as a child of the main window, and before
-/// that window's first rebuild.
+/// The main window makes the object with the first self(), owns it and deletes it
+/// before its menus go.
 class RecentFiles : public QObject
 {
     Q_OBJECT
@@ -43,6 +44,9 @@ public slots:
     void removeRecent(const QString &fileName);
     void addRecentProject(const QString &fileName, const QString &name);
     void removeRecentProject(const QString &fileName);
+    /// Opens the file of a menu's \a entry the way any file is opened: a project goes
+    /// to the handler of its type.
+    void openInternal(const QAction *entry);
 
 private:
     struct Private;

@@ -2,8 +2,10 @@
 
 #include "app/actiontable.h"
 #include "app/mainwindow.h"
+#include "app/recentfiles.h"
 #include "app/settings.h"
 #include "app/shell_p.h"
+#include "app/stylesmenu.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -47,6 +49,10 @@ Shell::Shell(QWidget *parent, const QString &name)
     vesk::addActions(this, actionRows, Labels::Translated);
     // actionGroup() never notes Help, so that it comes after all these.
     d->menuGroups.append(QStringLiteral("Help"));
+    d->styles.reset(StylesMenu::self());
+    d->styles->initStylesMenu();
+    d->recent.reset(RecentFiles::self());
+    connect(this, &Shell::uiRebuilded, d->recent.get(), &RecentFiles::integrate);
     connect(this, &Shell::uiRebuilded, this, &Shell::postPrepare);
     d->restoreGeometry(this);
 
@@ -59,6 +65,9 @@ Shell::Shell(QWidget *parent, const QString &name)
 Shell::~Shell()
 {
     saveGeometryOnce();
+    // Their menus stand in the window, which is about to go.
+    d->recent.reset();
+    d->styles.reset();
     Settings::forceWrite();
     // What stands in the window may still ask for self() while it goes.
     std::unique_ptr<QWidget>(takeCentralWidget()).reset();

@@ -12,7 +12,9 @@ class QMenu;
 
 namespace vesk {
 
+class RecentFiles;
 class Splitter;
+class StylesMenu;
 
 struct Shell::Private
 {
@@ -84,6 +86,8 @@ struct Shell::Private
     QLabel *statusCursorIns = nullptr;
     QLabel *statusCursorLine = nullptr;
     QLabel *statusCursorCol = nullptr;
+    std::unique_ptr<StylesMenu> styles;
+    std::unique_ptr<RecentFiles> recent;
     std::function<bool()> mayLeave;
     bool hasBottomTabStretch = false;
     bool hasPanelSizes = false;

@@ -1,6 +1,7 @@
 #include "app/actions.h"
+#include "app/editors/editor.h"
+#include "app/editors/editors.h"
 #include "app/recentfiles.h"
-#include "app/stylesmenu.h"
 #include "tests/apptest.h"
 
 #include <QApplication>
@@ -8,6 +9,7 @@
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -25,6 +27,7 @@ private slots:
     void tenOutliveTheRun();
     void menusStandOnceAfterEachRebuild();
     void openButtonWithoutEntries();
+    void openedAndSavedFilesAreOffered();
     void damagedLists();
     void styles();
 
@@ -41,7 +44,6 @@ private:
     {
         makeShell();
         recent = RecentFiles::self();
-        connect(shell.get(), &Shell::uiRebuilded, recent, &RecentFiles::integrate);
         shell->rebuildUI();
     }
 
@@ -120,6 +122,32 @@ void RecentFilesTest::openButtonWithoutEntries()
     QCOMPARE(button->popupMode(), QToolButton::InstantPopup);
 }
 
+void RecentFilesTest::openedAndSavedFilesAreOffered()
+{
+    rebuild();
+    const QString one = write(u"one.txt"_s);
+    const QString two = write(u"two.txt"_s);
+    const QString gone = path(u"gone.txt"_s);
+    for (const QString &file : {one, two})
+        Editors::self()->open(file);
+    // It is offered all the same.
+    QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+    Editors::self()->open(gone);
+    QCOMPARE(texts(recent->recentFilesMenu()), QStringList({gone, two, one}));
+    Editors::self()->saveAs(path(u"three.txt"_s));
+    QCOMPARE(recent->recentFiles().first(), path(u"three.txt"_s));
+
+    for (QMenu *menu : {recent->recentFilesMenu(), recent->recentMenu()}) {
+        while (Editors::self()->current()->hasFileName())
+            Editors::self()->close();
+        const QString oldest = recent->recentFiles().last();
+        emit menu->aboutToShow();
+        menu->actions().last()->trigger();
+        QCOMPARE(Editors::self()->current()->filename(), oldest);
+        QCOMPARE(recent->recentFiles().first(), oldest);
+    }
+}
+
 void RecentFilesTest::damagedLists()
 {
     Settings::write(u"/project/recent"_s, QStringList{u"/a/one.vesk"_s, u"/a/two.vesk"_s});
@@ -139,7 +167,6 @@ void RecentFilesTest::styles()
         return Actions::action(u"StylesMenu/"_s + name);
     };
     makeShell();
-    StylesMenu::self()->initStylesMenu();
     QVERIFY(isCurrent(u"Windows"_s));
     QVERIFY(!action(u"Windows"_s)->isChecked());
     action(u"Fusion"_s)->trigger();
@@ -149,7 +176,6 @@ void RecentFilesTest::styles()
 
     QApplication::setStyle(u"Windows"_s);
     makeShell();
-    StylesMenu::self()->initStylesMenu();
     QVERIFY(isCurrent(u"Fusion"_s));
     QVERIFY(action(u"Fusion"_s)->isChecked());
     action(u"Windows"_s)->trigger();

@@ -226,11 +226,16 @@ public:
         const int x = window.left() + window.width() * 3 / 4;
         const auto isWhite = [&](int y) { return screen.pixelColor(x, y) == Qt::white; };
         int bottom = window.bottom();
-        while (!isWhite(bottom) && bottom > window.top())
-            --bottom;
-        int top = bottom;
-        while (isWhite(top - 1) && top > window.top())
-            --top;
+        int top = bottom + 1;
+        // The frames of the status bar have white edges.
+        do {
+            bottom = top - 1;
+            while (!isWhite(bottom) && bottom > window.top())
+                --bottom;
+            top = bottom;
+            while (isWhite(top - 1) && top > window.top())
+                --top;
+        } while (bottom - top < 10 && top > window.top());
         return {window.left(), top, window.width() / 2, bottom - top + 1};
     }
 

@@ -4,6 +4,7 @@
 #include "app/editors/zveditor/zveditor.h"
 #include "app/filedialog.h"
 #include "app/filetype.h"
+#include "app/recentfiles.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/widgetstack.h"
@@ -255,7 +256,10 @@ void Editors::open(const QString &path)
     }
     if (d->gatherings == 0)
         d->failures.clear();
-    if (const QString error = load(file); !error.isEmpty())
+    const QString error = load(file);
+    if (!file.isEmpty())
+        RecentFiles::self()->addRecent(file);
+    if (!error.isEmpty())
         tellFailure(tr("Cannot open %1: %2").arg(file, error));
 }
 

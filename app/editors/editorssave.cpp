@@ -3,6 +3,7 @@
 #include "app/editors/editors_p.h"
 #include "app/filedialog.h"
 #include "app/message.h"
+#include "app/recentfiles.h"
 #include "app/shell.h"
 #include "app/widgetstack.h"
 
@@ -137,6 +138,7 @@ bool Editors::saveCurrentAs(const QString &url)
         tellFailure(tr("Cannot save %1: %2").arg(file, editor->errorString()));
         return false;
     }
+    RecentFiles::self()->addRecent(editor->filename());
     // Left open it would write its former text over the new one.
     if (isShownElsewhere)
         drop(other, DeleteWhen::Now);
