@@ -2,8 +2,8 @@
 #include "zvwidgets/zveditor/textfolding.h"
 
 #include "qtundo/src/qtundo.h"
+#include "zvwidgets/zveditor/document/documenthost.h"
 #include "zvwidgets/zveditor/textdoc.h"
-#include "zvwidgets/zveditor/textmanager.h"
 
 #include <QBuffer>
 #include <QLoggingCategory>
@@ -49,7 +49,7 @@ private:
     void checkVisibleLines() const;
     void randomStep(QRandomGenerator &random);
 
-    std::unique_ptr<TextEditorManager> manager;
+    DocumentHost host;
     std::unique_ptr<TextDocument> doc;
     TextFolding *folding = nullptr;
 };
@@ -57,8 +57,7 @@ private:
 void TestTextFolding::init()
 {
     doc.reset();
-    manager = std::make_unique<TextEditorManager>();
-    doc = std::make_unique<TextDocument>(manager.get());
+    doc = std::make_unique<TextDocument>(&host);
     folding = doc->folding();
     load(10);
 }
@@ -425,7 +424,7 @@ void TestTextFolding::macroEndsAsSingleSteps()
     QFETCH(quint32, seed);
     QLoggingCategory::setFilterRules(u"default.debug=false"_s);
     QRandomGenerator random(seed);
-    TextDocument single(manager.get());
+    TextDocument single(&host);
     const auto edit = [](TextDocument &target, int kind, int line) {
         if (kind == 0)
             target.cmdInsert(line, 0, u"x"_s);

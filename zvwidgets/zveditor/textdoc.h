@@ -19,6 +19,8 @@ class QtUndoStack;
 
 namespace zvwidgets {
 
+class DocumentHost;
+class DocumentView;
 class TextEditorManager;
 class TextFolding;
 class TextView;
@@ -59,19 +61,21 @@ public:
     using wrapMode = zvwidgets::wrapMode;
     using SelectionCommand = zvwidgets::SelectionCommand;
 
-    /// \a manager is not owned and must outlive the document.
-    explicit TextDocument(TextEditorManager *manager);
+    /// \a host, usually the shared manager, is not owned and must outlive the
+    /// document.
+    explicit TextDocument(DocumentHost *host);
     ~TextDocument() override;
 
     // Relations
 
     /// \a view is not owned.
-    void addView(TextView *view);
-    void removeView(TextView *view);
+    void addView(DocumentView *view);
+    void removeView(DocumentView *view);
     QList<TextView *> views() const;
     /// May be null.
     TextView *activeView() const;
-    void setActiveView(TextView *view);
+    void setActiveView(DocumentView *view);
+    /// Null if it was made for another host.
     TextEditorManager *manager() const;
     QtUndoStack *undoStack() const;
     TextFolding *folding() const;

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "zvwidgets/zveditor/document/documenthost.h"
 #include "zvwidgets/zveditor/highlight/highlightsettings.h"
 
 #include <QColor>
-#include <QFont>
-#include <QFontMetrics>
 #include <QMap>
 #include <QObject>
 #include <QRect>
@@ -17,35 +16,15 @@ class QPrinter;
 
 namespace zvwidgets {
 
-class FontGlyphs;
 class TextDocument;
 class TextEditor;
-
-/// One variant of the text font with what measuring and drawing needs of it.
-/// All variants are set up so that the widths of characters add up to the
-/// width of their text.
-struct FontData
-{
-    FontData();
-    ~FontData();
-
-    void set(const QFont &f, bool bold, bool italic);
-
-    std::unique_ptr<QFont> font;
-    std::unique_ptr<QFontMetrics> fm;
-    /// Glyphs and advances of single characters, looked up on first use.
-    std::unique_ptr<FontGlyphs> glyphs;
-    /// Width of every character of a fixed-pitch font, -1 for a proportional
-    /// one. Only "W" and "i" are compared.
-    int width = -1;
-};
 
 /// What all documents and editors of the program share: the text font in four
 /// variants, the flags that decide how keys and selection act, the colours, the
 /// printer, and the registers of the living documents and editors, to which
 /// every setter hands a change on. The program makes one and keeps it until all
 /// documents are gone. Owns no document and no editor.
-class TextEditorManager : public QObject, public HighlightSettings
+class TextEditorManager : public QObject, public DocumentHost, public HighlightSettings
 {
     Q_OBJECT
 public:
@@ -81,23 +60,14 @@ public:
     /// Shows or hides the margins of all editors by the flags.
     void updateMarginsState();
     /// As it was set; documents hold it clamped to 1 to 16.
-    int tabWidth() const;
+    int tabWidth() const { return wantedTabWidth; }
     void setTabWidth(int width);
     void setLineWrap(bool on);
     void setVerticalSelection(bool on);
     /// Builds the highlights of all documents anew, with the present settings.
     void updateHighlight();
 
-    /// The font as it was set. Nothing is drawn with it: its family may be missing.
-    QFont &font();
-    /// Variant \a i, 0 to 3: bit 0 is italic, bit 1 bold. Where the family is missing
-    /// it is one of fixed pitch.
-    QFont &font(int i);
     void setFont(const QFont &f);
-    const FontData &fontData(int i) const;
-    /// Advance in pixels in variant \a i.
-    int width(int i, QChar c) const;
-    int width(int i, const QString &s) const;
 
     /// Asks the user; false if he cancels.
     bool setupPrinter();
@@ -109,20 +79,10 @@ public:
     /// Printable width in device pixels.
     int printWidth() const;
 
+    TextEditorManager *textEditorManager() override { return this; }
     /// Emits highlightRuleDropped().
     void ruleDropped(const QString &highlight, const QString &expression) override;
 
-    bool fCursorWrap = false; ///< Left and Right cross line ends
-    /// Tabs are kept and not replaced by blanks. The option of the opposite
-    /// name is stored here as it stands, which is meant.
-    bool fSaveTab = false;
-    bool fVerticalSelection = false; ///< the selection is a box of columns
-    bool fOvr = false;
-    bool fAutoIndent = true;
-    bool fRemoveSpaces = false; ///< strip trailing blanks of a line the cursor leaves
-    bool fBackspaceIndent = true;
-    bool fSmartHome = true;
-    bool fLineWrap = false;
     bool fIndentationGuides = true;
     bool fIndicatorMargin = true;
     bool fSelectionMargin = true;
@@ -133,8 +93,6 @@ public:
     QColor selectedBackgroundColor;
     QColor foundBackgroundColor; ///< kept for clients
     QColor currentLineColor;     ///< invalid: the cursor's line is not marked
-    /// Stands in for the X11 selection where there is none.
-    QString winClipboard;
 
     struct Private;
     const std::unique_ptr<Private> d;

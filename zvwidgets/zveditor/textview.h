@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zvwidgets/zveditor/document/documentview.h"
 #include "zvwidgets/zveditor/lines/lineregion.h"
 
 #include <QPoint>
@@ -20,7 +21,6 @@ class SelectionMargin;
 class TextDocument;
 class TextEditor;
 class TextEditorManager;
-class TextHighlight;
 
 /// The widget that draws the text of one document and takes mouse and keys. It
 /// lays out itself, its margins and its scroll bars inside the editor that is
@@ -32,7 +32,7 @@ class TextHighlight;
 /// the number of its line as key, and keys count on from there through rows of
 /// wrapped lines and past folded ones. So a key is a line's number at the top
 /// of the view only, and the vertical scroll bar counts lines.
-class TextView : public QWidget
+class TextView : public QWidget, public DocumentView
 {
     Q_OBJECT
 public:
@@ -67,12 +67,10 @@ public:
 
     int lineHeight() const { return fontHeight(); }
     int fontHeight() const;
-    /// Content y of the row with key \a n.
-    int linePosition(int n) const;
+    int linePosition(int n) const override;
     int contentsX() const;
     int contentsY() const;
-    /// Distance of tab stops.
-    int tabsWidth() const;
+    int tabsWidth() const override;
     void setTabsWidth(int width);
     /// Of a blank in the plain font.
     int spaceWidth() const;
@@ -86,7 +84,7 @@ public:
 
     /// Shows or hides the margins by the manager's flags.
     void updateMarginsState();
-    void repaintMargins();
+    void repaintMargins() override;
 
     // Rows. updateLinesList() has to be called before coordinates are turned
     // into each other; it is cheap if nothing has changed.
@@ -106,17 +104,11 @@ public:
 
     // Update
 
-    /// Measures the manager's fonts anew and keeps the line at the top. resizeBuffer()
-    /// and a repaint have to follow.
-    void updateFontData();
-    /// Fits the row pixmaps of the view and its margins to width and line height.
-    void resizeBuffer();
+    void updateFontData() override;
+    void resizeBuffer() override;
     void resizeMarginBuffers();
-    /// Lines the document has changed since the last updateView().
-    void setUpdateRegion(const LineRegion &region);
-    /// Asks for a repaint of the rows that changed. \a newDocGeometry adjusts
-    /// the scroll bars.
-    void updateView(bool newDocGeometry);
+    void setUpdateRegion(const LineRegion &region) override;
+    void updateView(bool newDocGeometry) override;
     /// Scrolls to the cursor. Where the cursor has left a line this strips its
     /// trailing blanks, if the manager says so, past the undo history.
     void ensureCursorVisible();
@@ -128,9 +120,7 @@ public:
     /// A pair of points in document order, x the column and y the line.
     QRect selection() const { return selected; }
     bool hasSelection() const;
-    /// From \a from, which stays the anchor of later moves, to \a to; a surrogate pair
-    /// is taken whole. Shows at the next updateView().
-    void setSelection(const QPoint &from, const QPoint &to);
+    void setSelection(const QPoint &from, const QPoint &to) override;
     /// Does nothing but tell that there was a change while the selection is
     /// locked.
     void clearSelection();
@@ -139,9 +129,7 @@ public:
     /// While it is locked nothing clears the selection. Does not nest.
     void lockSelection();
     void unlockSelection();
-    /// Moves the cursor and scrolls to it. \a select extends the selection to
-    /// there; otherwise the selection is cleared, except during a drag.
-    void setCursorPosition(int line, int column, bool select);
+    void setCursorPosition(int line, int column, bool select) override;
     /// What a move of the cursor does to the selection; the cursor must still
     /// be where it was.
     void setCursorPositionInternal(int line, int column, bool select);
@@ -150,10 +138,6 @@ public:
     static int paintCount();
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
-
-    QRect selected{QPoint(0, 0), QPoint(0, 0)};
-    /// Owned; replaced by setHighlight() only.
-    TextHighlight *hl = nullptr;
 
 signals:
     void focusChanged(bool hasFocus);
@@ -184,6 +168,14 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    TextView *textView() override { return this; }
+    QObject *focusObject() override { return this; }
+    QPoint cursorPosition() const override;
+    void moveCursorToLine(int line) override;
+    void setTabStops(int blanks) override { setTabsWidth(spaceWidth() * blanks); }
+    void repaintAll() override;
+    void notify(Notice notice) override;
+
     struct Private;
     const std::unique_ptr<Private> d;
 };

@@ -3,13 +3,9 @@
 #include "qtundo/src/qtundo.h"
 #include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
-#include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/textcommands.h"
-#include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"
-#include "zvwidgets/zveditor/textmanager.h"
-#include "zvwidgets/zveditor/textview.h"
 
 #include <algorithm>
 #include <utility>
@@ -36,7 +32,7 @@ void TextDocument::Private::reset()
     q->m_insertLine(0);
     longestLine = nullptr;
     q->updateLine(0);
-    for (TextView *each : std::as_const(views))
+    for (DocumentView *each : std::as_const(views))
         each->setCursorPosition(0, 0, false);
 }
 
@@ -134,7 +130,7 @@ void TextDocument::Private::linesRemoved(int line)
 // before it ended in.
 int TextDocument::Private::scan(TextLine *line, int ctx) const
 {
-    for (const TextView *each : views)
+    for (const DocumentView *each : views)
         ctx = each->hl->doHighlight(ctx, line);
     return ctx;
 }
@@ -199,21 +195,21 @@ void TextDocument::Private::updateGeometry()
     columnMarks.clear();
     contents.allWidthsChanged();
     q->updateMaxLength(nullptr);
-    for (TextView *each : std::as_const(views))
+    for (DocumentView *each : std::as_const(views))
         each->resizeBuffer();
     q->tagAll();
     q->updateViews();
 }
 
-TextDocument::TextDocument(TextEditorManager *manager)
-    : shouldWrap(manager->fLineWrap)
+TextDocument::TextDocument(DocumentHost *host)
+    : shouldWrap(host->fLineWrap)
     , wordBound(QStringLiteral(" \"'\\:;,./?!`"))
-    , d(std::make_unique<Private>(this, manager))
+    , d(std::make_unique<Private>(this, host))
 {
     d->undoStack = new QtUndoStack(this);
     connect(d->undoStack, &QtUndoStack::commandExecuted, this, &TextDocument::macroExecuted);
     d->folding = new TextFolding(this);
-    d->spacesInTab = std::clamp(manager->tabWidth(), 1, 16);
+    d->spacesInTab = std::clamp(host->wantedTabWidth, 1, 16);
     clear();
     d->newDocGeometry = false;
 }
@@ -224,33 +220,36 @@ TextDocument::~TextDocument()
     d->undoStack->disconnect(this);
 }
 
-void TextDocument::addView(TextView *view)
+void TextDocument::addView(DocumentView *view)
 {
     d->views.append(view);
     d->columnMarks.clear();
 }
 
-void TextDocument::removeView(TextView *view)
+void TextDocument::removeView(DocumentView *view)
 {
     d->views.removeAll(view);
     d->columnMarks.clear();
     if (d->associatedViews.removeAll(view))
-        QtUndoManager::manager()->disassociateView(view);
+        QtUndoManager::manager()->disassociateView(view->focusObject());
     if (d->view == view)
         d->view = d->views.isEmpty() ? nullptr : d->views.constFirst();
 }
 
 QList<TextView *> TextDocument::views() const
 {
-    return d->views;
+    QList<TextView *> shown;
+    for (DocumentView *view : std::as_const(d->views))
+        shown.append(view->textView());
+    return shown;
 }
 
 TextView *TextDocument::activeView() const
 {
-    return d->view;
+    return d->view ? d->view->textView() : nullptr;
 }
 
-void TextDocument::setActiveView(TextView *view)
+void TextDocument::setActiveView(DocumentView *view)
 {
     if (view != d->view)
         d->columnMarks.clear();
@@ -258,12 +257,12 @@ void TextDocument::setActiveView(TextView *view)
     if (!view || d->associatedViews.contains(view))
         return;
     d->associatedViews.append(view);
-    QtUndoManager::manager()->associateView(view, d->undoStack);
+    QtUndoManager::manager()->associateView(view->focusObject(), d->undoStack);
 }
 
 TextEditorManager *TextDocument::manager() const
 {
-    return d->m;
+    return d->m->textEditorManager();
 }
 
 QtUndoStack *TextDocument::undoStack() const
@@ -304,8 +303,8 @@ int TextDocument::spacesInTab() const
 void TextDocument::setSpacesInTab(int n)
 {
     d->spacesInTab = std::clamp(n, 1, 16);
-    for (TextView *view : std::as_const(d->views))
-        view->setTabsWidth(view->spaceWidth() * d->spacesInTab);
+    for (DocumentView *view : std::as_const(d->views))
+        view->setTabStops(d->spacesInTab);
     d->updateGeometry();
 }
 
@@ -327,7 +326,7 @@ int TextDocument::marked(int line) const
 void TextDocument::setMarked(int line, int m)
 {
     lineOf(line)->setMarked(m);
-    for (TextView *view : std::as_const(d->views))
+    for (DocumentView *view : std::as_const(d->views))
         view->repaintMargins();
 }
 
@@ -425,7 +424,7 @@ void TextDocument::updateMaxLength(TextLine *textLine)
 void TextDocument::updateViews()
 {
     d->scanPending();
-    for (TextView *view : std::as_const(d->views)) {
+    for (DocumentView *view : std::as_const(d->views)) {
         view->setUpdateRegion(d->updateRegion);
         view->updateView(d->newDocGeometry);
     }
@@ -435,7 +434,7 @@ void TextDocument::updateViews()
 
 void TextDocument::updateFontData()
 {
-    for (TextView *view : std::as_const(d->views))
+    for (DocumentView *view : std::as_const(d->views))
         view->updateFontData();
     d->updateGeometry();
 }
@@ -443,8 +442,8 @@ void TextDocument::updateFontData()
 void TextDocument::documentChanged(bool isModified)
 {
     const auto notify = [this] {
-        for (TextView *view : std::as_const(d->views))
-            view->editor()->notifyChange(TextEditor::Modification);
+        for (DocumentView *view : std::as_const(d->views))
+            view->notify(DocumentView::Notice::Modification);
     };
     notify();
     if (d->modified != isModified) {
@@ -491,13 +490,13 @@ void TextDocument::macroExecuted()
 {
     const bool foldsChanged = d->folding->settle();
     d->scanPending();
-    TextView *const view = d->view;
+    DocumentView *const view = d->view;
     if (view && d->macroCursorLine != -1 && d->macroCursorColumn != -1) {
         const int line = std::exchange(d->macroCursorLine, -1);
         view->setCursorPosition(line, std::exchange(d->macroCursorColumn, -1), false);
     }
     if (view)
-        view->editor()->notifyChange(TextEditor::UndoRedo);
+        view->notify(DocumentView::Notice::UndoRedo);
     documentChanged(true);
     if (foldsChanged)
         d->folding->repaintViews();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zvwidgets/zveditor/document/documenthost.h"
+#include "zvwidgets/zveditor/document/documentview.h"
 #include "zvwidgets/zveditor/textcommands.h"
 #include "zvwidgets/zveditor/textdoc.h"
 
@@ -45,8 +47,7 @@ enum class Contexts
 /// What the sources of the document share.
 struct TextDocument::Private
 {
-    explicit Private(TextDocument *document, TextEditorManager *manager) : q(document), m(manager)
-    {}
+    Private(TextDocument *document, DocumentHost *of) : q(document), m(of) {}
     ~Private() { freeLines(); }
 
     void freeLines();
@@ -85,11 +86,11 @@ struct TextDocument::Private
     void cutMarks(const TextLine *line, int column);
 
     TextDocument *const q;
-    TextEditorManager *const m;
-    QList<TextView *> views;
-    TextView *view = nullptr;
+    DocumentHost *const m;
+    QList<DocumentView *> views;
+    DocumentView *view = nullptr;
     /// Those that the undo manager knows.
-    QList<TextView *> associatedViews;
+    QList<DocumentView *> associatedViews;
     TextFolding *folding = nullptr;
     bool modified = false;
     bool readonly = false;

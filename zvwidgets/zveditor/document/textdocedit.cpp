@@ -1,13 +1,10 @@
 #include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
-#include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/textfolding.h"
-#include "zvwidgets/zveditor/textmanager.h"
-#include "zvwidgets/zveditor/textview.h"
 
-#include <QApplication>
 #include <QClipboard>
+#include <QGuiApplication>
 #include <QStringBuilder>
 
 #include <algorithm>
@@ -139,7 +136,7 @@ void TextDocument::insert(const QString &s, int line, int column)
     d->preferCursor(&line, &column);
     column = d->wholeColumn(line, column);
     macroBegin(QLatin1String("insert ") + s.left(maxShown), line, column);
-    const TextEditorManager &m = *d->m;
+    const EditingFlags &m = *d->m;
     LineParts parts(s);
     const bool flows = !m.fVerticalSelection && !m.fOvr;
     for (bool isFirst = true;; isFirst = false) {
@@ -294,11 +291,11 @@ void TextDocument::indent()
 {
     if (isReadOnly() || !d->view)
         return;
-    const EditorCursor *cursor = d->view->cursor();
+    const QPoint cursor = d->view->cursorPosition();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(*this, selected, cursor->line());
+    const LineSpan lines = linesToIndent(*this, selected, cursor.y());
     const QString ins = d->m->fSaveTab ? QString(tab) : blanks(spacesInTab());
-    macroBegin(QStringLiteral("indent"), cursor->line(), cursor->column());
+    macroBegin(QStringLiteral("indent"), cursor.y(), cursor.x());
     for (int line = lines.first; line < lines.last; ++line)
         cmdInsert(line, 0, ins);
     macroEnd();
@@ -309,10 +306,10 @@ void TextDocument::unindent()
 {
     if (isReadOnly() || !d->view)
         return;
-    const EditorCursor *cursor = d->view->cursor();
+    const QPoint cursor = d->view->cursorPosition();
     const QRect selected = d->view->selected;
-    const LineSpan lines = linesToIndent(*this, selected, cursor->line());
-    macroBegin(QStringLiteral("unindent"), cursor->line(), cursor->column());
+    const LineSpan lines = linesToIndent(*this, selected, cursor.y());
+    macroBegin(QStringLiteral("unindent"), cursor.y(), cursor.x());
     for (int line = lines.first; line < lines.last; ++line) {
         const TextLine *textLine = lineOf(line);
         const int length =
@@ -329,9 +326,9 @@ void TextDocument::replaceCurrentWord(const QString &newWord)
     const QString word = currentWord();
     if (word.isEmpty())
         return;
-    TextView *const view = d->view;
-    const int line = view->cursor()->line();
-    const int column = view->cursor()->column();
+    DocumentView *const view = d->view;
+    const int line = view->cursorPosition().y();
+    const int column = view->cursorPosition().x();
     const QStringView text(*lineOf(line));
     int start = std::min(column, int(text.size()));
     while (start > 0 && isWordCharacter(text[start - 1]))
@@ -375,7 +372,7 @@ QString TextDocument::selectionCommand(SelectionCommand command, const QRect &re
     const QString text =
         isBlock ? d->blockSelection(actions, rect) : d->streamSelection(actions, rect);
     if ((actions & SelectionCopy) && !text.isEmpty()) {
-        QApplication::clipboard()->setText(text);
+        QGuiApplication::clipboard()->setText(text);
         d->m->winClipboard = text;
     }
     return (actions & SelectionText) ? text : QString();
@@ -459,8 +456,8 @@ void TextDocument::Private::preferCursor(int *line, int *column) const
 {
     if (!view)
         return;
-    *line = view->cursor()->line();
-    *column = view->cursor()->column();
+    *line = view->cursorPosition().y();
+    *column = view->cursorPosition().x();
 }
 
 } // namespace zvwidgets

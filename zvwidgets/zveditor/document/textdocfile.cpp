@@ -2,7 +2,6 @@
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/highlightdefinition.h"
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
-#include "zvwidgets/zveditor/textview.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -17,7 +16,7 @@ namespace {
 /// What gives the lines their contexts, if these can be followed while a file is
 /// read. Null if there are none, if the highlights of several views are chained, or if
 /// the highlight keeps what only the main thread may use.
-const HighlightDefinition *followed(const QList<TextView *> &views)
+const HighlightDefinition *followed(const QList<DocumentView *> &views)
 {
     if (views.size() != 1)
         return nullptr;
@@ -25,7 +24,7 @@ const HighlightDefinition *followed(const QList<TextView *> &views)
     return definition.canShareBreaks ? &definition : nullptr;
 }
 
-ReadOptions readOptions(const QList<TextView *> &views)
+ReadOptions readOptions(const QList<DocumentView *> &views)
 {
     ReadOptions options;
     const HighlightDefinition *const definition = followed(views);

@@ -1,10 +1,7 @@
 #include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
-#include "zvwidgets/zveditor/editorcursor.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/textattribute.h"
-#include "zvwidgets/zveditor/textmanager.h"
-#include "zvwidgets/zveditor/textview.h"
 
 #include <QColor>
 
@@ -16,7 +13,7 @@ namespace zvwidgets {
 
 namespace {
 
-constexpr int fontCount = 4;
+constexpr int fontCount = TextFonts::variants;
 constexpr QChar tab = u'\t';
 
 // Columns of 64 bits keep a line of many millions of characters from wrapping
@@ -33,11 +30,11 @@ class Ruler
 {
 public:
     /// Without \a view every character has the plain font.
-    Ruler(TextEditorManager *textManager, const TextView *view)
-        : manager(textManager), highlight(view ? view->hl : nullptr)
+    Ruler(const TextFonts &textFonts, const DocumentView *view)
+        : fonts(textFonts), highlight(view ? view->hl : nullptr)
     {
         for (int i = 0; i < fontCount; ++i)
-            cells[size_t(i)] = manager->fontData(i).width;
+            cells[size_t(i)] = fonts.fontData(i).width;
         const bool isFixed = std::all_of(cells.begin(), cells.end(),
                                          [this](int width) { return width == cells[0]; });
         common = isFixed ? cells[0] : -1;
@@ -54,11 +51,11 @@ public:
             font = highlight->attribute(number)->fontType & (fontCount - 1);
         }
         const int cell = cells[size_t(font)];
-        return cell >= 0 ? cell : manager->width(font, line.at(column));
+        return cell >= 0 ? cell : fonts.width(font, line.at(column));
     }
 
 private:
-    TextEditorManager *const manager;
+    const TextFonts &fonts;
     TextHighlight *const highlight;
     std::array<int, fontCount> cells{};
     int common = -1;
@@ -131,7 +128,7 @@ constexpr int longLine = 2 * ColumnMarks::step;
 /// Lines whose marks are kept.
 constexpr qsizetype mostMarked = 64;
 
-int tabsWidthOf(const QList<TextView *> &views)
+int tabsWidthOf(const QList<DocumentView *> &views)
 {
     return views.isEmpty() ? 0 : views.constFirst()->tabsWidth();
 }
@@ -213,7 +210,7 @@ public:
         if (tabsWidth <= 0 || !line.mayHaveTabs())
             return toPixels(text.size() * wide);
         if (text.size() >= longLine) {
-            Ruler ruler(document.m, nullptr);
+            Ruler ruler(*document.m, nullptr);
             if (ruler.commonWidth() == wide)
                 return toPixels(MarkedWalk(document, line, ruler).toColumn(line.textLength()).x);
         }
@@ -271,7 +268,7 @@ void TextDocument::Private::colour(TextLine *line) const
 {
     if (line->isHighlighted())
         return;
-    for (const TextView *each : views)
+    for (const DocumentView *each : views)
         each->hl->highlight(line);
 }
 
@@ -316,7 +313,7 @@ void TextDocument::Private::findLongest()
 int TextDocument::textWidth(int line, int length)
 {
     TextLine *textLine = lineOf(line);
-    Ruler ruler(d->m, d->view);
+    Ruler ruler(*d->m, d->view);
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
     qint64 x = MarkedWalk(*d, *textLine, ruler).toColumn(length).x;
@@ -329,7 +326,7 @@ int TextDocument::textWidth(int line, int length)
 int TextDocument::textLength(int line, int width)
 {
     TextLine *textLine = lineOf(line);
-    Ruler ruler(d->m, d->view);
+    Ruler ruler(*d->m, d->view);
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
     MarkedWalk marked(*d, *textLine, ruler);
@@ -341,7 +338,7 @@ int TextDocument::textLength(int line, int width)
 int TextDocument::tabsBefore(int line, int column)
 {
     TextLine *textLine = lineOf(line);
-    Ruler ruler(d->m, d->view);
+    Ruler ruler(*d->m, d->view);
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
     return MarkedWalk(*d, *textLine, ruler).toColumn(column).tabs;
@@ -354,7 +351,7 @@ int TextDocument::nextWrapPos(int line, int width, int from)
     if (d->views.isEmpty() || from >= length)
         return std::max(from, length);
     width = std::max(width, 30);
-    Ruler ruler(d->m, d->views.constFirst());
+    Ruler ruler(*d->m, d->views.constFirst());
     if (ruler.commonWidth() < 0)
         d->colour(textLine);
     Walk walk{*textLine, ruler, tabsWidthOf(d->views), from};
@@ -379,7 +376,7 @@ int TextDocument::nextWrapPos(int line, int width, int from)
 
 int TextDocument::documentHeight() const
 {
-    return d->view ? d->view->linePosition(lastLine()) + d->view->fontHeight() : 0;
+    return d->view ? d->view->linePosition(lastLine() + 1) : 0;
 }
 
 QString TextDocument::html(int line)
@@ -440,8 +437,7 @@ QString TextDocument::currentWord() const
 {
     if (!d->view)
         return QString();
-    const EditorCursor *cursor = d->view->cursor();
-    return wordIn(cursor->line(), cursor->column() - 1, nullptr, nullptr);
+    return wordIn(d->view->cursorPosition() - QPoint(1, 0), nullptr, nullptr);
 }
 
 } // namespace zvwidgets

@@ -2,9 +2,7 @@
 
 #include "qtundo/src/qtundo.h"
 #include "zvwidgets/zveditor/document/hiddenregions.h"
-#include "zvwidgets/zveditor/editorcursor.h"
-#include "zvwidgets/zveditor/textdoc.h"
-#include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zveditor/document/textdoc_p.h"
 
 #include <algorithm>
 #include <limits>
@@ -331,8 +329,8 @@ void TextFolding::Private::forget()
 /// Keeps the cursor out of hidden text.
 void TextFolding::Private::placeCursor(int line) const
 {
-    if (TextView *const view = doc->activeView())
-        view->cursor()->set(line, 0, true);
+    if (DocumentView *const view = doc->d->view)
+        view->moveCursorToLine(line);
 }
 
 TextFolding::TextFolding(TextDocument *doc) : QObject(doc), d(std::make_unique<Private>(doc))
@@ -508,11 +506,8 @@ void TextFolding::update() const
 
 void TextFolding::repaintViews() const
 {
-    const QList<TextView *> views = d->doc->views();
-    for (TextView *const view : views) {
-        view->update();
-        view->repaintMargins();
-    }
+    for (DocumentView *const view : std::as_const(d->doc->d->views))
+        view->repaintAll();
 }
 
 void TextFolding::ensureLineVisible(int line)

@@ -1,6 +1,5 @@
 #include "zvwidgets/zveditor/textmanager.h"
 
-#include "zvwidgets/zveditor/document/fontglyphs.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/highlightmanager.h"
 #include "zvwidgets/zveditor/textdoc.h"
@@ -8,8 +7,6 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QApplication>
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -17,52 +14,12 @@
 
 namespace zvwidgets {
 
-namespace {
-
-constexpr int variants = 4;
-constexpr int italicBit = 1;
-constexpr int boldBit = 2;
-
-/// Without these advances are fractions that depend on the neighbour, and no sum
-/// of them finds a column again.
-void setWholeAdvances(QFont *f)
-{
-    f->setKerning(false);
-    f->setHintingPreference(QFont::PreferFullHinting);
-}
-
-/// As it is drawn, so that asking loads no other font than the one in use. A
-/// family that is unknown needs no loading at all, which takes a millisecond.
-bool isInstalled(QFont f)
-{
-    setWholeAdvances(&f);
-    return QFontDatabase::hasFamily(f.family()) && QFontInfo(f).exactMatch();
-}
-
-/// Of a family that is not there the toolkit would make a proportional one.
-QFont withFixedFallback(QFont f)
-{
-    if (!isInstalled(f)) {
-        f.setStyleHint(QFont::TypeWriter);
-        f.setFixedPitch(true);
-    }
-    return f;
-}
-
-} // namespace
-
 struct TextEditorManager::Private
 {
     void tagDocuments() const;
-    void makeFonts();
 
     QList<TextEditor *> editors;
     QList<TextDocument *> documents;
-    QFont fnt;
-    FontData fonts[variants];
-    /// False: the fonts are those before fnt.
-    bool areFontsMade = false;
-    int tabWidth = 8;
     QMap<int, QStringList> addedCompleteWords;
     std::unique_ptr<QPrinter> printer;
 };
@@ -73,34 +30,6 @@ void TextEditorManager::Private::tagDocuments() const
         doc->tagAll();
         doc->updateViews();
     }
-}
-
-/// Loading fonts takes milliseconds, and the program sets one before it shows a text
-/// in another.
-void TextEditorManager::Private::makeFonts()
-{
-    if (areFontsMade)
-        return;
-    areFontsMade = true;
-    const QFont base = withFixedFallback(fnt);
-    for (int i = 0; i < variants; ++i)
-        fonts[i].set(base, i & boldBit, i & italicBit);
-}
-
-FontData::FontData() = default;
-FontData::~FontData() = default;
-
-void FontData::set(const QFont &f, bool bold, bool italic)
-{
-    font = std::make_unique<QFont>(f);
-    font->setBold(bold);
-    font->setItalic(italic);
-    setWholeAdvances(font.get());
-    fm = std::make_unique<QFontMetrics>(*font);
-    glyphs = std::make_unique<FontGlyphs>(*font);
-    width = fm->horizontalAdvance(QLatin1Char('W'));
-    if (fm->horizontalAdvance(QLatin1Char('i')) != width)
-        width = -1;
 }
 
 TextEditorManager::TextEditorManager()
@@ -206,14 +135,9 @@ void TextEditorManager::updateMarginsState()
         editor->view()->updateMarginsState();
 }
 
-int TextEditorManager::tabWidth() const
-{
-    return d->tabWidth;
-}
-
 void TextEditorManager::setTabWidth(int width)
 {
-    d->tabWidth = width;
+    wantedTabWidth = width;
     for (TextDocument *doc : std::as_const(d->documents))
         doc->setSpacesInTab(width);
 }
@@ -239,46 +163,11 @@ void TextEditorManager::updateHighlight()
     }
 }
 
-QFont &TextEditorManager::font()
-{
-    return d->fnt;
-}
-
-QFont &TextEditorManager::font(int i)
-{
-    d->makeFonts();
-    return *d->fonts[i].font;
-}
-
 void TextEditorManager::setFont(const QFont &f)
 {
-    d->fnt = f;
-    d->areFontsMade = false;
+    replaceFont(f);
     for (TextDocument *doc : std::as_const(d->documents))
         doc->updateFontData();
-}
-
-const FontData &TextEditorManager::fontData(int i) const
-{
-    d->makeFonts();
-    return d->fonts[i];
-}
-
-int TextEditorManager::width(int i, QChar c) const
-{
-    const FontData &data = fontData(i);
-    return data.width >= 0 ? data.width : data.glyphs->of(c).advance;
-}
-
-int TextEditorManager::width(int i, const QString &s) const
-{
-    const FontData &data = fontData(i);
-    if (data.width >= 0)
-        return int(s.length()) * data.width;
-    int sum = 0;
-    for (const QChar c : s)
-        sum += data.glyphs->of(c).advance;
-    return sum;
 }
 
 bool TextEditorManager::setupPrinter()

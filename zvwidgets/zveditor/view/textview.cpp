@@ -271,6 +271,34 @@ void TextView::repaintMargins()
     d->foldingMargin->update();
 }
 
+void TextView::repaintAll()
+{
+    update();
+    repaintMargins();
+}
+
+QPoint TextView::cursorPosition() const
+{
+    return d->cursor->pos();
+}
+
+void TextView::moveCursorToLine(int line)
+{
+    d->cursor->set(line, 0, true);
+}
+
+void TextView::notify(Notice notice)
+{
+    switch (notice) {
+    case Notice::Modification:
+        d->editor->notifyChange(TextEditor::Modification);
+        break;
+    case Notice::UndoRedo:
+        d->editor->notifyChange(TextEditor::UndoRedo);
+        break;
+    }
+}
+
 void TextView::updateFontData()
 {
     const int topLine = d->fontHeight > 0 ? d->yPos / d->fontHeight : 0;
