@@ -192,6 +192,9 @@ void TestTextEditor::find_data()
         Plain, {34, 0});
     row("whole word goes on in the line", "foobar _foo foo", cursorAt4, "foo", WholeWord, {12, 0});
     row("whole word at both ends", "foo", cursorAt4, "foo", WholeWord, {0, 0});
+    // U+1F480 ends in the unit that stands for the byte 80.
+    row("the unit of a byte is no half of a pair", u"\U0001F480\xDC80"_s, cursorAt4, u"\xDC80"_s,
+        Plain, {2, 0});
     row("no whole word", "foo1 2foo", cursorAt4, "foo", WholeWord, nowhere);
     row("cursor behind the line's end", "foo\nfoo", selection(0, 9, 0, 9), "foo", FromCursor,
         {0, 1});

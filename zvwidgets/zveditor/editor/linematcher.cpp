@@ -1,5 +1,7 @@
 #include "zvwidgets/zveditor/editor/linematcher.h"
 
+#include "zvwidgets/zveditor/document/columns.h"
+
 namespace zvwidgets {
 
 namespace {
@@ -13,6 +15,12 @@ bool isBoundary(QChar c)
     const bool word = (u >= u'0' && u <= u'9') || (u >= u'a' && u <= u'z') ||
                       (u >= u'A' && u <= u'Z') || u == u'_';
     return !word;
+}
+
+// Such a text holds the unit of an undecodable byte, which half of a pair may equal.
+bool startsOrEndsInPair(QStringView text)
+{
+    return !text.isEmpty() && (text.front().isLowSurrogate() || text.back().isHighSurrogate());
 }
 
 TextPattern patternOf(const SearchTerms &terms)
@@ -30,6 +38,7 @@ TextPattern patternOf(const SearchTerms &terms)
 LineMatcher::LineMatcher(const SearchTerms &terms, PatternBudget *spending)
     : kind(terms.kind)
     , whole(terms.wholeWord && terms.kind == SearchTerms::Kind::Text)
+    , beginsOrEndsInPair(startsOrEndsInPair(terms.text))
     , literal(terms.text, terms.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive)
     , budget(spending)
     , search(patternOf(terms), spending)
@@ -65,10 +74,20 @@ int LineMatcher::findExpression(int from, EmptyAtStart empty, int *length)
 int LineMatcher::findText(int from) const
 {
     auto column = int(literal.indexIn(text, from));
-    while (column >= 0 && whole && !isWholeWord(column))
-        column = int(literal.indexIn(text, column + literal.length()));
+    while (column >= 0) {
+        const bool parts = partsPair(column);
+        if (!parts && (!whole || isWholeWord(column)))
+            break;
+        column = int(literal.indexIn(text, column + (parts ? 1 : literal.length())));
+    }
     const int passed = (column < 0 ? int(text.size()) : column) - from;
     return budget->spend(1 + passed / unitsInStep) ? column : -1;
+}
+
+bool LineMatcher::partsPair(int column) const
+{
+    return beginsOrEndsInPair &&
+           (splitsPair(text, column) || splitsPair(text, column + literal.length()));
 }
 
 bool LineMatcher::isWholeWord(int column) const

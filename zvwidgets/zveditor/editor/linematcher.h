@@ -65,9 +65,11 @@ private:
     int findExpression(int from, EmptyAtStart empty, int *length);
     int findText(int from) const;
     bool isWholeWord(int column) const;
+    bool partsPair(int column) const;
 
     const SearchTerms::Kind kind;
     const bool whole;
+    const bool beginsOrEndsInPair; ///< of the text: with a half that may be one of a pair
     const LiteralSearch literal;
     PatternBudget *const budget;
     PatternSearch search;
