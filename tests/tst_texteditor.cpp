@@ -55,6 +55,7 @@ private slots:
     void replaceInSelection();
     void goneSelectionIsNotSearched_data();
     void goneSelectionIsNotSearched();
+    void replacesWhatIsSelectedByNow();
     void findNextRepeatsExpressions();
     void replaceRestIsReplacingOneByOne_data();
     void replaceRestIsReplacingOneByOne();
@@ -314,7 +315,8 @@ void TestTextEditor::replaceInSelection_data()
     row("stream, by lines", "a a\na\na a", "a", "b\nb", 1, 1, Plain, "a b\nb\nb\nb\nb\nb a");
     row("stream, the last line longer", "\n\na a a", "a", "bb", 0, 3, Plain, "\n\nbb bb a");
     row("stream, the last line shorter", "\n\naa aa aa", "aa", "b", 0, 5, Plain, "\n\nb b aa");
-    row("box, longer", "aaaa\naaaa\naaaa", "a", "bb", 1, 3, Box, "abbbba\nabbbba\nabbbba");
+    row("stream, none in the last line", "a\na\nb a", "a", "b", 0, 1, Plain, "b\nb\nb a");
+    row("box, longer", "aaaaa\naaaaa\naaaaa", "a", "bb", 1, 4, Box, "abbbbbba\nabbbbbba\nabbbbbba");
     row("box, shorter", "aaaa\naaaa\naaaa", "aa", "b", 1, 3, Box, "aba\naba\naba");
     row("box, by lines", "aaa\naaa\naaa", "aa", "b\nc", 1, 3, Box, "ab\nc\nab\nc\nab\nc");
 }
@@ -354,23 +356,40 @@ void TestTextEditor::replaceInSelection()
 
 void TestTextEditor::goneSelectionIsNotSearched_data()
 {
-    const Rows<int> row("key");
-    row("edit", Qt::Key_X);
-    row("cursor move", Qt::Key_Left);
+    const Rows<int, bool> row("key", "isNext");
+    row("edit", Qt::Key_X, true);
+    row("cursor move", Qt::Key_Left, true);
+    row("edit, the same search", Qt::Key_X, false);
+    row("cursor move, the same search", Qt::Key_Left, false);
 }
 
 void TestTextEditor::goneSelectionIsNotSearched()
 {
     QFETCH(const int, key);
+    QFETCH(const bool, isNext);
     editor->setText(u"a a\na\na a"_s);
     select(0, 0, 2, 1);
     QVERIFY(find(u"a"_s, InSelection));
     QVERIFY(editor->findNext());
     QTest::keyClick(view, Qt::Key(key));
-    QVERIFY(!editor->findNext());
-    QVERIFY(!find(u"a"_s, InSelection | FromCursor));
+    QVERIFY(isNext ? !editor->findNext() : !find(u"a"_s, InSelection | FromCursor));
     editor->replaceRest(u"b"_s);
     QVERIFY(!editor->text().contains(u'b'));
+}
+
+void TestTextEditor::replacesWhatIsSelectedByNow()
+{
+    manager->fOvr = true;
+    editor->setText(u"foo bar foo"_s);
+    QVERIFY(find(u"foo"_s, Plain));
+    select(0, 4, 0, 7);
+    QCOMPARE(editor->replaceRest(u"x"_s), 0);
+    editor->replaceFound(u"x"_s);
+    QCOMPARE(editor->text(), u"foo x foo"_s);
+    QVERIFY(editor->findNext());
+    editor->replaceFound(u"y"_s);
+    QCOMPARE(editor->replaceRest(u"z"_s), 0);
+    QCOMPARE(editor->text(), u"foo x y"_s);
 }
 
 void TestTextEditor::findNextRepeatsExpressions()
@@ -388,16 +407,17 @@ void TestTextEditor::findNextRepeatsExpressions()
 /// Replacing goes on with the line that it has made so far, as if each were replaced alone.
 void TestTextEditor::replaceRestIsReplacingOneByOne_data()
 {
-    const Rows<QString, QString, QString> row("text", "pattern", "by");
-    row("start of the line again", "aaab\naab", "^a", "");
-    row("start of the line no more", "aaab\naab", "^a", "x");
-    row("start of a line made", "aab", "^a", "x\n");
-    row("word bounds of what was put in", "foofoo foo", "\\bfoo", "-");
-    row("no word bounds there", "foofoo foo", "\\bfoo", "x");
-    row("nothing in many places", "bxbx\n\nxx", "x*", "-");
-    row("nothing by lines", "ab\n", "$|^", "1\n2");
-    row("pairs", "\U0001F600b \U0001F600", "[^x]b|.$", "#");
-    row("pairs and nothing", "\U0001F600b \U0001F600", "x*", "#");
+    const Rows<QString, QString, QString, bool> row("text", "pattern", "by", "isWord");
+    row("start of the line again", "aaab\naab", "^a", "", false);
+    row("start of the line no more", "aaab\naab", "^a", "x", false);
+    row("start of a line made", "aab", "^a", "x\n", false);
+    row("word bounds of what was put in", "foofoo foo", "\\bfoo", "-", false);
+    row("no word bounds there", "foofoo foo", "\\bfoo", "x", false);
+    row("nothing in many places", "bxbx\n\nxx", "x*", "-", false);
+    row("nothing by lines", "ab\n", "$|^", "1\n2", false);
+    row("word at the start of a line made", "-a-a", "-a", "x\n", true);
+    row("pairs", "\U0001F600b \U0001F600", "[^x]b|.$", "#", false);
+    row("pairs and nothing", "\U0001F600b \U0001F600", "x*", "#", false);
 }
 
 void TestTextEditor::replaceRestIsReplacingOneByOne()
@@ -405,8 +425,12 @@ void TestTextEditor::replaceRestIsReplacingOneByOne()
     QFETCH(const QString, text);
     QFETCH(const QString, pattern);
     QFETCH(const QString, by);
-    editor->setText(text);
-    bool found = editor->findRegexp(pattern, true, false, false);
+    QFETCH(const bool, isWord);
+    const auto search = [&] {
+        editor->setText(text);
+        return isWord ? find(pattern, WholeWord) : editor->findRegexp(pattern, true, false, false);
+    };
+    bool found = search();
     for (int i = 0; found && i < 50; ++i) {
         editor->replaceFound(by);
         found = editor->findNext();
@@ -416,8 +440,7 @@ void TestTextEditor::replaceRestIsReplacingOneByOne()
     QVERIFY(expected != text);
     QCOMPARE(expected.toUtf8(), QString::fromUtf8(expected.toUtf8()).toUtf8());
     QVERIFY(!expected.toUtf8().contains("\xef\xbf\xbd"));
-    editor->setText(text);
-    QVERIFY(editor->findRegexp(pattern, true, false, false));
+    QVERIFY(search());
     QVERIFY(editor->replaceRest(by) > 0);
     QCOMPARE(editor->text(), expected);
 }
@@ -437,7 +460,12 @@ void TestTextEditor::replacingStops()
     QCOMPARE(editor->text(), u"y y\ny\n"_s + costly + u"\nx"_s);
     doc->undoStack()->undo();
     QCOMPARE(editor->text(), u"x x\nx\n"_s + costly + u"\nx"_s);
+
+    editor->setText(QString(300'000, u'\n') + u'x');
+    editor->setSearchWatch([](int done, int) { return done < 200'000; });
+    QVERIFY(!find(u"x"_s, Plain));
     editor->setSearchWatch({});
+    QVERIFY(find(u"x"_s, Plain));
 }
 
 void TestTextEditor::replaceAllIsOneStep()
@@ -453,6 +481,8 @@ void TestTextEditor::replaceAllIsOneStep()
     // Tabs become blanks up to the stop, and nothing is written over.
     QCOMPARE(editor->text(), u"a   b   c\n1   2"_s);
     QCOMPARE(view->cursor()->pos(), QPoint(4, 1));
+    QCOMPARE(editor->replaceAll(u"2"_s, u"x\n\ty"_s, false, false, false), 1);
+    QCOMPARE(editor->text(), u"a   b   c\n1   x\n    y"_s);
 }
 
 void TestTextEditor::replaceAllKeepsReadOnlyText()

@@ -187,6 +187,11 @@ void TestTextFile::roundTrip_data()
         u"\xDCE2\xDC82|\xDCF0\xDC9F\xDC98\u00e9\xDCE2\xDC82");
     row("overlong, surrogate, too large in utf-8", "\xC0\x80\xED\xA0\x80\xF4\x90\x80\x80\xC3\xA9",
         utf8, false, u"\xDCC0\xDC80\xDCED\xDCA0\xDC80\xDCF4\xDC90\xDC80\xDC80\u00e9");
+    row("overlong with a lead that may start a character", "\xE0\x9F\xBF\xF0\x8F\xBF\xBF\xC3\xA9",
+        utf8, false, u"\xDCE0\xDC9F\xDCBF\xDCF0\xDC8F\xDCBF\xDCBF\u00e9");
+    row("characters beside an invalid byte",
+        "\xE0\xA0\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF\xF0\x9F\x92\x80\xFF", utf8, false,
+        u"\u0800\uD7FF\U0010FFFF\U0001F480\xDCFF");
 }
 
 // Every case is also read with its first bytes at the borders of the pieces that
@@ -263,7 +268,8 @@ void TestTextFile::randomBytes()
 void TestTextFile::tenMegabyteLine()
 {
     QByteArray bytes = QByteArray("\xC3\xA9").repeated(2'500'000) + QByteArray(5'000'000, 'x');
-    bytes += "\nshort\n" + QByteArray(100'000, 'y');
+    // No piece that is written may end within a pair.
+    bytes += "\nshort\ny" + QByteArray("\xF0\x9F\x98\x80").repeated(100'000);
     Text text;
     QVERIFY(readFrom(bytes, &text));
     QCOMPARE(text.lines.size(), 3);
