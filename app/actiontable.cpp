@@ -36,6 +36,8 @@ void addActions(QObject *receiver, std::span<const ActionRow> rows, Labels label
                                   row.key.toCombined(), receiver, row.slot);
         if (row.icon)
             action->setIcon(Utils::iconSet(QString::fromLatin1(row.icon)));
+        if (!row.group)
+            continue;
         ActionGroup *const group = Shell::self()->actionGroup(QString::fromLatin1(row.group));
         if (row.separator == ActionRow::Separator::Before)
             group->addSeparator();

@@ -29,7 +29,7 @@ struct ActionRow
     const char *slot;
     /// Null for none.
     const char *icon;
-    /// The path of a group of the shell.
+    /// The path of a group of the shell; null for none.
     const char *group;
     Separator separator = Separator::None;
 };

@@ -3,6 +3,7 @@
 #include "app/editors/editors.h"
 #include "app/editors/editorstab.h"
 #include "app/messages/messageoutput.h"
+#include "app/project/project.h"
 #include "app/search/searchmanager.h"
 #include "app/shell.h"
 
@@ -46,6 +47,8 @@ void Components::openArguments()
 
 void Components::makePanels()
 {
+    project.reset(Project::self());
+    window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
     messages.reset(MessageOutput::self());
     search.reset(SearchManager::self());
 }

@@ -9,6 +9,7 @@ namespace vesk {
 class Editors;
 class EditorsTab;
 class MessageOutput;
+class Project;
 class SearchManager;
 class Shell;
 
@@ -38,6 +39,7 @@ private:
     std::unique_ptr<Shell> window;
     std::unique_ptr<Editors> editors;
     std::unique_ptr<EditorsTab> tabs;
+    std::unique_ptr<Project> project;
     std::unique_ptr<MessageOutput> messages;
     std::unique_ptr<SearchManager> search;
 };
