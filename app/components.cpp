@@ -4,6 +4,7 @@
 #include "app/editors/editorstab.h"
 #include "app/messages/messageoutput.h"
 #include "app/project/project.h"
+#include "app/runmake.h"
 #include "app/search/searchmanager.h"
 #include "app/shell.h"
 
@@ -51,6 +52,7 @@ void Components::makePanels()
     window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
     messages.reset(MessageOutput::self());
     search.reset(SearchManager::self());
+    runMake.reset(RunMake::self());
 }
 
 } // namespace vesk

@@ -10,6 +10,7 @@ class Editors;
 class EditorsTab;
 class MessageOutput;
 class Project;
+class RunMake;
 class SearchManager;
 class Shell;
 
@@ -42,6 +43,7 @@ private:
     std::unique_ptr<Project> project;
     std::unique_ptr<MessageOutput> messages;
     std::unique_ptr<SearchManager> search;
+    std::unique_ptr<RunMake> runMake;
 };
 
 } // namespace vesk

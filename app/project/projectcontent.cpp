@@ -15,7 +15,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QInputDialog>
-#include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
@@ -81,8 +80,6 @@ bool deleteFromDisk(const QString &path)
     const QFileInfo info(path);
     if (info.isDir() && !info.isSymLink())
         return false;
-    // The toolkit makes the trash, but not the folder it is in.
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     return QFile::moveToTrash(path) || QFile::remove(path);
 }
 
@@ -265,26 +262,24 @@ QStringList Project::askFiles()
 /// of all that are there now.
 QStringList Project::bringTo(const QString &dest, const QStringList &files)
 {
-    const QDir folder(dirPath() + dest);
-    QStringList names;
+    const QString folder = dirPath() + dest;
     QStringList foreign;
     for (const QString &file : files) {
-        const QFileInfo info(file);
-        if (isSameFolder(info.absolutePath(), folder.path()))
-            names.append(info.fileName());
-        else if (info.exists())
+        if (!isSameFolder(QFileInfo(file).absolutePath(), folder))
             foreign.append(file);
-        else
-            Message::information(tr("Error"), tr("Can't copy file:\n'%1'").arg(file));
     }
-    if (foreign.isEmpty() || !mayWriteTo(folder.filePath(u"name"_s)))
-        return names;
-    // It asks about what is there already, and tells what fails.
-    zvwidgets::FileOperator::self()->copy(foreign, folder.path());
-    for (const QString &file : std::as_const(foreign)) {
+    const bool mayCopy = foreign.isEmpty() || mayWriteTo(QDir(folder).filePath(u"name"_s));
+    if (!foreign.isEmpty() && mayCopy)
+        zvwidgets::FileOperator::self()->copy(foreign, folder);
+    QStringList names;
+    for (const QString &file : files) {
         const QString name = QFileInfo(file).fileName();
-        if (folder.exists(name))
+        const bool isHere =
+            !foreign.contains(file) || (mayCopy && QFileInfo::exists(QDir(folder).filePath(name)));
+        if (isHere)
             names.append(name);
+        else if (mayCopy)
+            Message::information(tr("Error"), tr("Can't copy file:\n'%1'").arg(file));
     }
     return names;
 }

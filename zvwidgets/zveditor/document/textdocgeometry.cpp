@@ -1,8 +1,7 @@
+#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/textattribute.h"
-#include "zvwidgets/zveditor/pattern/columns.h"
-#include "zvwidgets/zveditor/pattern/words.h"
 
 #include <QColor>
 
@@ -235,18 +234,27 @@ private:
 
 void appendRun(QString &html, QStringView run, int spacesInTab)
 {
-    // The stops are those of the text before signs are escaped.
-    int visual = 0;
+    qsizetype column = 0;
     for (const QChar character : run) {
-        const int next = visualColumnAfter(visual, character, spacesInTab);
-        if (character == tab)
-            html.append(QString(next - visual, QLatin1Char(' ')));
-        else if (character == QLatin1Char('<'))
+        if (character == tab) {
+            const qsizetype blanks = spacesInTab - column % spacesInTab;
+            html.append(QString(blanks, QLatin1Char(' ')));
+            column += blanks;
+            continue;
+        }
+        if (character == QLatin1Char('<'))
             html.append(QLatin1String("&lt;"));
         else
             html.append(character);
-        visual = next;
+        // The stops are those of the text as it is being replaced, with its
+        // tabs already blanks but no sign escaped yet.
+        ++column;
     }
+}
+
+bool isWordOrDollar(QChar character)
+{
+    return isWordCharacter(character) || character == QLatin1Char('$');
 }
 
 bool isOther(QChar character)
@@ -407,7 +415,7 @@ QString TextDocument::wordIn(int line, int column, int *start, int *end) const
     const auto isInside = [&text](int position, bool (*kind)(QChar)) {
         return position >= 0 && position < text.size() && kind(text[position]);
     };
-    const auto kind = isInside(column, isNameCharacter) ? isNameCharacter : isOther;
+    const auto kind = isInside(column, isWordOrDollar) ? isWordOrDollar : isOther;
     const bool found = isInside(column, kind);
     while (found && isInside(first - 1, kind))
         --first;

@@ -1,6 +1,5 @@
 #include "zvwidgets/zveditor/editor/linereplacer.h"
 
-#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textline.h"
 
@@ -68,7 +67,7 @@ int LineReplacer::replaceIn(int line, LineMatcher *matcher, int from, int limit,
 
 void LineReplacer::advance(QChar c)
 {
-    visual = visualColumnAfter(visual, c, doc->spacesInTab());
+    visual += c == tab ? doc->spacesInTab() - visual % doc->spacesInTab() : 1;
 }
 
 void LineReplacer::append(QString *out, QStringView text)

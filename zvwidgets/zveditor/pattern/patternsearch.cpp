@@ -1,6 +1,5 @@
 #include "zvwidgets/zveditor/pattern/patternsearch.h"
 
-#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/pattern/patternmachine.h"
 #include "zvwidgets/zveditor/pattern/unitscan.h"
 
@@ -41,7 +40,8 @@ void PatternSearch::setText(QStringView text)
 
 bool PatternSearch::isInsidePair(int column) const
 {
-    return splitsPair(QStringView(units + begin, units + end), column - begin);
+    return column > begin && column < end && QChar::isLowSurrogate(units[column]) &&
+           QChar::isHighSurrogate(units[column - 1]);
 }
 
 int PatternSearch::find(int from, int *length, int limit)
