@@ -110,8 +110,13 @@ void Project::createPanels()
     shell->leftDock()->addWidget(d->recent);
     connect(d->recent, &RecentProjects::chosen, this, &Project::load);
 
-    connect(d->view, &DomListView::doubleClick, this, &Project::openFile);
-    connect(d->view, &DomListView::returnPressed, this, &Project::openFile);
+    // Without an item nothing is meant, not the current one.
+    const auto openNode = [this](const QDomNode &node) {
+        if (!node.isNull())
+            openFile();
+    };
+    connect(d->view, &DomListView::doubleClick, this, openNode);
+    connect(d->view, &DomListView::returnPressed, this, openNode);
     connect(d->view, &DomListView::itemSelectionChanged, this, &Project::selectionChangedInternal);
     connect(d->view, &DomListView::setNodeOpen, this, &Project::setNodeOpen);
 }
