@@ -1,7 +1,7 @@
 #include "tests/faults/faults.h"
 #include "tests/filetree.h"
 #include "tests/testing.h"
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
 
 #include <QDir>

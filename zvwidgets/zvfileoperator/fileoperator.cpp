@@ -1,7 +1,7 @@
 #include "zvwidgets/zvfileoperator/fileoperator.h"
 
 #include "zvwidgets/utils.h"
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatordialog.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
 

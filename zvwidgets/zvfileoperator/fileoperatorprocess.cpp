@@ -1,7 +1,7 @@
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
 
 #include "zvwidgets/zvfileoperator/fileattributes.h"
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 #include <algorithm>
 #include <cstdio>

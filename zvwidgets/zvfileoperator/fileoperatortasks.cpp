@@ -1,4 +1,4 @@
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "zvwidgets/zvfileoperator/folderhandles.h"
 
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 #include <fcntl.h>
 

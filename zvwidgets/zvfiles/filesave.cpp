@@ -1,11 +1,11 @@
 #include "zvwidgets/zvfiles/filesave.h"
 
 #include "zvwidgets/zvfiles/fileattributes.h"
+#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfiles/keptcopies.h"
 #include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QIODevice>
 
 #include <algorithm>
@@ -174,7 +174,7 @@ bool overwriteFile(const QByteArray &path, const WriteContent &write, QString *e
 
 bool saveContent(const QString &path, const WriteContent &write, QString *error)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = encodedPath(path);
     struct stat old = {};
     const bool exists = retried([&] { return ::lstat(name.constData(), &old); }) == 0;
     if (!exists && errno != ENOENT) {

@@ -65,6 +65,14 @@ OpenFile::~OpenFile()
         ::close(file);
 }
 
+FileKind kindOf(const QByteArray &path)
+{
+    struct stat info = {};
+    if (retried([&] { return ::stat(path.constData(), &info); }) != 0)
+        return FileKind::Missing;
+    return S_ISREG(info.st_mode) ? FileKind::Regular : FileKind::Other;
+}
+
 OpenFile OpenFile::open(const QByteArray &path, int flags, mode_t mode)
 {
     return OpenFile(retried([&] { return ::open(path.constData(), flags | O_CLOEXEC, mode); }));

@@ -23,6 +23,15 @@ auto retried(const Call &call)
 /// What the system says of errno \a number.
 QString systemError(int number);
 
+enum class FileKind
+{
+    Missing,
+    Regular,
+    Other
+};
+/// What there is at \a path; links are followed.
+FileKind kindOf(const QByteArray &path);
+
 /// An open file, closed with this object.
 class OpenFile
 {

@@ -10,6 +10,8 @@
 #include "zvwidgets/zveditor/textline.h"
 #include "zvwidgets/zveditor/textmanager.h"
 #include "zvwidgets/zveditor/textview.h"
+#include "zvwidgets/zvfiles/filenames.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -22,8 +24,11 @@
 
 #include <algorithm>
 
+using zvwidgets::encodedPath;
+using zvwidgets::FileKind;
 using zvwidgets::FolderInfo;
 using zvwidgets::FoldersState;
+using zvwidgets::kindOf;
 using zvwidgets::TextDocument;
 using zvwidgets::TextEditor;
 using zvwidgets::TextEditorManager;
@@ -257,7 +262,7 @@ QString ZVEditor::selection() const
 bool ZVEditor::open(const QString &url)
 {
     setErrorString(QString());
-    if (!QFileInfo::exists(url)) {
+    if (kindOf(encodedPath(url)) == FileKind::Missing) {
         setErrorString(tr("No such file"));
         Message::critical(tr("Error"), tr("Can not open file\n%1\n").arg(url), tr("Ok"));
         return false;
@@ -275,7 +280,7 @@ bool ZVEditor::open(const QString &url)
 bool ZVEditor::load(const QString &url)
 {
     // Reading a pipe or a device might never end.
-    if (!QFileInfo(url).isFile()) {
+    if (kindOf(encodedPath(url)) != FileKind::Regular) {
         setErrorString(tr("Not a regular file"));
         return false;
     }

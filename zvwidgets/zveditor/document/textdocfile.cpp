@@ -2,9 +2,10 @@
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/highlightdefinition.h"
 #include "zvwidgets/zveditor/highlight/highlightscanner.h"
+#include "zvwidgets/zvfiles/filenames.h"
+#include "zvwidgets/zvfiles/posixfile.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTextStream>
 
 #include <memory>
@@ -108,12 +109,15 @@ bool TextDocument::load(QIODevice &device, QStringConverter::Encoding wish, QStr
 
 bool TextDocument::loadFile(const QString &path, QStringConverter::Encoding wish, QString *error)
 {
-    QFile file(path);
+    const QByteArray name = encodedPath(path);
     // Opening a pipe would wait for somebody to write to it.
-    const bool isOther = QFileInfo::exists(path) && !QFileInfo(path).isFile();
-    if (isOther || !file.open(QIODevice::ReadOnly)) {
+    const bool isOther = kindOf(name) == FileKind::Other;
+    const OpenFile opened = isOther ? OpenFile() : OpenFile::open(name, O_RDONLY);
+    const QString reason = isOther ? tr("Not a regular file") : systemError(errno);
+    QFile file;
+    if (!opened || !file.open(opened.descriptor(), QIODevice::ReadOnly)) {
         if (error)
-            *error = isOther ? tr("Not a regular file") : file.errorString();
+            *error = opened ? file.errorString() : reason;
         return false;
     }
     return load(file, wish, error);

@@ -2,13 +2,15 @@
 #include "zvwidgets/zveditor/lines/keptbytes.h"
 #include "zvwidgets/zveditor/lines/textfile.h"
 #include "zvwidgets/zveditor/lines/textlinearray.h"
+#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfiles/filesave.h"
 #include "zvwidgets/zvfiles/posixfile.h"
 
-#include <QFileInfo>
 #include <QIODevice>
 
 #include <algorithm>
+#include <climits>
+#include <unistd.h>
 
 namespace zvwidgets {
 
@@ -167,13 +169,16 @@ bool writeLines(QIODevice &device, const TextLineArray &lines, const TextFormat 
 
 // The name of the file that \a path stands for, also if that file doesn't exist
 // yet. Empty if links go round in a circle.
-QString resolved(QString path)
+QString resolved(const QString &path)
 {
+    QByteArray name = encodedPath(path);
+    QByteArray target(PATH_MAX, Qt::Uninitialized);
     for (int links = 0; links < 40; ++links) {
-        const QFileInfo info(path);
-        if (!info.isSymLink())
-            return path;
-        path = info.symLinkTarget();
+        const ssize_t length = ::readlink(name.constData(), target.data(), size_t(target.size()));
+        if (length < 0)
+            return decodedPath(name);
+        const QByteArray leads = target.first(length);
+        name = leads.startsWith('/') ? leads : folderOf(name) + leads;
     }
     return QString();
 }

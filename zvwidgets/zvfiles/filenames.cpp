@@ -1,4 +1,4 @@
-#include "zvwidgets/zvfileoperator/filenames.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 namespace zvwidgets {
 
