@@ -1,10 +1,14 @@
 #include "app/settings.h"
 
+#include "zvwidgets/zvfiles/filenames.h"
+
 #include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QLocale>
 #include <QStandardPaths>
+
+#include <algorithm>
 
 namespace vesk {
 
@@ -25,6 +29,8 @@ struct Settings::Private
     }
 
     static QString currentPath();
+    static QVariant stored(const QString &text);
+    static QString text(const QVariant &stored);
     static QVariant value(const QString &fullKey, bool *found);
     static bool setValue(const QString &fullKey, const QVariant &value);
     static void keepDamagedFile(const QString &path);
@@ -39,6 +45,19 @@ QString Settings::Private::currentPath()
         return fromEnvironment;
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            QStringLiteral("/vesk/vesk.ini");
+}
+
+/// The file is UTF-8. A path with units for bytes that are none is stored as its bytes.
+QVariant Settings::Private::stored(const QString &text)
+{
+    return text.isValidUtf16() ? QVariant(text) : QVariant(zvwidgets::encodedPath(text));
+}
+
+QString Settings::Private::text(const QVariant &stored)
+{
+    if (stored.metaType().id() == QMetaType::QByteArray)
+        return zvwidgets::decodedPath(stored.toByteArray());
+    return stored.toString();
 }
 
 // The first component stands for a file. All live in this one: "vesk" is dropped,
@@ -151,7 +170,14 @@ void Settings::setInstallPath(const QString &path)
 
 QStringList Settings::readList(const QString &k, bool *ok)
 {
-    return Private::value(keyPrefix() + k, ok).toStringList();
+    const QVariant value = Private::value(keyPrefix() + k, ok);
+    if (value.metaType().id() != QMetaType::QVariantList)
+        return value.toStringList();
+    QStringList texts;
+    const QVariantList parts = value.toList();
+    for (const QVariant &part : parts)
+        texts.append(Private::text(part));
+    return texts;
 }
 
 QStringList Settings::readList(const QString &k, const QChar &sep, bool *ok)
@@ -175,7 +201,7 @@ QString Settings::readFull(const QString &fullKey, const QString &def, bool *ok)
     // A comma that a user typed without quotes makes a list of a plain text.
     if (value.metaType().id() == QMetaType::QStringList)
         return value.toStringList().join(QLatin1Char(','));
-    return value.toString();
+    return Private::text(value);
 }
 
 int Settings::readNum(const QString &k, int def, bool *ok)
@@ -233,7 +259,12 @@ bool Settings::write(const QString &k, const QString &v)
 
 bool Settings::write(const QString &k, const QStringList &v)
 {
-    return Private::setValue(keyPrefix() + k, v);
+    if (std::all_of(v.cbegin(), v.cend(), [](const QString &text) { return text.isValidUtf16(); }))
+        return Private::setValue(keyPrefix() + k, v);
+    QVariantList parts;
+    for (const QString &text : v)
+        parts.append(Private::stored(text));
+    return Private::setValue(keyPrefix() + k, parts);
 }
 
 bool Settings::write(const QString &k, const QStringList &v, const QChar &sep)
@@ -243,7 +274,7 @@ bool Settings::write(const QString &k, const QStringList &v, const QChar &sep)
 
 bool Settings::writeFull(const QString &fullKey, const QString &v)
 {
-    return Private::setValue(fullKey, v);
+    return Private::setValue(fullKey, Private::stored(v));
 }
 
 bool Settings::remove(const QString &k)
