@@ -33,6 +33,8 @@ struct PanelInfo
     /// for the panel. The slot raises the panel with Shell::raisePanel().
     const char *slot;
     QObject *receiver = nullptr;
+    /// The button shows the label beside the icon.
+    bool usesTextLabel = false;
 };
 
 /// The main window: a frame of named places. Components put their actions into

@@ -246,6 +246,7 @@ Action *Shell::addPanel(Dock dock, QWidget *panel, const PanelInfo &info)
     actionGroup(QString::fromLatin1(traits.group))->add(action);
     action->setCheckable(true);
     action->setIcon(Utils::iconSet(QString::fromLatin1(info.icon)));
+    action->setUsesTextLabel(info.usesTextLabel);
     action->addTo(area.tab);
     area.stack->addWidget(panel, -1);
     connect(this, traits.raised, action, [action, panel, receiver](const QObject *raised) {
