@@ -1,10 +1,10 @@
 #include "app/components.h"
 
+#include "app/bookmarks/bookmarks.h"
 #include "app/editors/editors.h"
 #include "app/editors/editorstab.h"
+#include "app/explorer/explorerpanel.h"
 #include "app/messages/messageoutput.h"
-#include "app/project/project.h"
-#include "app/runmake.h"
 #include "app/search/searchmanager.h"
 #include "app/shell.h"
 
@@ -48,11 +48,10 @@ void Components::openArguments()
 
 void Components::makePanels()
 {
-    project.reset(Project::self());
-    window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
+    bookmarks.reset(Bookmarks::self());
+    explorer.reset(ExplorerPanel::self());
     messages.reset(MessageOutput::self());
     search.reset(SearchManager::self());
-    runMake.reset(RunMake::self());
 }
 
 } // namespace vesk

@@ -48,7 +48,6 @@ private:
     void init(const DomListView *owner);
     void applyIcon(const DomListView *owner);
     void removeVanished();
-    bool isComplete(const DomListView *owner) const;
     void addMissing(const DomListView *owner);
 };
 
