@@ -72,7 +72,6 @@ private slots:
     void leaving();
     void sessionComesBack();
     void manyFilesAreOneChange();
-    void factoryInstalledTwice();
     void namesAreTranslated();
     void neighboursWrapRound();
     void caption_data();
@@ -662,15 +661,6 @@ void TestEditors::manyFilesAreOneChange()
     QCOMPARE(editors()->current()->windowTitle(), u"c"_s);
     editors()->open(write(u"d"_s));
     QCOMPARE(spy.count(), 2);
-}
-
-void TestEditors::factoryInstalledTwice()
-{
-    auto *const factory = new ZVEditorFactory;
-    editors()->installEditorFactory(factory);
-    editors()->installEditorFactory(factory);
-    editors()->newEditor();
-    QCOMPARE(editors()->editors().size(), 2);
 }
 
 void TestEditors::namesAreTranslated()

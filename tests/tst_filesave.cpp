@@ -310,7 +310,6 @@ class TestFileSave : public QObject
 {
     Q_OBJECT
 private slots:
-    void saveReplacesWholeFile();
     void saveFollowsLinks();
     void saveKeepsRights();
     void attributes_data();
@@ -328,17 +327,6 @@ private slots:
     void faults_data();
     void faults();
 };
-
-void TestFileSave::saveReplacesWholeFile()
-{
-    const QTemporaryDir dir;
-    const QString path = dir.filePath(u"f"_s);
-    QVERIFY(save(path, "a much longer text\n"));
-    QCOMPARE(readFile(path), QByteArray("a much longer text\n"));
-    QVERIFY(save(path, "b"));
-    QCOMPARE(readFile(path), QByteArray("b"));
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"f"_s});
-}
 
 void TestFileSave::saveFollowsLinks()
 {

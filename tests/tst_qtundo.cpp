@@ -115,7 +115,6 @@ private slots:
     void macroRunsInOrder();
     void slotMayCallBack();
     void warnings();
-    void largeMacro();
     void managerFollowsTheFocus();
     void managerForgetsTheDead();
     void actions();
@@ -375,21 +374,6 @@ void TestQtUndo::warnings()
     static const QRegularExpression noEnd(u"^ASSERT: \"command != 0\" in qtundo.cpp "_s);
     QTest::ignoreMessage(QtWarningMsg, noEnd);
     QCOMPARE(stack->undoList().last(), u"open"_s);
-}
-
-void TestQtUndo::largeMacro()
-{
-    constexpr int commands = 300000;
-    SignalLog log(stack);
-    begin(u"macro"_s);
-    for (int i = 0; i < commands; ++i)
-        push(new Letter(&text, u'a'));
-    end();
-    QCOMPARE(text.size(), commands);
-    stack->undo();
-    QCOMPARE(text.size(), 0);
-    type(u"x"_s);
-    QCOMPARE(log.count(u"executed"_s), 3);
 }
 
 void TestQtUndo::managerFollowsTheFocus()

@@ -51,12 +51,9 @@ private slots:
     void otherProgramsSelection();
     void folds();
     void wrap();
-    void closingAChangedFile_data();
     void closingAChangedFile();
     void comesBackAsItWas();
     void findsAndGoesOn();
-    void replaces_data();
-    void replaces();
     void searchInFilesLeadsToTheLine();
 
 private:
@@ -252,49 +249,23 @@ void TestSession::wrap()
     SAVE_AND_COMPARE();
 }
 
-void TestSession::closingAChangedFile_data()
-{
-    const Rows<QString, QString, bool, bool, bool> row("close", "answer", "saved", "ends",
-                                                       "closed");
-    row("quit, Yes", "ctrl+q", "alt+y", true, true, true);
-    row("window's close, Cancel", "alt+F4", "Escape", false, false, false);
-    row("file's close, Yes", "ctrl+w", "alt+y", true, false, true);
-}
-
 void TestSession::closingAChangedFile()
 {
-    QFETCH(const QString, close);
-    QFETCH(const QString, answer);
-    QFETCH(const bool, saved);
-    QFETCH(const bool, ends);
-    QFETCH(const bool, closed);
-
     const QString path = session->write(u"small.txt"_s, "text");
     QVERIFY(session->start({path}));
     session->type(u"x"_s);
-    session->keys(close);
+    session->keys(u"alt+F4"_s);
     QVERIFY(XSession::waitForTitle(u"Warning"_s));
-    session->keys(answer);
-    if (ends) {
-        QVERIFY(session->waitForEnd());
-        QCOMPARE(readFile(path), QByteArray(saved ? "xtext" : "text"));
-        return;
-    }
-    QVERIFY(QTest::qWaitFor([] { return XSession::activeTitle() != QLatin1String("Warning"); },
-                            XSession::patience));
-    QVERIFY(session->isRunning());
-    COMPARE_FILE(path, QByteArray(saved ? "xtext" : "text"));
-    if (closed) {
-        QVERIFY(XSession::waitForTitle(u"Vesk"_s));
-        session->keys(u"ctrl+q"_s);
-        QVERIFY(session->waitForEnd());
-        return;
-    }
-    // What was typed is still there.
+    session->keys(u"Escape"_s);
     QVERIFY(XSession::waitForFile(u"small.txt"_s));
+    COMPARE_FILE(path, QByteArray("text"));
+    // What was typed is still there.
     session->type(u"y"_s);
-    save();
-    COMPARE_FILE(path, QByteArray("xytext"));
+    session->keys(u"ctrl+q"_s);
+    QVERIFY(XSession::waitForTitle(u"Warning"_s));
+    session->keys(u"alt+y"_s);
+    QVERIFY(session->waitForEnd());
+    QCOMPARE(readFile(path), QByteArray("xytext"));
 }
 
 void TestSession::comesBackAsItWas()
@@ -382,41 +353,6 @@ void TestSession::findsAndGoesOn()
     session->type(u"z"_s);
     lines.last() += "z";
     SAVE_AND_COMPARE();
-}
-
-void TestSession::replaces_data()
-{
-    const Rows<QString, QStringList, QByteArray> row("options", "answers", "after");
-    row("yes, no, yes, cancel", "", {u"alt+y"_s, u"alt+n"_s, u"alt+y"_s, u"alt+c"_s},
-        "1\none\n1\none");
-    row("closed at the second", "", {u"alt+y"_s, u"Escape"_s}, "1\none\none\none");
-}
-
-void TestSession::replaces()
-{
-    QFETCH(const QString, options);
-    QFETCH(const QStringList, answers);
-    QFETCH(const QByteArray, after);
-
-    const QString path = session->write(u"small.txt"_s, "one\none\none\none");
-    QVERIFY(session->start({path}));
-    const int top = XSession::currentLine().top();
-    session->keys(u"ctrl+r"_s);
-    QVERIFY(XSession::waitForTitle(u"Replace..."_s));
-    session->type(u"one"_s);
-    session->keys(u"Tab"_s);
-    session->type(u"1"_s);
-    session->keys(options + u" Return"_s);
-    for (int match = 0; match < answers.size(); ++match) {
-        // The same dialog comes up again for each match: its turn shows by the line.
-        const int y = top + match * session->lineHeight();
-        QTRY_COMPARE_WITH_TIMEOUT(XSession::currentLine().top(), y, XSession::patience);
-        QVERIFY(XSession::waitForTitle(u"Replace"_s));
-        session->keys(answers.at(match));
-    }
-    QVERIFY(XSession::waitForFile(u"small.txt"_s));
-    save();
-    COMPARE_FILE(path, after);
 }
 
 void TestSession::searchInFilesLeadsToTheLine()

@@ -8,7 +8,6 @@
 #include "zvwidgets/zveditor/textview.h"
 
 #include <QBuffer>
-#include <QRandomGenerator>
 #include <QTest>
 
 #include <memory>
@@ -28,16 +27,12 @@ private slots:
     void givenDescriptions();
     void cursorFollowsTheLastCommand_data();
     void cursorFollowsTheLastCommand();
-    void randomHistory_data();
-    void randomHistory();
 
 private:
     void load(const QString &text);
     QString text() const { return doc->text().replace(u'\n', u'|'); }
     QtCommand *makeCommand(const QString &name, int line, int column,
                            const QString &argument) const;
-    void randomEdit(QRandomGenerator &random);
-    QList<int> contexts() const;
 
     std::unique_ptr<TextEditorManager> manager;
     std::unique_ptr<TextEditor> editor;
@@ -170,81 +165,6 @@ void TestTextCommands::cursorFollowsTheLastCommand()
     QCOMPARE(QPoint(cursor->column(), cursor->line()), QPoint(3, 0));
     stack->undo();
     QCOMPARE(QPoint(cursor->column(), cursor->line()), QPoint(5, 2));
-}
-
-QList<int> TestTextCommands::contexts() const
-{
-    QList<int> result;
-    for (int i = 0; i <= doc->lastLine(); ++i)
-        result.append(doc->lineOf(i)->context());
-    return result;
-}
-
-void TestTextCommands::randomEdit(QRandomGenerator &random)
-{
-    static const QStringList pieces{u"word"_s, u"/*"_s, u"*/"_s, u"\""_s, u" "_s, u"  // x"_s};
-    const int line = random.bounded(doc->lastLine() + 1);
-    const int column = random.bounded(doc->textLength(line) + 1);
-    switch (random.bounded(6)) {
-    case 0:
-    case 1:
-        doc->cmdInsert(line, column, pieces.at(random.bounded(int(pieces.size()))));
-        break;
-    case 2:
-        doc->cmdRemove(line, column, random.bounded(10));
-        break;
-    case 3:
-        doc->cmdInsertLineBreak(line, column);
-        break;
-    case 4:
-        if (line < doc->lastLine())
-            doc->cmdRemoveLineBreak(line);
-        break;
-    case 5:
-        doc->macroBegin(u"several"_s, line, column);
-        for (int i = 0; i < 3; ++i)
-            randomEdit(random);
-        doc->macroEnd(0, 0);
-        break;
-    }
-}
-
-void TestTextCommands::randomHistory_data()
-{
-    QTest::addColumn<quint32>("seed");
-    for (quint32 seed = 1; seed <= 10; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void TestTextCommands::randomHistory()
-{
-    QFETCH(quint32, seed);
-    QRandomGenerator random(seed);
-    editor->view()->setHighlightByFileName(u"file.cpp"_s);
-    load(u"one two|/* three|four */ five||  six"_s);
-    QtUndoStack *const stack = doc->undoStack();
-    QStringList texts{text()};
-    QList<QList<int>> scans{contexts()};
-    while (texts.size() <= 200) {
-        const qsizetype steps = stack->undoList().size();
-        randomEdit(random);
-        if (stack->undoList().size() == steps)
-            continue;
-        texts.append(text());
-        scans.append(contexts());
-        doc->updateLines();
-        QCOMPARE(contexts(), scans.last());
-    }
-    for (qsizetype i = texts.size() - 2; i >= 0; --i) {
-        stack->undo();
-        QCOMPARE(text(), texts.at(i));
-        QCOMPARE(contexts(), scans.at(i));
-    }
-    for (qsizetype i = 1; i < texts.size(); ++i) {
-        stack->redo();
-        QCOMPARE(text(), texts.at(i));
-        QCOMPARE(contexts(), scans.at(i));
-    }
 }
 
 QTEST_MAIN(TestTextCommands)

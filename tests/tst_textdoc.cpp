@@ -124,7 +124,6 @@ private slots:
     void longestLine();
     void longestLineFarFromEdits();
     void contextsFollowEdits();
-    void longCommentInMacro();
     void macroTellsViewsOnce();
     void measures_data();
     void measures();
@@ -333,25 +332,6 @@ void TestTextDoc::contextsFollowEdits()
     QCOMPARE(contexts(), u"xxxxx.."_s);
     doc.undoStack()->undo(2);
     QCOMPARE(contexts(), u"...x.."_s);
-}
-
-// Each comment opened and closed again would otherwise run through all lines
-// below.
-void TestTextDoc::longCommentInMacro()
-{
-    Editor fixture;
-    TextDocument &doc = fixture.doc;
-    fixture.view().setHighlight(u"C++"_s);
-    load(doc, QString(200'000, u'\n'));
-    QStringList lines;
-    for (int i = 0; i < 2000; ++i)
-        lines << u"/* a"_s << u"b */"_s;
-    doc.insert(lines.join(u'\n'), 0, 0);
-    QVERIFY(doc.lineOf(0)->context() != 0);
-    QCOMPARE(doc.lineOf(1)->context(), 0);
-    QCOMPARE(doc.lineOf(4000)->context(), 0);
-    doc.undoStack()->undo();
-    QCOMPARE(doc.lineOf(0)->context(), 0);
 }
 
 void TestTextDoc::macroTellsViewsOnce()

@@ -167,7 +167,6 @@ private slots:
     void readOnly_data();
     void readOnly();
     void copyFillsClipboard();
-    void manyLines();
 };
 
 // Without a view the arguments tell the place.
@@ -458,26 +457,6 @@ void TestTextDocEdit::copyFillsClipboard()
     QCOMPARE(QApplication::clipboard()->text(), lines("bc|de"));
     QCOMPARE(fixture.manager.winClipboard, lines("bc|de"));
     QCOMPARE(doc.text(), lines("abc|def"));
-}
-
-// Work that grew with the square of the lines would not end in the time of a test.
-void TestTextDocEdit::manyLines()
-{
-    Fixture fixture(false);
-    TextDocument &doc = fixture.doc();
-    fixture.load(QString(300'000, u'\n'));
-    QString pasted;
-    for (int i = 0; i < 10'000; ++i)
-        pasted += u"some\tline of text\n"_s;
-    doc.insert(pasted, 100'000, 0);
-    doc.undoStack()->undo();
-    QCOMPARE(doc.lastLine(), 300'000 - 1);
-    doc.undoStack()->redo();
-    const QRect rect(QPoint(0, 50'000), QPoint(1, 150'000));
-    doc.selectionCommand(SelectionCut, rect, false);
-    QCOMPARE(doc.lastLine(), 210'000 - 1);
-    doc.undoStack()->undo();
-    QCOMPARE(doc.lastLine(), 310'000 - 1);
 }
 
 QTEST_MAIN(TestTextDocEdit)

@@ -48,8 +48,6 @@ private slots:
     void find();
     void searchInSelectionGoesOn();
     void foldsOpenForTheirText();
-    void findRegexp_data();
-    void findRegexp();
     void findRegexpComesToAnEnd();
     void replaceInSelection_data();
     void replaceInSelection();
@@ -72,7 +70,6 @@ private slots:
     void html_data();
     void html();
     void prints();
-    void printsItsText();
 
     void twoEditorsOnOneDocument();
     void reportsChangesAndActivation();
@@ -267,31 +264,6 @@ void TestTextEditor::foldsOpenForTheirText()
     QVERIFY(doc->lineOf(6)->isFoldVisible);
 }
 
-void TestTextEditor::findRegexp_data()
-{
-    const Rows<QString, bool, QPoint, QString> row("pattern", "wildcard", "found", "selected");
-
-    row("longest alternative", "d|de|def", false, {0, 1}, "def");
-    row("line start", "^d", false, {0, 1}, "d");
-    row("wildcard", "d?f", true, {0, 1}, "def");
-    row("invalid", "(d", false, {-1, -1}, QString());
-}
-
-void TestTextEditor::findRegexp()
-{
-    QFETCH(const QString, pattern);
-    QFETCH(const bool, wildcard);
-    QFETCH(const QPoint, found);
-    QFETCH(const QString, selected);
-
-    editor->setText(u"abc123\ndef"_s);
-    const bool expected = found.y() >= 0;
-    QCOMPARE(editor->findRegexp(pattern, true, wildcard, false), expected);
-    QCOMPARE(editor->getSelectedText(), selected);
-    if (expected)
-        QCOMPARE(view->selection().topLeft(), found);
-}
-
 /// Replacing matches of nothing one by one, as the user does, has to stop.
 void TestTextEditor::findRegexpComesToAnEnd()
 {
@@ -402,6 +374,8 @@ void TestTextEditor::findNextRepeatsExpressions()
     QVERIFY(editor->findNext());
     QCOMPARE(editor->getSelectedText(), u"a333"_s);
     QVERIFY(!editor->findNext());
+    QVERIFY(editor->findRegexp(u"a?2"_s, true, true, false));
+    QCOMPARE(editor->getSelectedText(), u"a22"_s);
 }
 
 /// Replacing goes on with the line that it has made so far, as if each were replaced alone.
@@ -662,42 +636,26 @@ void TestTextEditor::html()
     QCOMPARE(html, u"<pre>\n"_s + body + u"</pre>"_s);
 }
 
+/// The file holds the shapes of the letters that are printed, so that it is much larger
+/// than one of blank pages with their numbers.
 void TestTextEditor::prints()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(u"out.pdf"_s);
     manager->printer()->setOutputFormat(QPrinter::PdfFormat);
-    manager->printer()->setOutputFileName(path);
-    editor->setText(u"some text to print\n"_s.repeated(200));
-    Responder responder;
-    responder.expect([](QWidget *dialog) { qobject_cast<QDialog *>(dialog)->accept(); });
-    editor->print();
-    QVERIFY(responder.isDone());
-    const QByteArray pdf = readFile(path);
-    QVERIFY(pdf.startsWith("%PDF"));
-    QVERIFY2(pdf.count("/Type /Page\n") >= 3,
-             qPrintable(QString::number(pdf.count("/Type /Page\n"))));
-    QVERIFY(!QGuiApplication::overrideCursor());
-}
-
-/// The file holds the shapes of the letters that are printed, so that it is much larger
-/// than one of blank pages with their numbers.
-void TestTextEditor::printsItsText()
-{
-    QTemporaryDir dir;
-    manager->printer()->setOutputFormat(QPrinter::PdfFormat);
-    const auto printedSize = [this, &dir](const QString &text) {
+    const auto printed = [this, &dir](const QString &line) {
         const QString path = dir.filePath(u"out.pdf"_s);
         manager->printer()->setOutputFileName(path);
-        editor->setText(text);
+        editor->setText(line.repeated(200));
         Responder responder;
         responder.expect([](QWidget *dialog) { qobject_cast<QDialog *>(dialog)->accept(); });
         editor->print();
-        return readFile(path).size();
+        return readFile(path);
     };
-    const qsizetype blank = printedSize(u"                          "_s);
-    QVERIFY(blank > 0);
-    QVERIFY(printedSize(u"abcdefghijklmnopqrstuvwxyz"_s) > blank + 1000);
+    const QByteArray pdf = printed(u"abcdefghijklmnopqrstuvwxyz\n"_s);
+    QVERIFY(pdf.startsWith("%PDF"));
+    QVERIFY(pdf.count("/Type /Page\n") >= 3);
+    QVERIFY(pdf.size() > printed(u"                          \n"_s).size() + 1000);
+    QVERIFY(!QGuiApplication::overrideCursor());
 }
 
 void TestTextEditor::twoEditorsOnOneDocument()

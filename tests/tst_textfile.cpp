@@ -118,7 +118,6 @@ private slots:
     void chunks_data();
     void chunks();
     void sequentialDevice();
-    void readFailure();
     void mixedLineEnds();
     void emptiedLines_data();
     void emptiedLines();
@@ -387,16 +386,6 @@ void TestTextFile::sequentialDevice()
     pipe.isBroken = true;
     QVERIFY(!TextFile::read(pipe, QStringConverter::Utf8, &text.lines, &text.format, &text.error));
     QCOMPARE(text.error, u"broken"_s);
-}
-
-void TestTextFile::readFailure()
-{
-    // The first page of a process's memory is not there to be read.
-    QFile file(u"/proc/self/mem"_s);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    Text text;
-    QVERIFY(!TextFile::read(file, QStringConverter::Utf8, &text.lines, &text.format, &text.error));
-    QVERIFY(!text.error.isEmpty());
 }
 
 void TestTextFile::mixedLineEnds()

@@ -146,13 +146,10 @@ QString TestTextFolding::state() const
 
 void TestTextFolding::operations_data()
 {
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<QString>("message");
-
-    const auto row = [](const char *name, const char *script, const char *result,
-                        const char *message = "") {
-        QTest::newRow(name) << script << result << message;
+    const Rows<QString, QString, QString> complaining("script", "result", "message");
+    const auto row = [&complaining](const char *name, const char *script, const char *result,
+                                    const char *message = "") {
+        complaining(name, script, result, message);
     };
     const char *const noLines = "Can't create fold for firstLine >= lastLine";
     const char *const crossing = "Can't create intersected fold";

@@ -218,7 +218,6 @@ private:
     void travel();
     bool isSame() const;
     void checkAgainstFreshDocument();
-    void checkFolds();
     QString randomText(int most);
     int random(int bound) { return generator.bounded(bound); }
 
@@ -435,23 +434,6 @@ void TestTextModelRandom::checkAgainstFreshDocument()
     }
 }
 
-void TestTextModelRandom::checkFolds()
-{
-    int above = 0;
-    std::vector<bool> visible;
-    for (int i = 0; i <= doc->lastLine(); ++i) {
-        const TextLine *line = doc->lineOf(i);
-        QVERIFY(line->foldingLevel >= 0);
-        QVERIFY(line->foldingLevel <= above || line->isFoldingStart);
-        QVERIFY(!line->isFoldingStart || line->foldingLevel > 0);
-        above = line->foldingLevel;
-        visible.push_back(line->isFoldVisible);
-    }
-    doc->folding()->updateLinesVisibility();
-    for (int i = 0; i <= doc->lastLine(); ++i)
-        QCOMPARE(bool(doc->lineOf(i)->isFoldVisible), bool(visible[size_t(i)]));
-}
-
 void TestTextModelRandom::randomOperations_data()
 {
     QTest::addColumn<quint32>("seed");
@@ -469,7 +451,6 @@ void TestTextModelRandom::randomOperations()
             QFAIL(qPrintable(u"in step %1"_s.arg(i)));
         if (i % 250 == 0) {
             checkAgainstFreshDocument();
-            checkFolds();
         }
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(u"after step %1"_s.arg(i)));
@@ -477,7 +458,6 @@ void TestTextModelRandom::randomOperations()
             QCoreApplication::processEvents();
     }
     checkAgainstFreshDocument();
-    checkFolds();
     const int all = int(past.size());
     doc->undoStack()->undo(all);
     QVERIFY(!doc->undoStack()->canUndo());

@@ -38,7 +38,6 @@ private slots:
     void selectionTakesWholeCharacters();
     void insideOfSelection_data();
     void insideOfSelection();
-    void longWrappedLine();
     void mouseSelects();
     void dragBeyondTheEdgeScrolls();
     void dragMovesOrCopies_data();
@@ -328,18 +327,6 @@ void TestTextView::insideOfSelection()
     view->selected = QRect(from, to);
     QTEST(view->inSelected(place.y(), place.x()), "inside");
     view->selected = QRect(QPoint(0, 0), QPoint(0, 0));
-}
-
-void TestTextView::longWrappedLine()
-{
-    doc->setWrap(true);
-    setText(u"word and text "_s.repeated(150000));
-    QTest::keyClick(view, Qt::Key_X);
-    QCoreApplication::processEvents();
-    QCOMPARE(view->docPosToScreen(1, 0).y(), 0);
-    view->setCursorPosition(0, doc->textLength(0), false);
-    // The line stays in view though its end cannot be.
-    QCOMPARE(view->contentsY(), 0);
 }
 
 void TestTextView::mouseSelects()

@@ -39,8 +39,6 @@ private slots:
     void oldFoldsAreCleared();
     void storedFolds_data();
     void storedFolds();
-    void replaceFoundKeepsWhatFollows();
-    void selectAllOfOneLine();
     void breakpoints();
     void signalsOfAnEdit();
     void cursorGetsContext();
@@ -212,28 +210,6 @@ void TestZVEditor::storedFolds()
                              qPrintable(u"folders state is not correct\n"_s + complaint));
     QVERIFY(editor->open(path));
     QCOMPARE(folds(), restored);
-}
-
-void TestZVEditor::replaceFoundKeepsWhatFollows()
-{
-    editor->setText(u"a tail"_s);
-    ZVEditor::manager()->setOverwriteMode(true);
-    QVERIFY(editor->find(u"a"_s, true, true, false, false));
-    editor->replaceFound(u"longer"_s);
-    const bool isOver = ZVEditor::manager()->overwriteMode();
-    ZVEditor::manager()->setOverwriteMode(false);
-    QCOMPARE(editor->text(), u"longer tail"_s);
-    QVERIFY(isOver);
-}
-
-void TestZVEditor::selectAllOfOneLine()
-{
-    editor->setText(u"one line"_s);
-    editor->selectAll();
-    QCOMPARE(editor->selection(), u"one line"_s);
-    editor->setText(u"one\ntwo\nthree"_s);
-    editor->selectAll();
-    QCOMPARE(editor->selection(), u"one\ntwo\nthree"_s);
 }
 
 void TestZVEditor::breakpoints()
