@@ -588,7 +588,7 @@ void TestHighlight::editedLongLines()
     QString text;
     while (text.size() < 2 * ScanMarks::longLine)
         text += oneOf(random, pieces);
-    editAndCompare(hl.get(), text, pieces, 120, &random);
+    editAndCompare(hl.get(), text, pieces, 40, &random);
 }
 
 void TestHighlight::editedLongLinesOfAllKinds()
