@@ -190,6 +190,7 @@ private slots:
     void costlyRulesAreDropped();
     void editedLongLines_data();
     void editedLongLines();
+    void farEndAppears();
     void editedLongLinesOfAllKinds();
 
 private:
@@ -589,6 +590,23 @@ void TestHighlight::editedLongLines()
     while (text.size() < 2 * ScanMarks::longLine)
         text += oneOf(random, pieces);
     editAndCompare(hl.get(), text, pieces, 40, &random);
+}
+
+void TestHighlight::farEndAppears()
+{
+    const QString rules = u"<n><c item=\"A\" regexp=\"\\([^;]*;\" lineEndContent=\"m\"/>"
+                          "<c item=\"B\" regexp=\".\"/></n><m><c item=\"C\" regexp=\".\"/></m>"_s;
+    const auto hl = make(rules, rules);
+    TextLine line(QString(2 * ScanMarks::longLine, u'a'));
+    compareWithFresh(hl.get(), &line, 0, true);
+    // Looks for the end in all of the line, and goes on as before behind it.
+    line.replace(6000, 1, u"("_s);
+    compareWithFresh(hl.get(), &line, 0, true);
+    line.insertText(40000, u";"_s);
+    compareWithFresh(hl.get(), &line, 0, true);
+    line.removeText(40000, 1);
+    compareWithFresh(hl.get(), &line, 0, true);
+    QCOMPARE(line.attribute(50000), 2);
 }
 
 void TestHighlight::editedLongLinesOfAllKinds()
