@@ -194,20 +194,17 @@ void TestFileOperator::problems()
     world.pipe(u"from/pipe2"_s);
     world.file(u"from/file"_s, "text");
     Responder responder;
-    QStringList titles;
-    for (const QString &button : buttons)
-        responder.expect([&titles, button](QWidget *dialog) {
-            titles.append(dialog->windowTitle());
-            const auto all = dialog->findChildren<QPushButton *>();
-            QCOMPARE(buttonTexts(dialog), QStringList({u"Skip"_s, u"Skip all"_s, u"Abort"_s}));
-            for (QPushButton *const each : all) {
-                if (each->text() == button)
-                    each->click();
-            }
-        });
+    responder.expect([&buttons](QWidget *dialog) {
+        QCOMPARE(dialog->windowTitle(), u"Access denied"_s);
+        QCOMPARE(buttonTexts(dialog), QStringList({u"Skip"_s, u"Skip all"_s, u"Abort"_s}));
+        dialog->findChildren<QPushButton *>()
+            .at(buttonTexts(dialog).indexOf(buttons.first()))
+            ->click();
+    });
+    for (const QString &button : buttons.mid(1))
+        responder.expect(button);
     QCOMPARE(world.copy({u"from/pipe1"_s, u"from/pipe2"_s, u"from/file"_s}), ended);
     QVERIFY(responder.isDone());
-    QCOMPARE(titles.first(), u"Access denied"_s);
     QCOMPARE(responder.texts.first(),
              u"Can't access file "_s + world.path(u"from/pipe1"_s) +
                  u".\nCould not connect to the device.\nContinue operations?"_s);

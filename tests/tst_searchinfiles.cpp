@@ -499,6 +499,7 @@ void TestSearchInFiles::historyIsKept()
     {
         SearchInFiles dialog;
         QCOMPARE(dialog.comboDirectory->currentText(), path(u"tree"_s));
+        QCOMPARE(dialog.comboDirectory->itemText(0), path(u"tree"_s));
         QCOMPARE(dialog.comboPattern->currentText(), u"*.one"_s);
         ask(dialog, u"*.two"_s);
         dialog.comboSearch->setEditText(u"other"_s);

@@ -145,7 +145,9 @@ void TestTabBar::markedLetterSelects()
     bar->setCurrentTab(0);
     QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
     QCOMPARE(bar->currentTab(), 1);
+    const int width = bar->tabRect(1).width();
     bar->setTabTitle(1, u"two"_s);
+    QCOMPARE(bar->tabRect(1).width(), width);
     bar->setTabTitle(0, u"&one"_s);
     QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
     QCOMPARE(bar->currentTab(), 1);

@@ -353,24 +353,23 @@ void TestTextDoc::macroTellsViewsOnce()
 
 void TestTextDoc::measures_data()
 {
-    QTest::addColumn<QString>("family");
-    QTest::addColumn<int>("mode");
-    for (const wrapMode mode : {wrapLine, wrapWord}) {
-        QTest::addRow("fixed pitch, %d", mode)
-            << QFontDatabase::systemFont(QFontDatabase::FixedFont).family() << int(mode);
-        QTest::addRow("proportional, %d", mode) << u"DejaVu Sans"_s << int(mode);
-    }
+    const Rows<QString, wrapMode> row("family", "mode");
+    const QString fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    row("fixed pitch", fixed, wrapLine);
+    row("fixed pitch, by words", fixed, wrapWord);
+    row("proportional", "DejaVu Sans", wrapLine);
+    row("proportional, by words", "DejaVu Sans", wrapWord);
 }
 
 void TestTextDoc::measures()
 {
     QFETCH(QString, family);
-    QFETCH(int, mode);
+    QFETCH(wrapMode, mode);
     Editor fixture;
     TextDocument &doc = fixture.doc;
     fixture.manager.setFont(QFont(family, 10));
     fixture.view().setHighlight(u"C++"_s);
-    doc.setWrapMode(wrapMode(mode));
+    doc.setWrapMode(mode);
     const QStringList pieces = {u"if "_s,  u"\t"_s,         u"\"text\""_s, u"   "_s,
                                 u"iiii"_s, u"WWWWWWWWWW"_s, u"/* c */"_s};
     QRandomGenerator random(2);

@@ -457,6 +457,9 @@ void TestTextEditor::replaceAllIsOneStep()
     QCOMPARE(view->cursor()->pos(), QPoint(4, 1));
     QCOMPARE(editor->replaceAll(u"2"_s, u"x\n\ty"_s, false, false, false), 1);
     QCOMPARE(editor->text(), u"a   b   c\n1   x\n    y"_s);
+    select(0, 0, 0, 1);
+    editor->replaceFound(u"long"_s);
+    QCOMPARE(editor->text(), u"long   b   c\n1   x\n    y"_s);
 }
 
 void TestTextEditor::replaceAllKeepsReadOnlyText()

@@ -197,16 +197,14 @@ void TestTextView::removedLinesScrollBack()
 
 void TestTextView::cursorIsScrolledIntoView_data()
 {
-    QTest::addColumn<int>("way");
-    QTest::addColumn<int>("line");
-    QTest::addColumn<int>("column");
-    for (const int way : {int(NoFlag), int(Wrapped)}) {
-        QTest::addRow("down, way %d", way) << way << 250 << 0;
-        QTest::addRow("to the end, way %d", way) << way << 299 << 7;
-        QTest::addRow("to the side, way %d", way) << way << 20 << 100;
-        QTest::addRow("to the end of the longest line, way %d", way) << way << 289 << 108;
-    }
-    QTest::addRow("after the end of the longest line") << int(NoFlag) << 289 << 200;
+    const Rows<int, int, int> row("way", "line", "column");
+    row("down", NoFlag, 250, 0);
+    row("to the end", NoFlag, 299, 7);
+    row("to the end, wrapped", Wrapped, 299, 7);
+    row("to the side", NoFlag, 20, 100);
+    row("to the end of the longest line", NoFlag, 289, 108);
+    row("to the end of the longest line, wrapped", Wrapped, 289, 108);
+    row("after the end of the longest line", NoFlag, 289, 200);
 }
 
 void TestTextView::cursorIsScrolledIntoView()
