@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcutEvent>
 #include <QTextLayout>
 
 namespace vesk::DialogParts {
@@ -21,6 +22,26 @@ QPushButton *button(QDialog *dialog, const char *name, const QString &text)
     made->setAutoDefault(true);
     return made;
 }
+
+/// Changes at its key. The toolkit's own waits a moment to show the press, in which
+/// Return could have ended the dialog.
+class OptionBox : public QCheckBox
+{
+public:
+    using QCheckBox::QCheckBox;
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const bool isKey = event->type() == QEvent::Shortcut &&
+                           !static_cast<QShortcutEvent *>(event)->isAmbiguous();
+        if (!isKey)
+            return QCheckBox::event(event);
+        setFocus(Qt::ShortcutFocusReason);
+        click();
+        return true;
+    }
+};
 
 /// Wraps its text wherever a row is full, and shows all of it unless that takes a great
 /// many rows.
@@ -117,7 +138,7 @@ QComboBox *textCombo(QWidget *parent, const QString &name)
 QCheckBox *option(QWidget *parent, const QString &name, const QString &text,
                   const QString &shortcut)
 {
-    auto *const box = new QCheckBox(text, parent);
+    auto *const box = new OptionBox(text, parent);
     box->setObjectName(name);
     box->setShortcut(QKeySequence(shortcut));
     return box;
