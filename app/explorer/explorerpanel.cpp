@@ -366,7 +366,8 @@ void ExplorerPanel::setFocus()
 void ExplorerPanel::makeVisible(QObject *raisedPanel)
 {
     if (raisedPanel) {
-        if (raisedPanel == this)
+        // The panel that comes up with the window was not asked for by anybody.
+        if (raisedPanel == this && Shell::self()->isVisible())
             setFocus();
         return;
     }
