@@ -118,7 +118,6 @@ private slots:
     void managerFollowsTheFocus();
     void managerForgetsTheDead();
     void actions();
-    void listBox();
 
 private:
     void type(const QString &letters);
@@ -478,31 +477,6 @@ void TestQtUndo::actions()
     QCOMPARE(undos[0]->text(), QString());
     QCOMPARE(undos[1]->text(), u"Undo"_s);
     QVERIFY(!undos[0]->isEnabled());
-}
-
-void TestQtUndo::listBox()
-{
-    QLineEdit window;
-    focusView(&window);
-    type(u"a"_s);
-    QtUndoListBox box;
-    run(u"(bc)d<"_s);
-    const auto rows = [&box] {
-        QStringList result;
-        for (int i = 0; i < box.count(); ++i)
-            result.append(box.item(i)->text());
-        return result.join(u'|');
-    };
-    QCOMPARE(rows(), u"<empty>|type a|macro|type d"_s);
-    QCOMPARE(box.currentRow(), 2);
-    box.setCurrentRow(0);
-    QCOMPARE(text, QString());
-    QCOMPARE(box.currentRow(), 0);
-    box.setCurrentRow(3);
-    QCOMPARE(text, u"abcd"_s);
-    box.setCurrentRow(1);
-    QCOMPARE(text, u"a"_s);
-    QCOMPARE(rows(), u"<empty>|type a|macro|type d"_s);
 }
 
 QTEST_MAIN(TestQtUndo)

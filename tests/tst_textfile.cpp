@@ -328,6 +328,7 @@ void TestTextFile::chunks()
         DamagedBuffer device(&bytes, damagedAt);
         const bool isRead = TextFile::read(device, QStringConverter::Utf8, &alone.lines,
                                            &alone.format, &alone.error, options);
+        QCOMPARE(isRead, damagedAt < 0);
         const ReadOptions::Follow follow = follower(definition);
         int context = 0;
         for (int i = 0; i < alone.lines.size(); ++i) {

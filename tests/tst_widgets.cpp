@@ -8,7 +8,6 @@
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextStream>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -38,23 +37,6 @@ public:
         return QTest::qWaitForWindowExposed(&splitter);
     }
 
-    QString text() const
-    {
-        QString result;
-        QTextStream stream(&result);
-        stream << splitter;
-        return result;
-    }
-
-    void read(const QString &line)
-    {
-        QString copy = line;
-        QTextStream stream(&copy);
-        stream >> splitter;
-        // What the toolkit still has to lay out.
-        QCoreApplication::sendPostedEvents();
-    }
-
     Splitter splitter;
     QList<QWidget *> panes;
 };
@@ -71,9 +53,6 @@ private slots:
     void collapsedPaneIsZero();
     void dragMovesTheHandleAtTheEnd();
     void rubberBandGoesThroughTheHook();
-    void writesPanes();
-    void readsPanes_data();
-    void readsPanes();
     void stackSwitchesPages();
     void stackListenerMayRaiseToo();
     void stackForgetsADeletedPage();
@@ -164,49 +143,6 @@ void WidgetsTest::rubberBandGoesThroughTheHook()
     dragTo(handle, start + QPoint(230, 0));
     QTest::mouseRelease(handle, Qt::LeftButton, {}, start);
     QCOMPARE(splitter.bands, (QList<int>{350, 500, -1}));
-}
-
-void WidgetsTest::writesPanes()
-{
-    Panes panes(3, {100, 200, 300});
-    panes.panes.first()->setMinimumWidth(40);
-    QVERIFY(panes.show());
-    QCOMPARE(panes.text(), u"[100,200,300]\n"_s);
-    panes.panes.last()->hide();
-    QTRY_COMPARE(panes.panes.at(1)->geometry().right(), panes.splitter.width() - 1);
-    panes.splitter.moveSplitter(0, 1);
-    QVERIFY2(panes.text().startsWith(u"[0,"_s), qPrintable(panes.text()));
-    QVERIFY2(panes.text().endsWith(u",H300]\n"_s), qPrintable(panes.text()));
-}
-
-void WidgetsTest::readsPanes_data()
-{
-    const Rows<QString, QString> row("line", "result");
-    row("sizes", "[200,100,300]", "[200,100,300]\n");
-    row("blanks before", " \n [200,100,300]\nmore", "[200,100,300]\n");
-    row("fewer than panes", "[100]", "[100,200,300]\n");
-    row("more than panes", "[200,100,300,H500,900]", "[200,100,300]\n");
-    row("stops at junk", "[100,x,0]", "[100,200,300]\n");
-    row("nothing", QString(), "[100,200,300]\n");
-}
-
-void WidgetsTest::readsPanes()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, result);
-    Panes panes(3, {100, 200, 300});
-    panes.panes.first()->setMinimumWidth(40);
-    QVERIFY(panes.show());
-    panes.read(line);
-    QCOMPARE(panes.text(), result);
-
-    Panes two(2, {100, 500});
-    QVERIFY(two.show());
-    two.read(u"[h0,100]"_s);
-    QVERIFY(two.panes.first()->isHidden());
-    QVERIFY(!two.panes.last()->isHidden());
-    two.read(u"[99999999999,1]"_s);
-    QVERIFY(!two.panes.first()->isHidden());
 }
 
 void WidgetsTest::stackSwitchesPages()
