@@ -26,12 +26,6 @@ constexpr qsizetype blockSize = 1024 * 1024;
 /// to look: enough for a row to show, and for every match but absurd ones.
 constexpr qsizetype overlap = 64 * 1024;
 
-bool isWordCharacter(QChar c)
-{
-    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
-           c == u'_';
-}
-
 } // namespace
 
 FileSearch::FileSearch(const SearchQuery &wanted, GoOn callback)
@@ -451,11 +445,7 @@ bool FileSearch::searchLine(QStringView line, const Window &window, qsizetype *n
 
 bool FileSearch::accepted(QStringView line, qsizetype column, qsizetype length) const
 {
-    if (!query.wholeWord)
-        return true;
-    if (column > 0 && isWordCharacter(line[column - 1]))
-        return false;
-    return column + length >= line.size() || !isWordCharacter(line[column + length]);
+    return !query.wholeWord || isWholeWord(line, column, length);
 }
 
 } // namespace vesk

@@ -1,6 +1,7 @@
 #include "app/editors/zveditor/searchpattern.h"
 
 #include "zvwidgets/zveditor/pattern/patternsearch.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 
 namespace vesk {
 
@@ -56,6 +57,11 @@ bool SearchPattern::wasStopped() const
 QString SearchPattern::requiredText() const
 {
     return d->pattern.requiredText();
+}
+
+bool isWholeWord(QStringView text, qsizetype column, qsizetype length)
+{
+    return zvwidgets::isWholeSearchWord(text, column, length);
 }
 
 } // namespace vesk

@@ -42,4 +42,8 @@ private:
     std::unique_ptr<Private> d;
 };
 
+/// True if no word, in the sense of the editor's own search, reaches over either end of
+/// the \a length units at \a column.
+bool isWholeWord(QStringView text, qsizetype column, qsizetype length);
+
 } // namespace vesk

@@ -1,9 +1,9 @@
 #include "zvwidgets/zveditor/textdoc.h"
 
 #include "qtundo/src/qtundo.h"
-#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/highlight.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/textcommands.h"
 #include "zvwidgets/zveditor/textfolding.h"
 

@@ -31,12 +31,6 @@ struct ColumnMarks
     unsigned revision = 0;
 };
 
-/// A letter, digit or mark of any script, or the underscore.
-inline bool isWordCharacter(QChar character)
-{
-    return character.isLetterOrNumber() || character.isMark() || character == QLatin1Char('_');
-}
-
 /// Whether lines hold the contexts that the highlight of the views gives them.
 enum class Contexts
 {

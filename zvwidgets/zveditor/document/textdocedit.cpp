@@ -1,6 +1,7 @@
-#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 #include "zvwidgets/zveditor/textfolding.h"
 
 #include <QClipboard>
@@ -24,21 +25,6 @@ QString blanks(int count)
     return QString(std::max(0, count), blank);
 }
 
-// Visual column of \a column, which may lie behind the end of the line.
-int visualColumn(const TextLine &line, int column, int spacesInTab)
-{
-    int x = 0;
-    for (int position = 0; position < column; ++position) {
-        if (position >= line.textLength())
-            return x + column - position;
-        if (line.at(position) == tab)
-            x += spacesInTab - x % spacesInTab;
-        else
-            ++x;
-    }
-    return x;
-}
-
 // \a part with its tabs made blanks up to the next stop, beginning at visual
 // column \a x.
 QString withoutTabs(QStringView part, int x, int spacesInTab)
@@ -46,10 +32,12 @@ QString withoutTabs(QStringView part, int x, int spacesInTab)
     QString expanded;
     expanded.reserve(part.size());
     for (const QChar character : part) {
+        const int next = visualColumnAfter(x, character, spacesInTab);
         if (character == tab)
-            expanded += blanks(spacesInTab - (int(expanded.length()) + x) % spacesInTab);
+            expanded += blanks(next - x);
         else
             expanded += character;
+        x = next;
     }
     return expanded;
 }

@@ -1,7 +1,8 @@
-#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/textdoc_p.h"
 #include "zvwidgets/zveditor/highlight.h"
 #include "zvwidgets/zveditor/highlight/textattribute.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 
 #include <QColor>
 
@@ -234,27 +235,18 @@ private:
 
 void appendRun(QString &html, QStringView run, int spacesInTab)
 {
-    qsizetype column = 0;
+    // The stops are those of the text before signs are escaped.
+    int visual = 0;
     for (const QChar character : run) {
-        if (character == tab) {
-            const qsizetype blanks = spacesInTab - column % spacesInTab;
-            html.append(QString(blanks, QLatin1Char(' ')));
-            column += blanks;
-            continue;
-        }
-        if (character == QLatin1Char('<'))
+        const int next = visualColumnAfter(visual, character, spacesInTab);
+        if (character == tab)
+            html.append(QString(next - visual, QLatin1Char(' ')));
+        else if (character == QLatin1Char('<'))
             html.append(QLatin1String("&lt;"));
         else
             html.append(character);
-        // The stops are those of the text as it is being replaced, with its
-        // tabs already blanks but no sign escaped yet.
-        ++column;
+        visual = next;
     }
-}
-
-bool isWordOrDollar(QChar character)
-{
-    return isWordCharacter(character) || character == QLatin1Char('$');
 }
 
 bool isOther(QChar character)
@@ -415,7 +407,7 @@ QString TextDocument::wordIn(int line, int column, int *start, int *end) const
     const auto isInside = [&text](int position, bool (*kind)(QChar)) {
         return position >= 0 && position < text.size() && kind(text[position]);
     };
-    const auto kind = isInside(column, isWordOrDollar) ? isWordOrDollar : isOther;
+    const auto kind = isInside(column, isNameCharacter) ? isNameCharacter : isOther;
     const bool found = isInside(column, kind);
     while (found && isInside(first - 1, kind))
         --first;

@@ -1,6 +1,7 @@
 #include "zvwidgets/zveditor/editor/linematcher.h"
 
-#include "zvwidgets/zveditor/document/columns.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 
 namespace zvwidgets {
 
@@ -8,14 +9,6 @@ namespace {
 
 /// Units of a line that a fixed text is looked for in the time of a step.
 constexpr int unitsInStep = 64;
-
-bool isBoundary(QChar c)
-{
-    const char16_t u = c.unicode();
-    const bool word = (u >= u'0' && u <= u'9') || (u >= u'a' && u <= u'z') ||
-                      (u >= u'A' && u <= u'Z') || u == u'_';
-    return !word;
-}
 
 // Such a text holds the unit of an undecodable byte, which half of a pair may equal.
 bool startsOrEndsInPair(QStringView text)
@@ -92,10 +85,7 @@ bool LineMatcher::partsPair(int column) const
 
 bool LineMatcher::isWholeWord(int column) const
 {
-    const qsizetype end = column + literal.length();
-    if (end < text.size() && !isBoundary(text[end]))
-        return false;
-    return column == begin || isBoundary(text[column - 1]);
+    return isWholeSearchWord(text.sliced(begin), column - begin, literal.length());
 }
 
 void LineMatcher::setBefore(int column, std::optional<QChar> before)

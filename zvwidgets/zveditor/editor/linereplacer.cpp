@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/editor/linereplacer.h"
 
+#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/textline.h"
 
@@ -67,7 +68,7 @@ int LineReplacer::replaceIn(int line, LineMatcher *matcher, int from, int limit,
 
 void LineReplacer::advance(QChar c)
 {
-    visual += c == tab ? doc->spacesInTab() - visual % doc->spacesInTab() : 1;
+    visual = visualColumnAfter(visual, c, doc->spacesInTab());
 }
 
 void LineReplacer::append(QString *out, QStringView text)

@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/editor/texteditor_p.h"
 #include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textline.h"
@@ -15,33 +16,12 @@
 #include <QSet>
 
 #include <algorithm>
-#include <array>
 
 namespace zvwidgets {
 
 namespace {
 
 constexpr int popupSize = 100;
-
-constexpr std::array<bool, 128> asciiWordTable()
-{
-    std::array<bool, 128> table{};
-    for (char c = '0'; c <= '9'; ++c)
-        table[size_t(c)] = true;
-    for (char c = 'a'; c <= 'z'; ++c)
-        table[size_t(c)] = true;
-    for (char c = 'A'; c <= 'Z'; ++c)
-        table[size_t(c)] = true;
-    table[size_t('_')] = true;
-    return table;
-}
-
-bool isWordCharacter(QChar c)
-{
-    static constexpr std::array<bool, 128> ascii = asciiWordTable();
-    const char16_t u = c.unicode();
-    return u < 128 ? ascii[u] : c.isLetterOrNumber() || c.isMark();
-}
 
 /// Calls \a visit with each word of \a doc, in the order of the text. The view
 /// of a word holds as long as the document isn't changed.
@@ -119,7 +99,7 @@ bool TextEditor::Private::wordRange(int *start, int *end) const
     for (const int place : {column, column - 1}) {
         if (place < 0 || place >= text.size())
             continue;
-        if (!isWordCharacter(text[place]) && text[place] != u'$')
+        if (!isNameCharacter(text[place]))
             continue;
         return !doc->wordIn(line, place, start, end).isEmpty();
     }

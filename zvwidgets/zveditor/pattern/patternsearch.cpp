@@ -1,5 +1,6 @@
 #include "zvwidgets/zveditor/pattern/patternsearch.h"
 
+#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/pattern/patternmachine.h"
 #include "zvwidgets/zveditor/pattern/unitscan.h"
 
@@ -40,8 +41,7 @@ void PatternSearch::setText(QStringView text)
 
 bool PatternSearch::isInsidePair(int column) const
 {
-    return column > begin && column < end && QChar::isLowSurrogate(units[column]) &&
-           QChar::isHighSurrogate(units[column - 1]);
+    return splitsPair(QStringView(units + begin, units + end), column - begin);
 }
 
 int PatternSearch::find(int from, int *length, int limit)

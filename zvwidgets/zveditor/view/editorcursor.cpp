@@ -1,6 +1,7 @@
 #include "zvwidgets/zveditor/editorcursor.h"
 
-#include "zvwidgets/zveditor/document/columns.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
+#include "zvwidgets/zveditor/pattern/words.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textfolding.h"
@@ -21,22 +22,6 @@ namespace zvwidgets {
 
 namespace {
 
-/// Kinds of characters between which word moves stop. An equals sign belongs
-/// to the word on purpose: "a=b" is passed in one step.
-enum class CharKind
-{
-    Word,
-    Other
-};
-
-CharKind kindOf(QChar c)
-{
-    const char16_t u = c.unicode();
-    const bool word = (u >= u'0' && u <= u'9') || (u >= u'a' && u <= u'z') ||
-                      (u >= u'A' && u <= u'Z') || u == u'_' || u == u'=';
-    return word ? CharKind::Word : CharKind::Other;
-}
-
 /// Moves from line to line keep the column that they want to return to.
 bool isVertical(EditorCursor::CursorAction action)
 {
@@ -44,19 +29,19 @@ bool isVertical(EditorCursor::CursorAction action)
            action == EditorCursor::MovePgUp || action == EditorCursor::MovePgDown;
 }
 
-/// First column from \a column on that is not of \a kind.
-int skipForward(QStringView text, int column, CharKind kind)
+/// First column from \a column on that is not of the kind \a isWord.
+int skipForward(QStringView text, int column, bool isWord)
 {
     const int length = int(text.size());
-    while (column < length && kindOf(text[column]) == kind)
+    while (column < length && isStepCharacter(text[column]) == isWord)
         ++column;
     return column;
 }
 
-/// Start of the run of \a kind that ends before \a column.
-int skipBackward(QStringView text, int column, CharKind kind)
+/// Start of the run of the kind \a isWord that ends before \a column.
+int skipBackward(QStringView text, int column, bool isWord)
 {
-    while (column > 0 && kindOf(text[column - 1]) == kind)
+    while (column > 0 && isStepCharacter(text[column - 1]) == isWord)
         --column;
     return column;
 }
@@ -162,16 +147,16 @@ Place EditorCursor::Private::wordBackward(const EditorCursor *cursor, Place from
     const QStringView text = textOf(from.line);
     if (from.column > text.size())
         return endOf(from.line);
-    const int wordEnd = skipBackward(text, from.column, CharKind::Other);
-    return {from.line, skipBackward(text, wordEnd, CharKind::Word)};
+    const int wordEnd = skipBackward(text, from.column, false);
+    return {from.line, skipBackward(text, wordEnd, true)};
 }
 
 Place EditorCursor::Private::wordForward(const EditorCursor *cursor, Place from) const
 {
     const QStringView text = textOf(from.line);
     if (from.column < text.size()) {
-        const int wordEnd = skipForward(text, from.column, CharKind::Word);
-        return {from.line, skipForward(text, wordEnd, CharKind::Other)};
+        const int wordEnd = skipForward(text, from.column, true);
+        return {from.line, skipForward(text, wordEnd, false)};
     }
     if (from.line != document->lastLine())
         return {cursor->nextVisibleLine(from.line), 0};

@@ -1,6 +1,6 @@
-#include "zvwidgets/zveditor/document/columns.h"
 #include "zvwidgets/zveditor/document/selectionrect.h"
 #include "zvwidgets/zveditor/editorcursor.h"
+#include "zvwidgets/zveditor/pattern/columns.h"
 #include "zvwidgets/zveditor/textdoc.h"
 #include "zvwidgets/zveditor/texteditor.h"
 #include "zvwidgets/zveditor/textline.h"

@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+#include <algorithm>
+
 namespace zvwidgets {
 
 /// True if \a column stands between the two halves of one character. An edit or the
@@ -11,6 +13,21 @@ inline bool splitsPair(QStringView text, qsizetype column)
 {
     return column > 0 && column < text.size() && text[column].isLowSurrogate() &&
            text[column - 1].isHighSurrogate();
+}
+
+/// Visual column after \a c, which is at visual column \a visual.
+inline int visualColumnAfter(int visual, QChar c, int spacesInTab)
+{
+    return c == u'\t' ? visual + spacesInTab - visual % spacesInTab : visual + 1;
+}
+
+/// Visual column of \a column, which may lie past the end of the text.
+inline int visualColumn(QStringView text, int column, int spacesInTab)
+{
+    int visual = 0;
+    for (const QChar c : text.first(std::min(qsizetype(column), text.size())))
+        visual = visualColumnAfter(visual, c, spacesInTab);
+    return visual + std::max(0, column - int(text.size()));
 }
 
 /// Half-open range of columns.
