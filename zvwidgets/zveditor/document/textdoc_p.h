@@ -11,6 +11,8 @@
 
 namespace zvwidgets {
 
+struct TextSelection;
+
 /// What lies left of every so many columns of a long line, noted as far as it
 /// was measured. Measuring far to the right then starts close by.
 struct ColumnMarks
@@ -69,8 +71,8 @@ struct TextDocument::Private
     int wholeColumn(int line, int column) const;
     int backspaceLength(int line, int column) const;
     QString expandedTabs(QStringView part, int line, int column) const;
-    QString blockSelection(int actions, const QRect &rect);
-    QString streamSelection(int actions, const QRect &rect);
+    QString blockSelection(int actions, const TextSelection &selection);
+    QString streamSelection(int actions, const TextSelection &selection);
 
     /// Colours the line if it isn't.
     void colour(TextLine *line) const;

@@ -74,26 +74,20 @@ private:
     bool atEnd = false;
 };
 
-/// A selection made ready for walking from its upper to its lower end.
-struct Selection
+/// What is selected of \a doc, not torn inside a character. A box keeps its columns: each
+/// of its lines is widened by itself.
+TextSelection wholeSelection(const TextDocument &doc, const QRect &rect, bool box)
 {
-    Selection(const TextDocument &doc, const QRect &selected)
-        : normal(ordered(selected))
-        , start(runsDiagonally(selected) ? normal.left() : normal.right())
-        , end(runsDiagonally(selected) ? normal.right() : normal.left())
-    {
-        if (normal.top() >= 0 && normal.top() <= doc.lastLine())
-            start = wholeCharacters(*doc.lineOf(normal.top()), {start, start}).from;
-        if (normal.bottom() <= doc.lastLine())
-            end = wholeCharacters(*doc.lineOf(normal.bottom()), {0, end}).to;
-    }
-
-    QRect normal;
-    /// Column of the upper end.
-    int start;
-    /// Column of the lower end.
-    int end;
-};
+    TextSelection selection(rect, box);
+    if (selection.isBox)
+        return selection;
+    if (selection.first >= 0 && selection.first <= doc.lastLine())
+        selection.start =
+            wholeCharacters(*doc.lineOf(selection.first), {selection.start, selection.start}).from;
+    if (selection.last <= doc.lastLine())
+        selection.end = wholeCharacters(*doc.lineOf(selection.last), {0, selection.end}).to;
+    return selection;
+}
 
 /// Half-open range of lines.
 struct LineSpan
@@ -108,11 +102,12 @@ LineSpan linesToIndent(const TextDocument &doc, const QRect &selected, int curso
 {
     if (isEmptySelection(selected))
         return {cursorLine, cursorLine + 1};
-    const Selection selection(doc, selected);
-    const bool leavesLast = selection.end == 0 && selection.normal.height() > 1;
-    const int behind = selection.normal.bottom() + (leavesLast ? 0 : 1);
+    // A box is indented like a stream.
+    const TextSelection selection = wholeSelection(doc, selected, false);
+    const bool leavesLast = selection.end == 0 && selection.last > selection.first;
+    const int behind = selection.last + (leavesLast ? 0 : 1);
     // Another view may have removed lines that are selected in this one.
-    return {selection.normal.top(), std::min(behind, doc.lastLine() + 1)};
+    return {selection.first, std::min(behind, doc.lastLine() + 1)};
 }
 
 } // namespace
@@ -354,11 +349,11 @@ QString TextDocument::selectionCommand(SelectionCommand command, const QRect &re
         actions &= ~SelectionRemove;
     }
     // Another view may have removed all the lines that are selected in this one.
-    if (isEmptySelection(rect) || ordered(rect).top() > lastLine())
+    const TextSelection selection = wholeSelection(*this, rect, verticalSelection);
+    if (isEmptySelection(rect) || selection.first > lastLine())
         return QString();
-    const bool isBlock = verticalSelection || ordered(rect).height() == 1;
-    const QString text =
-        isBlock ? d->blockSelection(actions, rect) : d->streamSelection(actions, rect);
+    const QString text = selection.isBox ? d->blockSelection(actions, selection)
+                                         : d->streamSelection(actions, selection);
     if ((actions & SelectionCopy) && !text.isEmpty()) {
         QGuiApplication::clipboard()->setText(text);
         d->m->winClipboard = text;
@@ -366,18 +361,17 @@ QString TextDocument::selectionCommand(SelectionCommand command, const QRect &re
     return (actions & SelectionText) ? text : QString();
 }
 
-QString TextDocument::Private::blockSelection(int actions, const QRect &rect)
+QString TextDocument::Private::blockSelection(int actions, const TextSelection &selection)
 {
     const bool wantsText = actions & (SelectionCopy | SelectionText);
     const bool removes = actions & SelectionRemove;
-    const QRect normal = ordered(rect);
-    const ColumnRange box{normal.left(), normal.right()};
-    const int first = std::max(0, normal.top());
-    const int last = std::min(normal.bottom(), q->lastLine());
+    const ColumnRange box{selection.start, selection.end};
+    const int first = std::max(0, selection.first);
+    const int last = std::min(selection.last, q->lastLine());
     const int cursorColumn = wholeCharacters(*contents[first], box).from;
     QString text;
     if (removes)
-        q->macroBegin(QStringLiteral("remove selection"), normal.bottom(), normal.right());
+        q->macroBegin(QStringLiteral("remove selection"), selection.last, selection.end);
     for (int line = first; line <= last; ++line) {
         const TextLine *textLine = contents[line];
         const ColumnRange columns = wholeCharacters(*textLine, box);
@@ -387,20 +381,18 @@ QString TextDocument::Private::blockSelection(int actions, const QRect &rect)
             q->cmdRemove(line, columns.from, columns.length());
     }
     if (removes)
-        q->macroEnd(normal.y(), cursorColumn);
+        q->macroEnd(selection.first, cursorColumn);
     text.chop(1);
     return text;
 }
 
-QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
+QString TextDocument::Private::streamSelection(int actions, const TextSelection &selection)
 {
     const bool wantsText = actions & (SelectionCopy | SelectionText);
     const bool removes = actions & SelectionRemove;
-    const Selection selection(*q, rect);
-    const QRect &normal = selection.normal;
-    const int line = std::max(0, normal.top());
+    const int line = std::max(0, selection.first);
     if (removes)
-        q->macroBegin(QStringLiteral("remove selection"), normal.bottom(), selection.end);
+        q->macroBegin(QStringLiteral("remove selection"), selection.last, selection.end);
     QString text;
     // A selection that starts at the very end of a line loses that line break in
     // the text, which is meant.
@@ -409,7 +401,7 @@ QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
     if (removes)
         q->cmdRemove(line, selection.start, q->textLength(line) - selection.start);
     int current = line + 1;
-    for (int middle = current; middle < normal.bottom() && current <= q->lastLine(); ++middle) {
+    for (int middle = current; middle < selection.last && current <= q->lastLine(); ++middle) {
         if (wantsText)
             text += QStringView(*contents[current]) % lineBreak;
         if (removes)
@@ -426,7 +418,7 @@ QString TextDocument::Private::streamSelection(int actions, const QRect &rect)
         }
     }
     if (removes)
-        q->macroEnd(normal.y(), selection.start);
+        q->macroEnd(selection.first, selection.start);
     return text;
 }
 

@@ -15,26 +15,6 @@
 
 namespace zvwidgets {
 
-namespace {
-
-/// The column at the end of the selection lies outside.
-bool inRect(const QRect &rect, int line, int column, bool vertical)
-{
-    const QRect n = ordered(rect);
-    if (isEmptySelection(rect) || line < n.top() || line > n.bottom())
-        return false;
-    if (vertical || n.top() == n.bottom())
-        return column >= n.left() && column < n.right();
-    const bool forward = runsDiagonally(rect);
-    const int first = forward ? n.left() : n.right();
-    const int second = forward ? n.right() : n.left();
-    if (line == n.top())
-        return column >= first;
-    return line != n.bottom() || column < second;
-}
-
-} // namespace
-
 /// The ends of a selection widened to whole characters, which are what an edit
 /// takes. A box keeps its columns: each of its lines is widened by itself.
 void TextView::Private::widen(QPoint *first, QPoint *second) const
@@ -96,13 +76,12 @@ void TextView::clearSelection()
 
 bool TextView::inSelected(int line, int column) const
 {
-    const bool isVertical = d->manager->fVerticalSelection;
+    const TextSelection selection(selected, d->manager->fVerticalSelection);
     if (line < 0 || line > d->doc->lastLine())
-        return inRect(selected, line, column, isVertical);
+        return selection.contains(line, column);
     // Both halves of one character are selected together.
     const ColumnRange whole = wholeCharacters(*d->doc->lineOf(line), {column, column + 1});
-    return inRect(selected, line, whole.from, isVertical) ||
-           inRect(selected, line, whole.to - 1, isVertical);
+    return selection.contains(line, whole.from) || selection.contains(line, whole.to - 1);
 }
 
 void TextView::lockSelection()
