@@ -5,6 +5,8 @@
 #include "app/editors/editorstab.h"
 #include "app/explorer/explorerpanel.h"
 #include "app/messages/messageoutput.h"
+#include "app/project/project.h"
+#include "app/runmake.h"
 #include "app/search/searchmanager.h"
 #include "app/shell.h"
 
@@ -50,8 +52,11 @@ void Components::makePanels()
 {
     bookmarks.reset(Bookmarks::self());
     explorer.reset(ExplorerPanel::self());
+    project.reset(Project::self());
+    window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
     messages.reset(MessageOutput::self());
     search.reset(SearchManager::self());
+    runMake.reset(RunMake::self());
 }
 
 } // namespace vesk

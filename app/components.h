@@ -11,6 +11,8 @@ class Editors;
 class EditorsTab;
 class ExplorerPanel;
 class MessageOutput;
+class Project;
+class RunMake;
 class SearchManager;
 class Shell;
 
@@ -42,8 +44,10 @@ private:
     std::unique_ptr<EditorsTab> tabs;
     std::unique_ptr<Bookmarks> bookmarks;
     std::unique_ptr<ExplorerPanel> explorer;
+    std::unique_ptr<Project> project;
     std::unique_ptr<MessageOutput> messages;
     std::unique_ptr<SearchManager> search;
+    std::unique_ptr<RunMake> runMake;
 };
 
 } // namespace vesk

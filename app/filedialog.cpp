@@ -17,18 +17,30 @@ void prepare(QFileDialog &dialog, const QString &filter)
     dialog.setNameFilters(filter.split(QStringLiteral(";;"), Qt::SkipEmptyParts));
 }
 
-} // namespace
-
-QStringList FileDialog::openFileNames(const QString &caption, const QString &dir,
-                                      const QString &filter)
+QStringList chooseExisting(QFileDialog::FileMode mode, const QString &caption, const QString &dir,
+                           const QString &filter, const QString &name)
 {
     QFileDialog dialog(MainWindow::self(), caption, dir);
     prepare(dialog, filter);
+    if (!name.isEmpty())
+        dialog.setObjectName(name);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    if (dialog.exec() != QDialog::Accepted)
-        return {};
-    return dialog.selectedFiles();
+    dialog.setFileMode(mode);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+} // namespace
+
+QStringList FileDialog::openFileNames(const QString &caption, const QString &dir,
+                                      const QString &filter, const QString &name)
+{
+    return chooseExisting(QFileDialog::ExistingFiles, caption, dir, filter, name);
+}
+
+QString FileDialog::openFileName(const QString &caption, const QString &dir, const QString &filter,
+                                 const QString &name)
+{
+    return chooseExisting(QFileDialog::ExistingFile, caption, dir, filter, name).value(0);
 }
 
 QString FileDialog::saveFileName(const QString &caption, const QString &dir, const QString &filter,

@@ -1,5 +1,6 @@
 #include "app/components.h"
 #include "app/editors/editors.h"
+#include "app/project/project.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/utils.h"
@@ -93,6 +94,7 @@ int run()
     splash->finish(&shell);
     splash.reset();
     QTimer::singleShot(0, Editors::self(), &Editors::settleInterruptedSaves);
+    QTimer::singleShot(0, Project::self(), &Project::tellOfStart);
     // The window may have been closed before exec(); then there is no loop to quit.
     return shell.isLeaving() ? 0 : QApplication::exec();
 }

@@ -326,6 +326,7 @@ private slots:
     void restoring();
     void faults_data();
     void faults();
+    void diskThatIsGone();
 };
 
 void TestFileSave::saveFollowsLinks()
@@ -486,8 +487,10 @@ void TestFileSave::saveFailureKeepsOldFile()
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"f"_s)), 0666), 0);
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"two"_s)), 0666), 0);
     // Only the user's own file can be replaced by a new one.
-    if (::geteuid() == 0)
-        QCOMPARE(::chown(qPrintable(dir.filePath(u"own"_s)), stranger, gid_t(-1)), 0);
+    for (const QString &each : {u"own"_s, u"read-only"_s}) {
+        if (::geteuid() == 0)
+            QCOMPARE(::chown(qPrintable(dir.filePath(each)), stranger, gid_t(-1)), 0);
+    }
     QCOMPARE(::chmod(qPrintable(dir.filePath(u"read-only"_s)), 0444), 0);
     QCOMPARE(::link(qPrintable(dir.filePath(u"two"_s)), qPrintable(dir.filePath(u"second name"_s))),
              0);
@@ -636,7 +639,10 @@ void TestFileSave::faults()
         const Scene scene(place);
         SavingProcess process(scene.path, scene.after);
         process.step();
+        bool isSynced = false;
         for (int i = 0; process.isHeld() && !isRefused; process.step()) {
+            isSynced = isSynced || process.call() == SYS_fsync;
+            QVERIFY2(isSynced || process.call() != SYS_rename, "the new text may get lost");
             isRefused = calls.contains(process.call()) && i++ == nth;
             if (isRefused)
                 process.refuse(number);
@@ -662,6 +668,41 @@ void TestFileSave::faults()
     }
     QVERIFY(nth > 10);
     QCOMPARE(failures > 3, number != EINTR);
+#else
+    QSKIP("the calls of this machine are not known");
+#endif
+}
+
+// From some call on nothing can be written any more: what the file has lost is in the
+// copy.
+void TestFileSave::diskThatIsGone()
+{
+#ifdef __x86_64__
+    const QList<long> calls = {SYS_write, SYS_pwrite64, SYS_fsync, SYS_ftruncate, SYS_fallocate};
+    int lost = 0;
+    bool isRefused = true;
+    for (int nth = 0; isRefused; ++nth) {
+        isRefused = false;
+        const Scene scene(Place::TwoNames);
+        SavingProcess process(scene.path, scene.after);
+        process.step();
+        for (int i = 0; process.isHeld(); process.step()) {
+            if (calls.contains(process.call()) && i++ >= nth) {
+                isRefused = true;
+                process.refuse(EIO);
+            } else {
+                process.step();
+            }
+        }
+        QCOMPARE(process.exitCode(), isRefused ? SavingProcess::failed : SavingProcess::saved);
+        if (!isRefused || scene.isWhole())
+            continue;
+        ++lost;
+        const std::vector<InterruptedSave> found = InterruptedSave::findAll();
+        QCOMPARE(int(found.size()), 1);
+        QCOMPARE(readFile(found.front().former()), scene.before);
+    }
+    QVERIFY(lost > 0);
 #else
     QSKIP("the calls of this machine are not known");
 #endif

@@ -30,6 +30,7 @@ private slots:
     void coloursAreDrawnWhereTheyStand();
     void whatIsInSightDoesNotDependOnTheRest();
     void oldestRowGoes();
+    void othersTextIsShownAsItIs();
     void chunksBecomeRows();
     void tracebackLeadsToItsFile_data();
     void tracebackLeadsToItsFile();
@@ -177,6 +178,20 @@ void TestMessageOutput::oldestRowGoes()
     output->setMaxItems(10);
     output->insertItem(u"one more"_s);
     QCOMPARE(output->count(), 500);
+}
+
+void TestMessageOutput::othersTextIsShownAsItIs()
+{
+    const QString text = u"#color{#0000ff}\u2588#bgcolor{#00ff00}  File \"x.py\", line 12, in f"_s;
+    output->insertText(u"#color{#ff0000}"_s, text, 7, u"/some/file"_s);
+    output->insertItem(u"next"_s);
+    const auto *const row = static_cast<const MessageItem *>(output->item(0));
+    QCOMPARE(row->text(), text);
+    QCOMPARE(row->fileName(), u"/some/file"_s);
+    QCOMPARE(row->line(), 7);
+    QTRY_VERIFY(isShown(1));
+    QVERIFY(shows([](QRgb pixel) { return pixel == qRgb(255, 0, 0); }));
+    QVERIFY(!shows([](QRgb pixel) { return pixel == qRgb(0, 255, 0); }));
 }
 
 void TestMessageOutput::chunksBecomeRows()

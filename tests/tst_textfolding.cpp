@@ -214,6 +214,10 @@ void TestTextFolding::operations_data()
     row("deleting its first line removes a fold", "create 2 4; delete 2", "0 0 0 0 0 0 0 0 0");
     row("deleting a shared first line removes both", "create 2 6; create 2 6; delete 2",
         "0 0 0 0 0 0 0 0 0");
+    row("two folds come to lie below a closed one", "create 2 4; create 6 7; create 6 7; delete 5",
+        "0 0 +1 .1 .1 *2 .2 0 0");
+    row("closed folds move", "create 1 4; create 5 8; insert 10; insert 10; insert 0",
+        "0 0 +1 .1 .1 .1 +1 .1 .1 .1 0 0 0");
     row("undo does not bring back a fold", "create 2 4; delete 2; undo", "0 0 0 0 0 0 0 0 0 0");
     row("typing opens", "create 2 4; type 3", "0 0 -1 1 1 0 0 0 0 0");
     row("undo of what is hidden opens", "type 3; create 2 4; undo", "0 0 -1 1 1 0 0 0 0 0");
@@ -228,6 +232,7 @@ void TestTextFolding::operations()
     run(script);
     QTEST(shape(), "result");
     QCOMPARE(brokenRule(), QString());
+    checkVisibleLines();
 }
 
 void TestTextFolding::lastLines()

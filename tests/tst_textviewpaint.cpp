@@ -222,6 +222,15 @@ ViewSteps TestTextViewPaint::editingSteps()
              t->doc->cmdInsert(0, 0, u"/*"_s);
          }},
         {"typed in the last line", [](TestTextViewPaint *t) { t->doc->cmdInsert(8, 3, u"x"_s); }},
+        {"typed in a closed fold, among others",
+         [](TestTextViewPaint *t) {
+             t->editor->folding()->createFold(3, 6);
+             QCoreApplication::processEvents();
+             t->doc->macroBegin(u"edits"_s);
+             t->doc->cmdInsert(7, 0, u"x"_s);
+             t->doc->cmdInsert(5, 0, u"x"_s);
+             t->doc->macroEnd();
+         }},
         {"last line marked, then removed",
          [](TestTextViewPaint *t) {
              static QPixmap icon(8, 8);

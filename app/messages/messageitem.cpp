@@ -182,7 +182,8 @@ void MessageItem::walk(const std::function<void(const Run &)> &visit) const
     qsizetype search = 0;
     // Without any "}" left a "#" can't begin a directive: a row of nothing but
     // openers would otherwise be searched to its end for each of them.
-    const qsizetype lastClose = raw.lastIndexOf(u'}');
+    const QStringView markup = markupLength < 0 ? raw : raw.left(markupLength);
+    const qsizetype lastClose = markup.lastIndexOf(u'}');
     for (;;) {
         const qsizetype at = raw.indexOf(u'#', search);
         if (at < 0 || at > lastClose)
@@ -224,6 +225,12 @@ void MessageItem::setText(const QString &text)
 void MessageItem::addText(const QString &text)
 {
     rawText += text;
+    announceText();
+}
+
+void MessageItem::setMarkupLength(qsizetype length)
+{
+    markupLength = length;
     announceText();
 }
 

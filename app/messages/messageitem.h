@@ -17,7 +17,8 @@ namespace vesk {
 ///
 /// "#color{x}" and "#bgcolor{x}", with any colour name as x, hold up to the end
 /// of the row or the next directive of the same kind. There is no escape: a text
-/// that happens to look like a directive is one.
+/// that happens to look like a directive is one, unless it stands after the part that
+/// setMarkupLength() names.
 class MessageItem : public QListWidgetItem
 {
 public:
@@ -37,6 +38,9 @@ public:
     QString text() const;
     void setText(const QString &text);
     void addText(const QString &text);
+    /// Directives count within the first \a length UTF-16 units only, from the start of
+    /// the text; what follows is shown as it is. By default they count everywhere.
+    void setMarkupLength(qsizetype length);
     /// Length of the text with its directives, in UTF-16 units.
     qsizetype rawLength() const { return rawText.size(); }
 
@@ -68,6 +72,7 @@ private:
     bool lineDefined;
     QString filename;
     QString rawText;
+    qsizetype markupLength = -1; ///< -1 for all of the text
     int changes = 0;
     mutable std::unique_ptr<Layout> layout; ///< null until the row is seen or measured
 };

@@ -205,7 +205,7 @@ void MessageOutput::checkMaxItems()
     if (MessageItem *last = lastItem()) {
         QString fileName;
         int line = 0;
-        if (parseTraceback(last->text(), &fileName, &line)) {
+        if (last->fileName().isEmpty() && parseTraceback(last->text(), &fileName, &line)) {
             last->setLine(line);
             last->setFileName(fileName);
         }
@@ -265,6 +265,18 @@ void MessageOutput::insertItem(const QString &s, int line, const QString &fname)
 {
     insertItem(s, line);
     lastItem()->setFileName(fname);
+}
+
+void MessageOutput::insertText(const QString &directives, const QString &text, int line,
+                               const QString &fname)
+{
+    insertItem(directives + text);
+    MessageItem *const row = lastItem();
+    row->setMarkupLength(directives.size());
+    if (line == -1)
+        return;
+    row->setLine(line);
+    row->setFileName(fname);
 }
 
 void MessageOutput::showMessage(const QString &message)

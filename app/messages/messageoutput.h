@@ -30,8 +30,8 @@ public:
     uint maxItems() const;
     /// Holds from the next insertion on, which drops one row at most.
     void setMaxItems(unsigned int count);
-    /// Binds the last row if it is a line of a Python traceback, and makes room
-    /// for one row.
+    /// Binds the last row if it is a line of a Python traceback that leads nowhere yet,
+    /// and makes room for one row.
     void checkMaxItems();
 
 public slots:
@@ -40,6 +40,10 @@ public slots:
     /// \a line counts from 1.
     void insertItem(const QString &s, int line);
     void insertItem(const QString &s, int line, const QString &fname);
+    /// Inserts a row of somebody else's text: directives count in \a directives only.
+    /// \a line counts from 1, -1 for none; \a fname may be empty.
+    void insertText(const QString &directives, const QString &text, int line = -1,
+                    const QString &fname = QString());
     /// Takes output as it comes: each line feed ends a row, and what follows the
     /// last one is continued by the next call.
     void showMessage(const QString &message);

@@ -109,7 +109,10 @@ void DomListViewItem::applyIcon(const DomListView *owner)
 {
     const QString tag = node.nodeName();
     const QIcon icon = owner->d->icons.value(tag);
-    if (!icon.isNull() && owner->d->tagSet.contains(tag))
+    if (icon.isNull() || !owner->d->tagSet.contains(tag))
+        return;
+    // Setting it has the row painted anew.
+    if (QTreeWidgetItem::icon(0).cacheKey() != icon.cacheKey())
         setIcon(0, icon);
 }
 
@@ -155,8 +158,25 @@ void DomListViewItem::removeVanished()
     }
 }
 
+/// True if each shown element below the node is that of one of the items.
+bool DomListViewItem::isComplete(const DomListView *owner) const
+{
+    int missing = childCount();
+    for (QDomNode n = node.firstChild(); !n.isNull(); n = n.nextSibling()) {
+        if (n.isElement() && owner->d->tagSet.contains(n.nodeName()))
+            --missing;
+    }
+    for (int i = 0; i < childCount() && missing == 0; ++i) {
+        if (nameOf(domItem(child(i))->node) != child(i)->text(0))
+            return false;
+    }
+    return missing == 0;
+}
+
 void DomListViewItem::addMissing(const DomListView *owner)
 {
+    if (isComplete(owner))
+        return;
     QSet<QString> names;
     names.reserve(childCount());
     for (int i = 0; i < childCount(); ++i)
@@ -325,21 +345,27 @@ void DomListView::contextMenuEvent(QContextMenuEvent *event)
     if (event->reason() == QContextMenuEvent::Mouse)
         return mouseRightClick(itemAt(event->pos()), event->globalPos(), 0);
     QTreeWidgetItem *item = currentItem();
+    // It may be out of sight, and the menu with it.
+    if (item)
+        scrollToItem(item);
     const QRect row = item ? visualItemRect(item) : QRect();
     mouseRightClick(item, viewport()->mapToGlobal(row.bottomLeft() + QPoint(row.height(), 0)), 0);
 }
 
 void DomListView::mousePressEvent(QMouseEvent *event)
 {
+    const bool isOnItem = itemAt(event->position().toPoint());
     QTreeWidget::mousePressEvent(event);
-    if (event->button() == Qt::LeftButton && !itemAt(event->position().toPoint()))
+    if (event->button() == Qt::LeftButton && !isOnItem)
         mouseClick(nullptr);
 }
 
 void DomListView::mouseDoubleClickEvent(QMouseEvent *event)
 {
+    // Asked before: the answer to a double click may be another tree.
+    const bool isOnItem = itemAt(event->position().toPoint());
     QTreeWidget::mouseDoubleClickEvent(event);
-    if (event->button() == Qt::LeftButton && !itemAt(event->position().toPoint()))
+    if (event->button() == Qt::LeftButton && !isOnItem)
         mouseDoubleClick(nullptr);
 }
 

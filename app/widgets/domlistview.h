@@ -48,6 +48,7 @@ private:
     void init(const DomListView *owner);
     void applyIcon(const DomListView *owner);
     void removeVanished();
+    bool isComplete(const DomListView *owner) const;
     void addMissing(const DomListView *owner);
 };
 
