@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QInputDialog>
+#include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
@@ -80,6 +81,8 @@ bool deleteFromDisk(const QString &path)
     const QFileInfo info(path);
     if (info.isDir() && !info.isSymLink())
         return false;
+    // The toolkit makes the trash, but not the folder it is in.
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     return QFile::moveToTrash(path) || QFile::remove(path);
 }
 
@@ -262,24 +265,26 @@ QStringList Project::askFiles()
 /// of all that are there now.
 QStringList Project::bringTo(const QString &dest, const QStringList &files)
 {
-    const QString folder = dirPath() + dest;
+    const QDir folder(dirPath() + dest);
+    QStringList names;
     QStringList foreign;
     for (const QString &file : files) {
-        if (!isSameFolder(QFileInfo(file).absolutePath(), folder))
+        const QFileInfo info(file);
+        if (isSameFolder(info.absolutePath(), folder.path()))
+            names.append(info.fileName());
+        else if (info.exists())
             foreign.append(file);
-    }
-    const bool mayCopy = foreign.isEmpty() || mayWriteTo(QDir(folder).filePath(u"name"_s));
-    if (!foreign.isEmpty() && mayCopy)
-        zvwidgets::FileOperator::self()->copy(foreign, folder);
-    QStringList names;
-    for (const QString &file : files) {
-        const QString name = QFileInfo(file).fileName();
-        const bool isHere =
-            !foreign.contains(file) || (mayCopy && QFileInfo::exists(QDir(folder).filePath(name)));
-        if (isHere)
-            names.append(name);
-        else if (mayCopy)
+        else
             Message::information(tr("Error"), tr("Can't copy file:\n'%1'").arg(file));
+    }
+    if (foreign.isEmpty() || !mayWriteTo(folder.filePath(u"name"_s)))
+        return names;
+    // It asks about what is there already, and tells what fails.
+    zvwidgets::FileOperator::self()->copy(foreign, folder.path());
+    for (const QString &file : std::as_const(foreign)) {
+        const QString name = QFileInfo(file).fileName();
+        if (folder.exists(name))
+            names.append(name);
     }
     return names;
 }
