@@ -1,9 +1,12 @@
 #include "app/components.h"
 
 #include "app/bookmarks/bookmarks.h"
+#include "app/ctags/ctagsparser.h"
+#include "app/ctags/tagspanel.h"
 #include "app/editors/editors.h"
 #include "app/editors/editorstab.h"
 #include "app/explorer/explorerpanel.h"
+#include "app/filetype.h"
 #include "app/messages/messageoutput.h"
 #include "app/project/project.h"
 #include "app/runmake.h"
@@ -18,7 +21,9 @@ Components::Components()
     : window(std::make_unique<Shell>(nullptr, QStringLiteral("vesk::Shell")))
     , editors(std::make_unique<Editors>(*window))
     , tabs(std::make_unique<EditorsTab>(*editors))
+    , tagParser(CTagsParser::self())
 {
+    FileTypeManager::self()->setParser(tagParser.get());
     tabs->setTabPosition(EditorsTab::Bottom);
     window->setWorkspaceTabs(tabs.get());
 }
@@ -27,6 +32,7 @@ Components::~Components()
 {
     // Before the panels leave the docks. The members go after this, last one first.
     window->saveGeometryOnce();
+    FileTypeManager::self()->setParser(nullptr);
 }
 
 void Components::openArguments()
@@ -55,6 +61,7 @@ void Components::makePanels()
     project.reset(Project::self());
     window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
     messages.reset(MessageOutput::self());
+    tags.reset(TagsPanel::self());
     search.reset(SearchManager::self());
     runMake.reset(RunMake::self());
 }

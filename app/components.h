@@ -7,6 +7,7 @@
 namespace vesk {
 
 class Bookmarks;
+class CTagsParser;
 class Editors;
 class EditorsTab;
 class ExplorerPanel;
@@ -15,6 +16,7 @@ class Project;
 class RunMake;
 class SearchManager;
 class Shell;
+class TagsPanel;
 
 /// Owns what the program consists of. What is written first is made first and
 /// deleted last; a component may use those before it, through its arguments or
@@ -42,10 +44,12 @@ private:
     std::unique_ptr<Shell> window;
     std::unique_ptr<Editors> editors;
     std::unique_ptr<EditorsTab> tabs;
+    std::unique_ptr<CTagsParser> tagParser;
     std::unique_ptr<Bookmarks> bookmarks;
     std::unique_ptr<ExplorerPanel> explorer;
     std::unique_ptr<Project> project;
     std::unique_ptr<MessageOutput> messages;
+    std::unique_ptr<TagsPanel> tags;
     std::unique_ptr<SearchManager> search;
     std::unique_ptr<RunMake> runMake;
 };

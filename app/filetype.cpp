@@ -293,6 +293,12 @@ void FileTypeManager::openByDefault(const QString &fileName)
         d->defaultOpener(fileName);
 }
 
+void FileTypeManager::setParser(Parser *parser)
+{
+    for (FileType *const type : std::as_const(d->fileTypes))
+        type->setParser(parser);
+}
+
 QFileIconProvider *FileTypeManager::fileIconProvider() const
 {
     return d->fileIconProvider.get();

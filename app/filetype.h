@@ -104,6 +104,8 @@ public:
     /// \a opener gets the files whose type has no handler of its own.
     void setDefaultOpener(const std::function<void(const QString &)> &opener);
     void openByDefault(const QString &fileName);
+    /// Gives all types \a parser, or none if it is null.
+    void setParser(Parser *parser);
     QFileIconProvider *fileIconProvider() const;
 
 private:

@@ -15,6 +15,11 @@ namespace vesk {
 
 namespace {
 
+/// Longer lines, and symbols in more scopes than that, are garbage that would make a
+/// tree without end.
+constexpr qsizetype longestLine = 65536;
+constexpr qsizetype mostScopes = 100;
+
 constexpr int variableType = 101;
 constexpr int namespaceType = 114;
 
@@ -74,22 +79,35 @@ QStringView scopeOf(QStringView field)
     return field;
 }
 
+/// The tool doubles backslashes, which names in TeX and PHP have.
+QString plainName(QStringView field)
+{
+    return field.toString().replace("\\\\"_L1, "\\"_L1);
+}
+
 /// Makes the nodes of all entries, and links each of them once.
 class TreeBuilder
 {
 public:
-    explicit TreeBuilder(const QList<CTagsLine> &lines)
+    TreeBuilder(const QList<CTagsLine> &lines, const std::atomic_bool *stopFlag)
+        : isStopped(stopFlag)
     {
-        entries.assign(lines.cbegin(), lines.cend());
-        for (const CTagsLine &entry : std::as_const(entries))
-            addNode(entry);
+        for (const CTagsLine &line : lines) {
+            if (hasToStop())
+                break;
+            entries.push_back(line);
+            addNode(line);
+        }
     }
 
     std::unique_ptr<Node> build()
     {
         makeMissingScopes();
-        for (const CTagsLine &entry : entries)
+        for (const CTagsLine &entry : entries) {
+            if (hasToStop())
+                break;
             link(entry);
+        }
         if (top.lastChild)
             return std::move(firstTop);
         auto none = std::make_unique<Node>(nullptr);
@@ -106,6 +124,8 @@ private:
         Node *node = nullptr;
         Node *lastChild = nullptr;
     };
+
+    bool hasToStop() const { return isStopped && *isStopped; }
 
     Record &addNode(const CTagsLine &entry)
     {
@@ -124,7 +144,7 @@ private:
     {
         QSet<QString> seen;
         // The list grows meanwhile, at its end.
-        for (std::size_t i = 0; i < entries.size(); ++i) {
+        for (std::size_t i = 0; i < entries.size() && !hasToStop(); ++i) {
             const QString scope = entries[i].parent;
             if (!scope.isEmpty() && !seen.contains(scope)) {
                 seen.insert(scope);
@@ -171,6 +191,7 @@ private:
         above.lastChild = node;
     }
 
+    const std::atomic_bool *const isStopped;
     std::deque<CTagsLine> entries;
     std::unordered_map<QString, Record> records; ///< by scoped name
     Record top;
@@ -179,43 +200,27 @@ private:
 
 } // namespace
 
-TextLines::TextLines(QStringView text) : length(text.size())
-{
-    for (qsizetype at = text.indexOf(u'\n'); at >= 0; at = text.indexOf(u'\n', at + 1))
-        lineEnds.append(at);
-}
-
-int TextLines::lastPos(int line) const
-{
-    const qsizetype index = qMax(line, 0);
-    const qsizetype start = index == 0                 ? 0
-                            : index <= lineEnds.size() ? lineEnds[index - 1] + 1
-                                                       : length;
-    if (start + 1 >= length)
-        return int(start + 1);
-    // The end of an empty line is passed over.
-    const auto end = std::lower_bound(lineEnds.begin() + qMin(index, lineEnds.size()),
-                                      lineEnds.end(), start + 1);
-    return int(end == lineEnds.end() ? length : *end - 1);
-}
-
-CTagsOutput::CTagsOutput(const QString &text, const QString &ext_) : ext(ext_), textLines(text)
+CTagsOutput::CTagsOutput(const QString &text, const QString &ext_,
+                         const std::atomic_bool *isStopped_)
+    : ext(ext_), textLines(text), isStopped(isStopped_)
 {}
 
 void CTagsOutput::addLine(QStringView line)
 {
+    if (line.size() > longestLine)
+        return;
     const QList<QStringView> fields = line.split(u'\t', Qt::SkipEmptyParts);
-    if (fields.size() <= 3)
+    if (fields.size() <= 3 || fields.value(4).count("::"_L1) >= mostScopes)
         return;
     CTagsLine entry;
-    entry.tag = fields[0].toString();
-    entry.oParent = fields.value(4).toString();
+    entry.tag = plainName(fields[0]);
+    entry.oParent = plainName(fields.value(4));
     entry.parent = scopeOf(entry.oParent).toString();
     entry.fullTag = entry.parent.isEmpty() ? entry.tag : entry.parent + u"::"_s + entry.tag;
     QStringView number = fields[2];
     if (number.endsWith(";\""_L1))
         number.chop(2);
-    entry.line = number.toInt() - 1;
+    entry.line = qMax(number.toInt(), 0) - 1;
     entry.type = typeOf(fields[3], ext);
     entry.pos = textLines.lastPos(entry.line);
     lines.append(entry);
@@ -225,6 +230,8 @@ void CTagsOutput::addLines(const QByteArray &output)
 {
     qsizetype start = 0;
     for (qsizetype end = output.indexOf('\n'); end >= 0; end = output.indexOf('\n', start)) {
+        if (isStopped && *isStopped)
+            return;
         addLine(QString::fromUtf8(QByteArrayView(output).sliced(start, end - start)));
         start = end + 1;
     }
@@ -232,7 +239,7 @@ void CTagsOutput::addLines(const QByteArray &output)
 
 std::unique_ptr<Node> CTagsOutput::buildTree() const
 {
-    return TreeBuilder(lines).build();
+    return TreeBuilder(lines, isStopped).build();
 }
 
 } // namespace vesk

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "app/ctags/textlines.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringView>
 
+#include <atomic>
 #include <memory>
 
 namespace vesk {
@@ -23,27 +26,15 @@ struct CTagsLine
     int pos = 0;  ///< offset in the text, see Parser::xy2pos()
 };
 
-/// The lines of a text by number, found without walking the text again.
-class TextLines
-{
-public:
-    explicit TextLines(QStringView text);
-
-    /// What Parser::xy2pos() says for the text.
-    int lastPos(int line) const;
-
-private:
-    QList<qsizetype> lineEnds;
-    qsizetype length;
-};
-
 /// What the tool prints for one text, and the tree that comes of it.
 class CTagsOutput
 {
 public:
     /// \a ext is the ending of the file's name with its dot: it decides what some
-    /// kinds mean.
-    CTagsOutput(const QString &text, const QString &ext);
+    /// kinds mean. Once \a isStopped, where given, is true, the result is of no use any
+    /// more and all work ends early.
+    CTagsOutput(const QString &text, const QString &ext,
+                const std::atomic_bool *isStopped = nullptr);
 
     /// Takes one line of the tool's output without its line end. Lines of fewer
     /// than four fields are no symbols.
@@ -61,6 +52,7 @@ public:
 private:
     const QString ext;
     const TextLines textLines;
+    const std::atomic_bool *const isStopped;
     QList<CTagsLine> lines;
 };
 

@@ -4,7 +4,6 @@
 #include "app/ctags/node.h"
 #include "app/message.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -12,11 +11,15 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QThreadPool>
 #include <QTimer>
 
+#include <atomic>
 #include <utility>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -32,12 +35,40 @@ constexpr qsizetype mostOutput = 256 * 1024 * 1024;
 /// is no language's, and would not fit into a file name.
 constexpr qsizetype longestExtension = 100;
 
+/// In seconds: a folder of that age was left by a run of this program that was killed.
+constexpr qint64 oldestFolder = 3600;
+const QString folderPattern = u"vesk-tags-%1"_s;
+
+/// Read by the tool in its working folder. Of the optional fields it prints only the
+/// scope, which then is the one after the kind; others there would be taken for it.
+constexpr char toolOptions[] = "--fields=fks\n"
+                               "--fields-all=-{access}{category}{implements}{mixin}{nameref}"
+                               "{package}{packageName}{protocols}{uri}\n";
+
 const QStringList forcedExtensions{u".ch"_s, u".CH"_s, u".chf"_s, u".CHF"_s, u".chs"_s, u".CHS"_s};
 
 QString extensionOf(const QString &filePath)
 {
     const qsizetype dot = filePath.lastIndexOf(u'.');
     return dot < 0 ? QString() : filePath.mid(dot);
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(bytes) >= 0 &&
+           file.flush();
+}
+
+void removeLeftFolders()
+{
+    const QDateTime limit = QDateTime::currentDateTime().addSecs(-oldestFolder);
+    const QFileInfoList folders = QDir::temp().entryInfoList(
+        {folderPattern.arg(u'*')}, QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+    for (const QFileInfo &folder : folders) {
+        if (folder.ownerId() == getuid() && folder.lastModified() < limit)
+            QDir(folder.filePath()).removeRecursively();
+    }
 }
 
 } // namespace
@@ -49,28 +80,29 @@ struct CTagsParser::Job
     QString ext;
     QString text;
     std::unique_ptr<QTemporaryDir> folder; ///< goes with all in it, whatever happens
-    QString tmpname;
+    QString tmpname;                       ///< in the folder
     QByteArray output;
     std::unique_ptr<Node> tree;
 
     bool writeCopy()
     {
         // mkdtemp(3) makes it for us alone, under a name that nobody knows before.
-        folder = std::make_unique<QTemporaryDir>(QDir::tempPath() + u"/vesk-XXXXXX"_s);
+        folder =
+            std::make_unique<QTemporaryDir>(QDir::temp().filePath(folderPattern.arg(u"XXXXXX")));
         const bool fits = !ext.contains(u'/') && ext.toUtf8().size() <= longestExtension;
-        tmpname =
-            folder->filePath(u"vesk_"_s + QString::number(QDateTime::currentSecsSinceEpoch()) +
-                             QString::number(key) + (fits ? ext : QString()));
-        QFile copy(tmpname);
-        return folder->isValid() && copy.open(QIODevice::WriteOnly | QIODevice::NewOnly) &&
-               copy.write(text.toUtf8()) >= 0 && copy.flush();
+        // The same in all runs: the tool makes names for what has none from the file's.
+        tmpname = u"vesk"_s + (fits ? ext : QString());
+        return folder->isValid() && QDir(folder->path()).mkdir(u".ctags.d"_s) &&
+               writeFile(folder->filePath(u".ctags.d/vesk.ctags"_s), toolOptions) &&
+               writeFile(folder->filePath(tmpname), text.toUtf8());
     }
 
-    void makeTree()
+    /// Lets go of all that is large: freeing it takes a thread's time too.
+    void makeTree(const std::atomic_bool &isStopped)
     {
         folder.reset();
-        CTagsOutput result(text, ext);
-        result.addLines(output);
+        CTagsOutput result(std::exchange(text, QString()), ext, &isStopped);
+        result.addLines(std::exchange(output, QByteArray()));
         tree = result.buildTree();
     }
 };
@@ -80,6 +112,8 @@ struct CTagsParser::Private
     QString ext; ///< of the text that parse() is about
     QHash<QProcess *, std::shared_ptr<Job>> jobs;
     QThreadPool pool;
+    std::atomic_bool isStopped = false;
+    bool areLeftFoldersRemoved = false;
     /// The user knows that the program can't be run.
     bool isFailureTold = false;
 };
@@ -89,34 +123,39 @@ CTagsParser::CTagsParser(QObject *parent) : Parser(parent), d(std::make_unique<P
 
 CTagsParser::~CTagsParser()
 {
+    d->isStopped = true;
     d->pool.clear();
-    d->pool.waitForDone();
     for (auto it = d->jobs.begin(); it != d->jobs.end(); ++it) {
         it.key()->disconnect(this);
         it.key()->kill();
     }
     for (auto it = d->jobs.begin(); it != d->jobs.end(); ++it)
         it.key()->waitForFinished();
+    d->pool.waitForDone();
 }
 
 CTagsParser *CTagsParser::self()
 {
-    static const QPointer<CTagsParser> parser = new CTagsParser(QCoreApplication::instance());
+    static QPointer<CTagsParser> parser;
+    if (!parser)
+        parser = new CTagsParser;
     return parser;
 }
 
-int CTagsParser::parse(const QString &text, const QString &filePath)
+int CTagsParser::parse(const QString &text, const QString &filePath, int key)
 {
     d->ext = extensionOf(filePath);
-    return Parser::parse(text, filePath);
+    return Parser::parse(text, filePath, key);
 }
 
 int CTagsParser::parse(const QString &text)
 {
     const auto job = std::make_shared<Job>();
-    job->key = calculateKey(text);
+    job->key = keyOfText();
     job->ext = d->ext;
     job->text = text;
+    if (!std::exchange(d->areLeftFoldersRemoved, true))
+        d->pool.start(removeLeftFolders);
     d->pool.start([this, job] {
         const bool isWritten = job->writeCopy();
         QMetaObject::invokeMethod(
@@ -136,6 +175,12 @@ void CTagsParser::start(const std::shared_ptr<Job> &job)
     process->setArguments(arguments);
     // There, the options that a folder being edited holds for the tool don't count.
     process->setWorkingDirectory(job->folder->path());
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // It sorts by a further program, which in other locales drops names that differ.
+    environment.insert(u"LC_ALL"_s, u"C"_s);
+    // What it writes while it sorts goes with the folder, also if it is killed.
+    environment.insert(u"TMPDIR"_s, job->folder->path());
+    process->setProcessEnvironment(environment);
     connect(process, &QProcess::readyReadStandardOutput, this, &CTagsParser::readyReadStdout);
     connect(process, &QProcess::readyReadStandardError, this, &CTagsParser::readyReadStderr);
     connect(process, &QProcess::finished, this, &CTagsParser::processExited);
@@ -152,7 +197,7 @@ void CTagsParser::start(const std::shared_ptr<Job> &job)
 
 void CTagsParser::startFailed(const Job &job)
 {
-    forget(job.key);
+    fail(job.key);
     if (std::exchange(d->isFailureTold, true))
         return;
     Message::warning(tr("Error"), tr("Can't run ctags program"), QMessageBox::Ok, 0, 0);
@@ -183,7 +228,7 @@ void CTagsParser::processExited()
     const std::shared_ptr<Job> job = d->jobs.take(process);
     process->deleteLater();
     d->pool.start([this, job] {
-        job->makeTree();
+        job->makeTree(d->isStopped);
         QMetaObject::invokeMethod(
             this, [this, job] { deliver(*job); }, Qt::QueuedConnection);
     });

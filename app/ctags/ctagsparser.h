@@ -10,22 +10,23 @@ namespace vesk {
 
 /// Parses texts with the external program ctags: writes a copy of the text into
 /// a private folder, runs the program there and makes the tree of what it prints.
-/// Copying and making the tree are done by a thread, so a large text does not hold
+/// Writing and making the tree are done by a thread, so a large text does not hold
 /// up the window. Several texts may be parsed at once. A text for which the program
-/// can't be started has no result.
+/// can't be started has no result: the user is told, but not again before a start
+/// has succeeded.
 class CTagsParser : public Parser
 {
     Q_OBJECT
 public:
     explicit CTagsParser(QObject *parent = nullptr);
-    /// Stops what still runs, and removes its files.
+    /// Stops what still runs, without waiting for its results, and removes its files.
     ~CTagsParser() override;
 
-    /// The one of the program, made at the first call. It goes with the
-    /// application object.
+    /// The one of the program, made at the first call. `Components` owns it.
     static CTagsParser *self();
 
-    int parse(const QString &text, const QString &filePath) override;
+    using Parser::parse;
+    int parse(const QString &text, const QString &filePath, int key) override;
 
 protected:
     int parse(const QString &text) override;

@@ -44,6 +44,12 @@ constexpr TypeRow typeRows[] = {
     {114, "Namespace", "16x16_tNamespace"},
 };
 
+/// What the cache calls the file \a fileName.
+QString cacheName(const QString &fileName)
+{
+    return fileName.isEmpty() ? u"Untitled"_s : fileName;
+}
+
 } // namespace
 
 Parser::Parser(QObject *parent) : QObject(parent)
@@ -67,15 +73,21 @@ int Parser::parseFile(const QString &fileName)
 
 int Parser::parse(const QString &text, const QString &fileName)
 {
-    const int key = calculateKey(text);
+    return parse(text, fileName, calculateKey(text));
+}
+
+int Parser::parse(const QString &text, const QString &fileName, int key)
+{
     if (isParsing(key))
         return key;
-    const QString name = fileName.isEmpty() ? u"Untitled"_s : fileName;
+    const QString name = cacheName(fileName);
     fileNames.insert(key, name);
     const auto cached = cachedNodes.find(name);
-    if (cached == cachedNodes.end() || cached->second.key != key)
+    if (cached == cachedNodes.end() || cached->second.key != key) {
+        startedKey = key;
         return parse(text);
-    nodesToSend.insert(key, cached->second.node.get());
+    }
+    nodesToSend.insert(key, cached->second.node);
     QTimer::singleShot(0, this, &Parser::sendNodes);
     return key;
 }
@@ -85,15 +97,16 @@ bool Parser::isParsing(int key) const
     return fileNames.contains(key);
 }
 
-void Parser::forget(int key)
+void Parser::fail(int key)
 {
     fileNames.remove(key);
+    emit failed(key);
 }
 
-const Node *Parser::tree(const QString &fileName) const
+std::shared_ptr<const Node> Parser::tree(const QString &fileName) const
 {
-    const auto cached = cachedNodes.find(fileName.isEmpty() ? u"Untitled"_s : fileName);
-    return cached == cachedNodes.end() ? nullptr : cached->second.node.get();
+    const auto cached = cachedNodes.find(cacheName(fileName));
+    return cached == cachedNodes.end() ? nullptr : cached->second.node;
 }
 
 void Parser::sendNodes()
@@ -101,21 +114,21 @@ void Parser::sendNodes()
     // Slots may start further parses.
     while (!nodesToSend.isEmpty()) {
         const int key = nodesToSend.firstKey();
-        emit nodes(key, nodesToSend.take(key));
+        sentNode = nodesToSend.take(key);
+        emit nodes(key, sentNode.get());
     }
+    sentNode.reset();
 }
 
 void Parser::cacheNodes(int key, Node *node)
 {
     const QString fileName = fileNames.take(key);
-    std::unique_ptr<Node> &cached = cachedNodes[fileName].node;
-    if (cached.get() == node)
+    const std::shared_ptr<Node> &newest = cachedNodes[fileName].node;
+    if (newest.get() == node)
         return;
-    if (Node *old = cached.get()) {
-        nodesToSend.removeIf([old](const auto &entry) { return entry.value() == old; });
-        emit dropped(old);
-    }
-    cachedNodes[fileName] = {key, std::unique_ptr<Node>(node)};
+    // A tree sent from the cache may have been replaced there meanwhile.
+    const bool isShared = sentNode && sentNode.get() == node;
+    cachedNodes[fileName] = {key, isShared ? sentNode : std::shared_ptr<Node>(node)};
     emit reparsed(fileName, node);
 }
 
@@ -166,10 +179,15 @@ int Parser::xy2pos(int, int y, const QString &text)
     return int(lineEnd < 0 ? text.size() : lineEnd - 1);
 }
 
-int Parser::calculateKey(const QString &text)
+int Parser::calculateKey(QStringView text)
 {
-    const auto *units = text.utf16();
+    const char16_t *const units = text.utf16();
     return int(std::accumulate(units, units + text.size(), quint32(0)));
+}
+
+int Parser::joinedKey(int first, int second)
+{
+    return int(quint32(first) + quint32(second));
 }
 
 } // namespace vesk

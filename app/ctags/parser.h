@@ -4,6 +4,7 @@
 #include <QMap>
 #include <QObject>
 #include <QString>
+#include <QStringView>
 
 #include <map>
 #include <memory>
@@ -17,7 +18,8 @@ struct Node;
 /// parse of one text and emits nodes() when it is done. Nothing blocks: a parse
 /// answers with a key, and the tree comes later under that key.
 ///
-/// Trees belong to the cache. Who keeps one has to let go of it at dropped().
+/// A tree lives while it is the newest of its file, or as long as somebody shares
+/// it: tree() gives such a share.
 class Parser : public QObject
 {
     Q_OBJECT
@@ -32,6 +34,8 @@ public:
     /// delivered from the cache. Returns the key under which nodes() comes.
     /// Nothing is started while a text of that key is being parsed.
     virtual int parse(const QString &text, const QString &fileName);
+    /// The same for a text whose key is known already: it takes a walk through it.
+    virtual int parse(const QString &text, const QString &fileName, int key);
     /// Name of the node's type; empty for an unknown one. A function whose name
     /// starts with "__" counts as a private one.
     virtual QString typeName(const Node *node) const;
@@ -48,26 +52,31 @@ public:
     /// the text: what compares symbols with a line relies on both.
     static int xy2pos(int x, int y, const QString &text);
     /// Sum of the character codes. Two texts may have the same key.
-    static int calculateKey(const QString &text);
+    static int calculateKey(QStringView text);
+    /// The key of two texts in a row.
+    static int joinedKey(int first, int second);
 
     /// The newest tree of \a fileName; null if none was made.
-    const Node *tree(const QString &fileName) const;
+    std::shared_ptr<const Node> tree(const QString &fileName) const;
     /// True from parse() until nodes() of that key, or until the parse failed.
     bool isParsing(int key) const;
 
 signals:
-    /// The result of the parse that answered with \a key. Not owned.
+    /// The result of the parse that answered with \a key. When others than this
+    /// class hear of it, the cache owns the tree.
     void nodes(int key, vesk::Node *node);
     /// A new tree of \a fileName is in the cache.
     void reparsed(const QString &fileName, vesk::Node *node);
-    /// \a node, the first of a tree, is about to be freed.
-    void dropped(vesk::Node *node);
+    /// There will be no nodes() for \a key.
+    void failed(int key);
 
 protected:
-    /// Starts the parse of \a text. Returns its key.
+    /// Starts the parse of \a text. Returns its key, which is keyOfText().
     virtual int parse(const QString &text) = 0;
-    /// No result will come for \a key.
-    void forget(int key);
+    /// The key of the text that parse() is called with.
+    int keyOfText() const { return startedKey; }
+    /// To be called instead of emitting nodes(). Emits failed().
+    void fail(int key);
 
 private slots:
     void sendNodes();
@@ -77,7 +86,7 @@ private:
     struct Cached
     {
         int key;
-        std::unique_ptr<Node> node;
+        std::shared_ptr<Node> node;
     };
     struct Type
     {
@@ -88,9 +97,11 @@ private:
     const Type *typeOf(const Node *node) const;
 
     QMap<int, Type> types;
-    std::map<QString, Cached> cachedNodes; ///< by file name
-    QMap<int, Node *> nodesToSend;         ///< cached trees to be delivered, by key
-    QMap<int, QString> fileNames;          ///< of the parses in flight, by key
+    std::map<QString, Cached> cachedNodes;        ///< by file name
+    QMap<int, std::shared_ptr<Node>> nodesToSend; ///< cached trees to be delivered, by key
+    std::shared_ptr<Node> sentNode;               ///< the one being delivered from the cache
+    QMap<int, QString> fileNames;                 ///< of the parses in flight, by key
+    int startedKey = 0;
 };
 
 } // namespace vesk

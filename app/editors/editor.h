@@ -98,6 +98,9 @@ public:
 
     /// True without any text. Much text must not make it slow.
     virtual bool isEmpty() const = 0;
+    virtual int lineCount() const = 0;
+    /// Another number after each change of the text, and now and then without one.
+    virtual unsigned revision() const = 0;
 
     bool hasFileName() const;
     /// Why the last open(), save() or saveAs() failed; empty if it succeeded, and

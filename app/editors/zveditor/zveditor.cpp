@@ -553,6 +553,16 @@ bool ZVEditor::isEmpty() const
     return d->document->lastLine() <= 0 && d->document->textLength(0) == 0;
 }
 
+int ZVEditor::lineCount() const
+{
+    return d->document->lastLine() + 1;
+}
+
+unsigned ZVEditor::revision() const
+{
+    return d->document->revision();
+}
+
 void ZVEditor::changedStatus(int change)
 {
     if (change == TextEditor::Modification)

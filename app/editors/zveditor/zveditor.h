@@ -74,6 +74,8 @@ public:
     void completeWordPrev() override;
     void addCompletionList(const QStringList &words, int minimumMatchedLength) override;
     bool isEmpty() const override;
+    int lineCount() const override;
+    unsigned revision() const override;
 
 private slots:
     void changedStatus(int change);
