@@ -1,6 +1,6 @@
 #include "app/search/finddialog.h"
 
-#include "app/search/dialogparts.h"
+#include "app/widgets/dialogparts.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,6 +1,6 @@
 #include "app/search/gotolinedialog.h"
 
-#include "app/search/dialogparts.h"
+#include "app/widgets/dialogparts.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

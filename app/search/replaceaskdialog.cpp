@@ -1,6 +1,6 @@
 #include "app/search/replaceaskdialog.h"
 
-#include "app/search/dialogparts.h"
+#include "app/widgets/dialogparts.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #include "app/search/searchinfiles.h"
 
 #include "app/filedialog.h"
-#include "app/search/dialogparts.h"
+#include "app/widgets/dialogparts.h"
 #include "app/search/treewalk.h"
 #include "app/settings.h"
 #include "app/shell.h"

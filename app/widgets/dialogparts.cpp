@@ -1,4 +1,4 @@
-#include "app/search/dialogparts.h"
+#include "app/widgets/dialogparts.h"
 
 #include <QCheckBox>
 #include <QComboBox>

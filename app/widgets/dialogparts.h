@@ -11,7 +11,7 @@ class QWidget;
 
 namespace vesk {
 
-/// What the search dialogs are made of. Everything made belongs to the widget
+/// What the dialogs are made of. Everything made belongs to the widget
 /// that it is made for, and bears the given object name.
 namespace DialogParts {
 
