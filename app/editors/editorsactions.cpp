@@ -88,10 +88,6 @@ void Editors::createActions()
     Action *const open = Actions::action(QStringLiteral("Editors/toolbar/open"));
     open->setUsesTextLabel(true);
     open->setTextPosition(Qt::ToolButtonTextBesideIcon);
-
-    // Nothing can be configured yet.
-    for (const char *name : {"Editors/configure", "Editors/configure_hl"})
-        Actions::action(QString::fromLatin1(name))->setEnabled(false);
 }
 
 void Editors::focusChanged(QObject *who)

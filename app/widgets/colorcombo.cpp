@@ -71,7 +71,7 @@ void ColorCombo::setColor(const QColor &color)
 
 QColor ColorCombo::color() const
 {
-    return currentColor;
+    return hasColor() ? currentColor : QColor();
 }
 
 bool ColorCombo::hasColor() const

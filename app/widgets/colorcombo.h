@@ -16,7 +16,7 @@ public:
 
     /// An invalid colour selects "none".
     void setColor(const QColor &color);
-    /// The last colour chosen, also while "none" is selected.
+    /// Invalid while "none" is selected.
     QColor color() const;
     bool hasColor() const;
     /// A standard name or any other the toolkit knows; one that is neither
@@ -26,6 +26,8 @@ public:
     QString colorName() const;
 
 signals:
+    /// The user chose an entry. \a color is the last colour that there was, also after
+    /// "none": ask hasColor().
     void activated(const QColor &color);
 
 private:

@@ -39,12 +39,6 @@ namespace vesk {
 namespace {
 
 constexpr QLatin1String foldingPrefix("/editors/folding/");
-constexpr QLatin1String highlightPrefix("/zveditor/hl");
-constexpr QLatin1String tabWidthKey("/zveditor/TabWidth");
-constexpr QLatin1String fontKey("/zveditor/Font");
-/// Nothing writes it: the width for other programs' use does not follow the width on
-/// screen.
-constexpr QLatin1String otherTabWidthKey("/Editor/TabWidth");
 
 constexpr int reloadCheckInterval = 1000; // ms
 constexpr int contextLines = 10;
@@ -94,39 +88,6 @@ FoldersState foldsFromText(const QString &text)
     }
     return state;
 }
-
-struct FlagOption
-{
-    const char *key;
-    bool value;
-    bool TextEditorManager::*flag;
-};
-
-/// "ReplaceTabs" goes into the flag that keeps tabs, as it stands: with the
-/// option on, tabs are kept. Word wrap is only the start value of new documents.
-constexpr FlagOption flagOptions[] = {
-    {"/zveditor/AutoIndent", true, &TextEditorManager::fAutoIndent},
-    {"/zveditor/BackspaceIndent", true, &TextEditorManager::fBackspaceIndent},
-    {"/zveditor/SmartHome", true, &TextEditorManager::fSmartHome},
-    {"/zveditor/WrapCursor", true, &TextEditorManager::fCursorWrap},
-    {"/zveditor/ReplaceTabs", true, &TextEditorManager::fSaveTab},
-    {"/zveditor/RemoveSpacer", false, &TextEditorManager::fRemoveSpaces},
-    {"/zveditor/WordWrap", true, &TextEditorManager::fLineWrap},
-};
-
-struct SetterOption
-{
-    const char *key;
-    bool value;
-    void (TextEditorManager::*set)(bool);
-};
-
-constexpr SetterOption setterOptions[] = {
-    {"/zveditor/IndicatorMargin", true, &TextEditorManager::setIndicatorMarginVisible},
-    {"/zveditor/LineNumberMargin", false, &TextEditorManager::setLineNumberMarginVisible},
-    {"/zveditor/SelectionMargin", false, &TextEditorManager::setSelectionMarginVisible},
-    {"/zveditor/VerticalSelection", false, &TextEditorManager::setVerticalSelection},
-};
 
 } // namespace
 
@@ -217,24 +178,6 @@ TextEditorManager *ZVEditor::manager()
         loadConfig();
     }
     return Private::manager;
-}
-
-void ZVEditor::loadConfig()
-{
-    TextEditorManager *const m = manager();
-    m->setGlobalConfig(Settings::self());
-    m->setHlSettingsKey(Settings::storeKey(Settings::keyPrefix() + highlightPrefix));
-    for (const FlagOption &option : flagOptions)
-        m->*option.flag = Settings::readBool(QString::fromLatin1(option.key), option.value);
-    m->fIndentationGuides = false;
-    for (const SetterOption &option : setterOptions)
-        (m->*option.set)(Settings::readBool(QString::fromLatin1(option.key), option.value));
-    m->setTabWidth(Settings::readNum(tabWidthKey, 4));
-    QFont font;
-    font.fromString(
-        Settings::read(fontKey, QStringLiteral("Luxi Mono [Zvc],11,-1,5,50,0,0,0,0,0")));
-    m->setFont(font);
-    m->currentLineColor = QColor(QStringLiteral("#efefff"));
 }
 
 QString ZVEditor::text() const
@@ -447,12 +390,6 @@ void ZVEditor::unindent()
     d->editor->unindent();
 }
 
-void ZVEditor::configure()
-{}
-
-void ZVEditor::configureHighlighting()
-{}
-
 QString ZVEditor::filename() const
 {
     return d->editor->filePath();
@@ -526,11 +463,6 @@ void ZVEditor::clearTrace()
 bool ZVEditor::replaceTabs() const
 {
     return !manager()->fSaveTab;
-}
-
-int ZVEditor::tabWidthInSpaces() const
-{
-    return Settings::readNum(otherTabWidthKey, 4);
 }
 
 void ZVEditor::completeWordNext()

@@ -53,6 +53,7 @@ public:
     void selectAll() override;
     void indent() override;
     void unindent() override;
+    /// Changes the options of all editors.
     void configure() override;
     void configureHighlighting() override;
     QString filename() const override;
@@ -83,6 +84,7 @@ private slots:
     void updateFileInfo();
 
 private:
+    static void keepOptions();
     void fillContextMenu();
     void settleEncoding(const QString &path);
     bool write(const QString &path, const std::function<bool()> &save);
