@@ -271,9 +271,12 @@ void FilesList::setFocus()
     QTreeWidget::setFocus();
 }
 
+/// A list that nobody sees leaves the line to others: at the start it tells of the
+/// files that were opened.
 void FilesList::status(const QString &text) const
 {
-    Shell::self()->statusMessage(QStringLiteral("default"), text);
+    if (isVisible())
+        Shell::self()->statusMessage(QStringLiteral("default"), text);
 }
 
 /// Shows the folder at \a path; false if there is none, and nothing changes then.
