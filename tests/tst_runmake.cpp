@@ -4,6 +4,7 @@
 #include "app/messages/messageitem.h"
 #include "app/messages/messageoutput.h"
 #include "app/outputrows.h"
+#include "app/project/project.h"
 #include "app/runmake.h"
 #include "app/runmakeoptionswidget.h"
 #include "tests/apptest.h"
@@ -44,6 +45,7 @@ private slots:
     void scriptOutlivesTheEditor();
     void configureDialog_data();
     void configureDialog();
+    void optionsPageOfAProject();
 
 private:
     void makeWindow();
@@ -405,6 +407,36 @@ void TestRunMake::configureDialog()
         QCOMPARE(rows().size(), 0);
     else
         QTRY_VERIFY(isFinished());
+}
+
+void TestRunMake::optionsPageOfAProject()
+{
+    const QString file = write(
+        u"p.vesk"_s,
+        "<veskproject><project name=\"p\" runScript=\"true\" runScriptArgs=\"%s\"/></veskproject>");
+    setScript("makeProjectArgs", u"-j"_s);
+    makeWindow();
+    Project::self()->load(file);
+    QVERIFY(Project::self()->hasProject());
+    RunMakeOptionsWidget page(nullptr);
+    page.loadSettings();
+    QCOMPARE(page.runLineEdit->text(), u"true"_s);
+    QCOMPARE(page.runArgsLineEdit->text(), u"%s"_s);
+    QCOMPARE(page.makeLineEdit->text(), u"make"_s);
+    QCOMPARE(page.makeArgsLineEdit->text(), u"-s"_s);
+
+    page.makeLineEdit->setText(u"ninja"_s);
+    page.defaultScriptsCheckBox->setChecked(true);
+    page.saveSettings();
+    QCOMPARE(Project::self()->attribute(u"makeScript"_s), u"ninja"_s);
+    QCOMPARE(Settings::read(u"/scripts/makeProject"_s), u"ninja"_s);
+    QVERIFY(Settings::readBool(u"/scripts/useDefaultsForProjects"_s));
+    page.loadSettings();
+    QVERIFY(!page.defaultScriptsCheckBox->isChecked());
+
+    action("run")->trigger();
+    QTRY_VERIFY(isFinished());
+    QCOMPARE(rows().value(0), u"true "_s);
 }
 
 QTEST_MAIN(TestRunMake)
