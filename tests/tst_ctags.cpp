@@ -184,7 +184,13 @@ class CTagsTest : public AppTest
     Q_OBJECT
 
 private slots:
-    void initTestCase() { qRegisterMetaType<Node *>(); }
+    void initTestCase()
+    {
+        qRegisterMetaType<Node *>();
+        // What other tests keep among the temporary files is not looked at.
+        QVERIFY(temporary.isValid());
+        qputenv("TMPDIR", temporary.path().toLocal8Bit());
+    }
     void positions_data();
     void positions();
     void linesAreFoundWithoutWalking();
@@ -201,6 +207,9 @@ private slots:
     void strangeTools();
     void leavingWaitsForNoTool();
     void missingToolIsToldOnce();
+
+private:
+    QTemporaryDir temporary;
 };
 
 void CTagsTest::positions_data()

@@ -236,7 +236,11 @@ public:
             while (isWhite(top - 1) && top > window.top())
                 --top;
         } while (bottom - top < 10 && top > window.top());
-        return {window.left(), top, window.width() / 2, bottom - top + 1};
+        // Below the rows; the left dock beside the list has greys of its own.
+        int left = x;
+        while (screen.pixelColor(left - 1, bottom) == Qt::white)
+            --left;
+        return {left, top, x - left, bottom - top + 1};
     }
 
     /// The pixel just right of the left edge of \a visualColumn in the line with
