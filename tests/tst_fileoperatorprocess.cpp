@@ -1,8 +1,8 @@
 #include "tests/faults/faults.h"
 #include "tests/filetree.h"
 #include "tests/testing.h"
-#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 #include <QDir>
 #include <QFileInfo>

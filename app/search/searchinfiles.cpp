@@ -1,11 +1,11 @@
 #include "app/search/searchinfiles.h"
 
 #include "app/filedialog.h"
-#include "app/widgets/dialogparts.h"
 #include "app/search/treewalk.h"
 #include "app/settings.h"
 #include "app/shell.h"
 #include "app/utils.h"
+#include "app/widgets/dialogparts.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 #include "zvwidgets/zvfileoperator/fileoperator.h"
 
 #include "zvwidgets/utils.h"
-#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatordialog.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,5 +1,5 @@
-#include "zvwidgets/zvfiles/filenames.h"
 #include "zvwidgets/zvfileoperator/fileoperatorprocess.h"
+#include "zvwidgets/zvfiles/filenames.h"
 
 #include <QDir>
 
