@@ -6,6 +6,8 @@
 
 #include <memory>
 
+class QTimer;
+
 namespace vesk {
 
 /// A script of the user in a process of its own, started without a shell. Its output
