@@ -62,6 +62,8 @@ void Components::makePanels()
     window->setLeaveQuestion([this] { return project->mayLeave() && editors->closeAll(); });
     messages.reset(MessageOutput::self());
     tags.reset(TagsPanel::self());
+    QObject::connect(project.get(), &Project::loaded, tags.get(), &TagsPanel::enableClassesAll);
+    QObject::connect(project.get(), &Project::closed, tags.get(), &TagsPanel::disableClassesAll);
     search.reset(SearchManager::self());
     runMake.reset(RunMake::self());
 }
